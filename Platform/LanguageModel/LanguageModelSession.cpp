@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LanguageModelSession.h"
+
+namespace platform {
+
+LanguageModelSession::~LanguageModelSession() = default;
+
+} // namespace platform

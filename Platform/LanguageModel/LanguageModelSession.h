@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/LanguageModel/GenerationOptions.h"
+
+#include <QString>
+
+namespace platform {
+
+template <class Element>
+class AsyncStream;
+class Text;
+
+/// One conversation with the system's language model, made by SystemLanguageModel::makeSession().
+///
+/// It remembers the turns that it has answered, so each request brings only its own prompt. One
+/// turn at a time: a request made while another is being answered fails.
+class LanguageModelSession {
+public:
+    LanguageModelSession() = default;
+    LanguageModelSession(const LanguageModelSession&) = delete;
+    LanguageModelSession& operator=(const LanguageModelSession&) = delete;
+    virtual ~LanguageModelSession();
+
+    /// Sends the prompt as the next turn and returns at once; any thread, for one caller at a time.
+    ///
+    /// Each element of the stream is the whole reply so far. The stream ends when the reply is
+    /// complete, or fails with a LocalizedError; a turn that failed is not remembered. A stream
+    /// that is dropped early does not stop the turn: it is answered to its end and remembered.
+    virtual AsyncStream<Text> streamResponse(const QString& prompt,
+                                             const GenerationOptions& options) = 0;
+};
+
+} // namespace platform

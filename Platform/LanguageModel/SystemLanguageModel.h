@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace platform {
+
+class LanguageModelSession;
+
+/// The language model that this machine itself offers.
+///
+/// A contract: each operating system has an implementation in a folder of its own. The program
+/// makes one object of it at its start and hands it to those who need it.
+class SystemLanguageModel {
+public:
+    /// Whether the model can be used now, and if not, why.
+    class Availability {
+    public:
+        enum class UnavailableReason {
+            /// This machine cannot run the model.
+            deviceNotEligible,
+            /// What runs the model is switched off or not installed.
+            appleIntelligenceNotEnabled,
+            /// The model itself is not there, or not there yet.
+            modelNotReady,
+        };
+
+        static Availability available() { return Availability(std::nullopt); }
+        static Availability unavailable(UnavailableReason reason) { return Availability(reason); }
+
+        bool isAvailable() const { return !m_reason; }
+        /// Why the model cannot be used; none when it can.
+        std::optional<UnavailableReason> unavailableReason() const { return m_reason; }
+
+        friend bool operator==(const Availability&, const Availability&) = default;
+
+    private:
+        explicit Availability(std::optional<UnavailableReason> reason)
+            : m_reason(reason) {}
+
+        std::optional<UnavailableReason> m_reason;
+    };
+
+    SystemLanguageModel() = default;
+    SystemLanguageModel(const SystemLanguageModel&) = delete;
+    SystemLanguageModel& operator=(const SystemLanguageModel&) = delete;
+    virtual ~SystemLanguageModel();
+
+    /// The state of affairs at the moment of the call, never a remembered one. Any thread; costs
+    /// well under a millisecond.
+    virtual Availability availability() const = 0;
+
+    /// Shorthand for `availability().isAvailable()`.
+    bool isAvailable() const { return availability().isAvailable(); }
+
+    /// Begins a conversation with the model, without tools. The instructions apply to every turn of
+    /// it. Any thread; returns at once. A session may be made while the model is unavailable: its
+    /// turns then fail. It keeps alive what it needs of the model object.
+    virtual std::shared_ptr<LanguageModelSession> makeSession(const QString& instructions) = 0;
+};
+
+/// The reason's name as text, the same as in the code: "modelNotReady".
+QString toText(SystemLanguageModel::Availability::UnavailableReason reason);
+
+} // namespace platform
