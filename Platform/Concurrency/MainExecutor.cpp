@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Concurrency/MainExecutor.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimerEvent>
+
+namespace platform {
+
+namespace {
+
+const QEvent::Type workEventType = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+class WorkEvent final : public QEvent {
+public:
+    explicit WorkEvent(std::function<void()> work)
+        : QEvent(workEventType)
+        , m_work(std::move(work)) {}
+
+    const std::function<void()>& work() const { return m_work; }
+
+private:
+    std::function<void()> m_work;
+};
+
+} // namespace
+
+MainExecutor::MainExecutor() = default;
+
+MainExecutor::~MainExecutor() = default;
+
+void MainExecutor::post(std::function<void()> work) {
+    QCoreApplication::postEvent(this, new WorkEvent(std::move(work)));
+}
+
+void MainExecutor::postAfterOthers(std::function<void()> work) {
+    m_afterOthers.push_back(std::move(work));
+    // Posted events are all delivered before the loop looks at anything else, also those posted
+    // meanwhile; a timer of no duration comes round once for each turn of the loop.
+    if (m_timer == 0)
+        m_timer = startTimer(0);
+}
+
+bool MainExecutor::isCurrent() const {
+    return QThread::currentThread() == thread();
+}
+
+bool MainExecutor::shouldYield() const {
+    return m_turnDepth > 0 && m_sinceTurnBegan.elapsed() >= slice.count();
+}
+
+bool MainExecutor::event(QEvent* event) {
+    if (event->type() != workEventType)
+        return QObject::event(event);
+    run(static_cast<WorkEvent*>(event)->work());
+    return true;
+}
+
+void MainExecutor::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_timer)
+        return;
+    killTimer(m_timer);
+    m_timer = 0;
+    // What the work adds waits for the next turn of the loop.
+    const auto turn = std::exchange(m_afterOthers, {});
+    for (const auto& work : turn)
+        run(work);
+}
+
+void MainExecutor::run(const std::function<void()>& work) {
+    // A nested event loop inside the work begins a turn of its own; the outer one keeps its clock.
+    if (m_turnDepth++ == 0)
+        m_sinceTurnBegan.start();
+    work();
+    --m_turnDepth;
+}
+
+void requireMainThread(const char* operation) {
+    const auto* application = QCoreApplication::instance();
+    if (application && QThread::currentThread() != application->thread())
+        qFatal("%s was called off the main thread", operation);
+}
+
+} // namespace platform

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Concurrency/Executor.h"
+
+#include <exception>
+#include <optional>
+#include <stop_token>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+namespace platform {
+
+/// Where a task runs and how it learns that it was cancelled. A task that is awaited takes over the
+/// context of the task that awaits it.
+struct TaskContext {
+    Executor* executor = nullptr;
+    std::stop_token stop;
+};
+
+template <class T>
+class Task;
+
+namespace detail {
+
+/// What the promises of all tasks share, and what awaiters ask of the coroutine that awaits them.
+class TaskPromiseBase {
+public:
+    const TaskContext& context() const { return m_context; }
+    void setContext(TaskContext context) { m_context = std::move(context); }
+    void setContinuation(std::coroutine_handle<> continuation) { m_continuation = continuation; }
+
+    std::suspend_always initial_suspend() const noexcept { return {}; }
+
+    struct FinalAwaiter {
+        bool await_ready() const noexcept { return false; }
+        template <class Promise>
+        std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> ended) const noexcept {
+            // Without a continuation the task ended before its awaiter came to wait for it.
+            const auto continuation = ended.promise().m_continuation;
+            return continuation ? continuation : std::noop_coroutine();
+        }
+        void await_resume() const noexcept {}
+    };
+    FinalAwaiter final_suspend() const noexcept { return {}; }
+
+private:
+    friend struct FinalAwaiter;
+    TaskContext m_context;
+    std::coroutine_handle<> m_continuation;
+};
+
+template <class T>
+class TaskPromise final : public TaskPromiseBase {
+public:
+    Task<T> get_return_object();
+    template <class Value>
+    void return_value(Value&& value) {
+        m_result.template emplace<1>(std::forward<Value>(value));
+    }
+    void unhandled_exception() { m_result.template emplace<2>(std::current_exception()); }
+    T takeResult() {
+        if (m_result.index() == 2)
+            std::rethrow_exception(std::get<2>(m_result));
+        return std::move(std::get<1>(m_result));
+    }
+
+private:
+    std::variant<std::monostate, T, std::exception_ptr> m_result;
+};
+
+template <>
+class TaskPromise<void> final : public TaskPromiseBase {
+public:
+    Task<void> get_return_object();
+    void return_void() const noexcept {}
+    void unhandled_exception() { m_error = std::current_exception(); }
+    void takeResult() {
+        if (m_error)
+            std::rethrow_exception(m_error);
+    }
+
+private:
+    std::exception_ptr m_error;
+};
+
+} // namespace detail
+
+/// A coroutine that gives a T, or fails with an exception.
+///
+/// It is lazy: nothing runs before it is awaited (`co_await task`, once) or started in a TaskScope.
+/// An awaited task runs on the executor of the task that awaits it and shares its cancellation. The
+/// Task object owns the coroutine: destroying it destroys a coroutine that is suspended, and with
+/// it everything that its frame holds.
+///
+/// Arguments of a coroutine are copied into its frame only when they are taken by value; a lambda's
+/// captures are not. Hence: coroutines take their arguments by value, and are no capturing lambdas.
+template <class T = void>
+class [[nodiscard]] Task {
+public:
+    using promise_type = detail::TaskPromise<T>;
+    using Handle = std::coroutine_handle<promise_type>;
+
+    Task(Task&& other) noexcept
+        : m_handle(std::exchange(other.m_handle, nullptr)) {}
+    Task& operator=(Task&& other) noexcept {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    ~Task() {
+        if (m_handle)
+            m_handle.destroy();
+    }
+
+    /// The coroutine itself, for a scope that starts it.
+    Handle handle() const { return m_handle; }
+
+    struct Awaiter {
+        Handle task;
+
+        bool await_ready() const noexcept { return false; }
+        template <class Promise>
+        bool await_suspend(std::coroutine_handle<Promise> awaiting) {
+            // Resumed from here and not by symmetric transfer: a loop that awaits thousands of
+            // tasks which never suspend must not grow the stack in a build without tail calls.
+            auto& promise = task.promise();
+            promise.setContext(awaiting.promise().context());
+            task.resume();
+            if (task.done())
+                return false;
+            promise.setContinuation(awaiting);
+            return true;
+        }
+        T await_resume() { return task.promise().takeResult(); }
+    };
+    Awaiter operator co_await() const { return Awaiter{m_handle}; }
+
+private:
+    friend promise_type;
+    explicit Task(Handle handle)
+        : m_handle(handle) {}
+
+    Handle m_handle;
+};
+
+template <class T>
+Task<T> detail::TaskPromise<T>::get_return_object() {
+    return Task<T>(Task<T>::Handle::from_promise(*this));
+}
+
+inline Task<void> detail::TaskPromise<void>::get_return_object() {
+    return Task<void>(Task<void>::Handle::from_promise(*this));
+}
+
+namespace detail {
+
+/// Gives the context of the awaiting task without suspending it.
+struct ContextAwaiter {
+    TaskContext context;
+
+    bool await_ready() const noexcept { return false; }
+    template <class Promise>
+    bool await_suspend(std::coroutine_handle<Promise> awaiting) {
+        context = awaiting.promise().context();
+        return false;
+    }
+    TaskContext await_resume() { return std::move(context); }
+};
+
+struct IsCancelledAwaiter : ContextAwaiter {
+    bool await_resume() const { return context.stop.stop_requested(); }
+};
+
+} // namespace detail
+
+/// `co_await currentContext()`: the executor and the cancellation of the running task.
+inline detail::ContextAwaiter currentContext() {
+    return {};
+}
+
+/// `co_await isCancelled()`: whether the running task has been cancelled. Does not suspend.
+inline detail::IsCancelledAwaiter isCancelled() {
+    return {};
+}
+
+} // namespace platform

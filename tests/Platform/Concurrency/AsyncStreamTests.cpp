@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Concurrency/AsyncStream.h"
+#include "Platform/Concurrency/Errors.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/TaskScope.h"
+
+#include <QBasicTimer>
+#include <QTest>
+
+#include <thread>
+
+using namespace platform;
+
+namespace {
+
+struct Failure final : LocalizedError {
+    QString errorDescription() const override { return QStringLiteral("It failed."); }
+};
+
+/// What a consumer has seen so far.
+struct Seen {
+    QList<int> elements;
+    std::exception_ptr error;
+    bool hasEnded = false;
+};
+
+Task<void> consume(AsyncStream<int> stream, std::shared_ptr<Seen> seen) {
+    try {
+        while (const auto element = co_await stream.next())
+            seen->elements.append(*element);
+    } catch (...) {
+        seen->error = std::current_exception();
+    }
+    seen->hasEnded = true;
+}
+
+} // namespace
+
+class AsyncStreamTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void elementsYieldedBeforeConsumptionArriveInOrder();
+    void elementsFromAnotherThreadArriveInOrderOnTheMainThread();
+    void anErrorComesAfterTheElementsBeforeIt();
+    void onlyTheFirstEndCounts();
+    void cancellingEndsTheWaitForTheNextElement();
+    void aCancelledConsumerTakesNoBufferedElement();
+    void theProducerGoesOnUndisturbedAfterTheConsumerIsGone();
+    void droppingTheConsumerFreesWhatIsBuffered();
+    void aScopeThatEndsDestroysTheWaitingConsumer();
+    void timersGoOnDuringAFloodOfReadyElements();
+    void aHundredThousandReadyElementsNeedNoDeepStack();
+};
+
+void AsyncStreamTests::elementsYieldedBeforeConsumptionArriveInOrder() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    continuation.yield(1);
+    continuation.yield(2);
+    continuation.finish();
+    scope.start(consume(std::move(stream), seen));
+    QVERIFY(!seen->hasEnded);
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements, (QList<int>{1, 2}));
+    QVERIFY(!seen->error);
+}
+
+void AsyncStreamTests::elementsFromAnotherThreadArriveInOrderOnTheMainThread() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    scope.start(consume(std::move(stream), seen));
+    std::jthread producer([continuation = continuation] {
+        for (int i = 0; i < 10'000; ++i)
+            continuation.yield(i);
+        continuation.finish();
+    });
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements.size(), 10'000);
+    for (int i = 0; i < 10'000; ++i)
+        QCOMPARE(seen->elements[i], i);
+}
+
+void AsyncStreamTests::anErrorComesAfterTheElementsBeforeIt() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    continuation.yield(7);
+    continuation.finish(std::make_exception_ptr(Failure()));
+    scope.start(consume(std::move(stream), seen));
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements, QList<int>{7});
+    QCOMPARE(localizedDescription(seen->error), QStringLiteral("It failed."));
+    QVERIFY(!isCancellation(seen->error));
+}
+
+void AsyncStreamTests::onlyTheFirstEndCounts() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    continuation.finish();
+    continuation.yield(1);
+    continuation.finish(std::make_exception_ptr(Failure()));
+    scope.start(consume(std::move(stream), seen));
+    QTRY_VERIFY(seen->hasEnded);
+    QVERIFY(seen->elements.isEmpty());
+    QVERIFY(!seen->error);
+}
+
+void AsyncStreamTests::cancellingEndsTheWaitForTheNextElement() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    TaskHandle handle = scope.start(consume(std::move(stream), seen));
+    continuation.yield(1);
+    QTRY_COMPARE(seen->elements.size(), 1);
+    QVERIFY(!seen->hasEnded);
+    handle.cancel();
+    QTRY_VERIFY(seen->hasEnded);
+    QVERIFY(!seen->error);
+}
+
+void AsyncStreamTests::aCancelledConsumerTakesNoBufferedElement() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    TaskHandle handle = scope.start(consume(std::move(stream), seen));
+    continuation.yield(1);
+    handle.cancel();
+    QTRY_VERIFY(seen->hasEnded);
+    QVERIFY(seen->elements.isEmpty());
+}
+
+void AsyncStreamTests::theProducerGoesOnUndisturbedAfterTheConsumerIsGone() {
+    auto ends = std::make_unique<StreamEnds<int>>(makeStream<int>());
+    const auto continuation = ends->continuation;
+    ends.reset();
+    continuation.yield(1);
+    continuation.finish();
+    continuation.yield(2);
+}
+
+void AsyncStreamTests::droppingTheConsumerFreesWhatIsBuffered() {
+    const auto element = std::make_shared<int>(5);
+    auto ends =
+        std::make_unique<StreamEnds<std::shared_ptr<int>>>(makeStream<std::shared_ptr<int>>());
+    const auto continuation = ends->continuation;
+    continuation.yield(element);
+    QCOMPARE(element.use_count(), 2);
+    ends.reset();
+    QCOMPARE(element.use_count(), 1);
+    continuation.yield(element);
+    QCOMPARE(element.use_count(), 1);
+}
+
+void AsyncStreamTests::aScopeThatEndsDestroysTheWaitingConsumer() {
+    MainExecutor executor;
+    auto [stream, continuation] = makeStream<int>();
+    const auto seen = std::make_shared<Seen>();
+    {
+        TaskScope scope(executor);
+        scope.start(consume(std::move(stream), seen));
+        continuation.yield(1);
+        QTRY_COMPARE(seen->elements.size(), 1);
+        QCOMPARE(seen.use_count(), 2);
+        continuation.yield(2); // its resumption is on the way when the scope ends
+    }
+    QCOMPARE(seen.use_count(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(seen->elements.size(), 1);
+    QVERIFY(!seen->hasEnded);
+}
+
+namespace {
+
+Task<void> consumeSlowly(AsyncStream<int> stream, std::shared_ptr<Seen> seen) {
+    while (const auto element = co_await stream.next()) {
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.nsecsElapsed() < 100'000) {
+        }
+        seen->elements.append(*element);
+    }
+    seen->hasEnded = true;
+}
+
+class TickCounter final : public QObject {
+public:
+    TickCounter() { m_timer.start(0, this); }
+    int ticks = 0;
+
+protected:
+    void timerEvent(QTimerEvent*) override { ++ticks; }
+
+private:
+    QBasicTimer m_timer;
+};
+
+} // namespace
+
+void AsyncStreamTests::timersGoOnDuringAFloodOfReadyElements() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    for (int i = 0; i < 1'000; ++i) // a tenth of a second of work, all of it ready at once
+        continuation.yield(i);
+    continuation.finish();
+    const auto seen = std::make_shared<Seen>();
+    scope.start(consumeSlowly(std::move(stream), seen));
+    TickCounter counter;
+    int ticksBeforeTheEnd = 0;
+    while (!seen->hasEnded) {
+        QCoreApplication::processEvents();
+        if (!seen->hasEnded)
+            ticksBeforeTheEnd = counter.ticks;
+    }
+    QVERIFY2(ticksBeforeTheEnd >= 5, qPrintable(QString::number(ticksBeforeTheEnd)));
+    QCOMPARE(seen->elements.size(), 1'000);
+}
+
+void AsyncStreamTests::aHundredThousandReadyElementsNeedNoDeepStack() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    auto [stream, continuation] = makeStream<int>();
+    for (int i = 0; i < 100'000; ++i)
+        continuation.yield(i);
+    continuation.finish();
+    const auto seen = std::make_shared<Seen>();
+    scope.start(consume(std::move(stream), seen));
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements.size(), 100'000);
+}
+
+QTEST_GUILESS_MAIN(AsyncStreamTests)
+#include "AsyncStreamTests.moc"
