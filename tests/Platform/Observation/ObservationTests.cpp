@@ -154,12 +154,14 @@ void ObservationTests::observersMadeInsideARunTrackForThemselves() {
 void ObservationTests::aRunMayDestroyAnotherObserver() {
     Observed<int> number(0);
     QObject owner;
-    auto child = std::make_unique<QObject>(&owner);
+    std::unique_ptr<QObject> child;
     int childRuns = 0;
     observe(&owner, [&] {
         if (number.value() == 1)
             child.reset();
     });
+    child = std::make_unique<QObject>();
+    child->setParent(&owner); // behind the first observer, and so run after it
     observe(child.get(), [&] {
         number.value();
         ++childRuns;

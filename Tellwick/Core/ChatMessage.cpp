@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Core/ChatMessage.h"
+
+namespace tellwick {
+
+ChatMessage::ChatMessage(Role role, platform::Text content)
+    : content(std::move(content))
+    , m_id(QUuid::createUuid())
+    , m_role(role) {}
+
+} // namespace tellwick

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Core/ModelBackend.h"
+
+namespace tellwick {
+
+ModelBackend::~ModelBackend() = default;
+
+} // namespace tellwick
