@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Concurrency/AsyncStream.h"
 #include "Platform/LanguageModel/GenerationOptions.h"
+#include "Platform/Text/Text.h"
 
 #include <QString>
 
 namespace platform {
-
-template <class Element>
-class AsyncStream;
-class Text;
 
 /// One conversation with the system's language model, made by SystemLanguageModel::makeSession().
 ///

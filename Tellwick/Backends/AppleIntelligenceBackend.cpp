@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Backends/AppleIntelligenceBackend.h"
+
+#include "Platform/Concurrency/Errors.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/LanguageModel/LanguageModelSession.h"
+
+namespace tellwick {
+
+namespace {
+
+using ReplyContinuation = platform::StreamContinuation<platform::Text>;
+
+// Holds the session and the prompt, not the backend: a reset or the backend's end leaves it alone.
+platform::Task<void> produce(std::shared_ptr<platform::LanguageModelSession> session,
+                             QString prompt, ReplyContinuation reply) {
+    std::exception_ptr error;
+    try {
+        auto snapshots = session->streamResponse(prompt, platform::GenerationOptions());
+        while (auto snapshot = co_await snapshots.next()) {
+            if (co_await platform::isCancelled())
+                break;
+            reply.yield(std::move(*snapshot));
+        }
+    } catch (const platform::CancellationError&) {
+        // A cancellation is a normal end.
+    } catch (...) {
+        error = std::current_exception();
+    }
+    reply.finish(error);
+}
+
+} // namespace
+
+AppleIntelligenceBackend::AppleIntelligenceBackend(platform::SystemLanguageModel& model,
+                                                   platform::TaskScope& producers)
+    : m_model(model)
+    , m_producers(producers) {}
+
+bool AppleIntelligenceBackend::isAvailable() const {
+    return m_model.isAvailable();
+}
+
+std::optional<AppleIntelligenceBackend::UnavailableReason>
+AppleIntelligenceBackend::unavailabilityReason() const {
+    return m_model.availability().unavailableReason();
+}
+
+ReplyStream AppleIntelligenceBackend::streamResponse(const QString& prompt,
+                                                     const QList<ChatMessage>&,
+                                                     const QString& systemPrompt) {
+    platform::requireMainThread("AppleIntelligenceBackend::streamResponse");
+    auto [stream, continuation] = platform::makeStream<platform::Text>();
+    try {
+        if (!m_session)
+            m_session = m_model.makeSession(systemPrompt);
+        m_producers.start(produce(m_session, prompt, continuation));
+    } catch (...) {
+        continuation.finish(std::current_exception());
+    }
+    return std::move(stream);
+}
+
+void AppleIntelligenceBackend::reset() {
+    platform::requireMainThread("AppleIntelligenceBackend::reset");
+    m_session.reset();
+}
+
+} // namespace tellwick
