@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Text/InlineMarkdown.h"
+
+#include "Platform/Text/InlineMarkdownBlock.h"
+
+#include <algorithm>
+
+namespace platform {
+namespace {
+
+bool isBreak(QChar character) {
+    return character == u'\n' || character == u'\r';
+}
+
+bool isBlank(QChar character) {
+    return character == u' ' || character == u'\t';
+}
+
+/// One line of a text: its break (LF, CR or CR LF) belongs to it.
+struct Line {
+    qsizetype end = 0; ///< behind the break
+    bool blank = true;
+};
+
+Line lineAt(QStringView source, qsizetype start) {
+    Line line;
+    qsizetype at = start;
+    while (at < source.size() && !isBreak(source[at])) {
+        line.blank = line.blank && isBlank(source[at]);
+        ++at;
+    }
+    if (at < source.size() && source[at] == u'\r' && at + 1 < source.size() &&
+        source[at + 1] == u'\n')
+        ++at;
+    line.end = at < source.size() ? at + 1 : at;
+    return line;
+}
+
+/// Where a block that begins at `start` and is longer than the limit is cut.
+qsizetype cut(QStringView source, qsizetype start) {
+    const qsizetype limit = start + InlineMarkdown::maximumBlockLength;
+    for (qsizetype at = limit; at > start; --at) {
+        const bool insidePair = source[at - 1] == u'\r' && source[at] == u'\n';
+        if (isBreak(source[at - 1]) && !insidePair)
+            return at;
+    }
+    for (qsizetype at = limit; at > start + InlineMarkdown::maximumBlockLength / 2; --at) {
+        if (isBlank(source[at - 1]))
+            return at;
+    }
+    return source[limit].isLowSurrogate() && source[limit - 1].isHighSurrogate() ? limit - 1
+                                                                                 : limit;
+}
+
+/// The end of the block whose first line, not blank, begins at `start`: never looks further than
+/// the limit and one character, so what was decided stays decided when the text grows.
+qsizetype blockEnd(QStringView source, qsizetype start) {
+    const qsizetype limit = start + InlineMarkdown::maximumBlockLength;
+    const QStringView window = source.left(std::min(source.size(), limit + 1));
+    qsizetype end = start;
+    while (end < window.size()) {
+        const Line line = lineAt(window, end);
+        if (line.blank && (line.end <= limit || line.end == source.size()))
+            break;
+        end = line.end;
+    }
+    return end > limit ? cut(source, start) : end;
+}
+
+} // namespace
+
+StyledText InlineMarkdown::parse(QStringView source) {
+    Position position;
+    return parseOn(source, position);
+}
+
+StyledText InlineMarkdown::parseOn(QStringView source, Position& position) {
+    StyledText result;
+    const qsizetype base = position.result;
+    qsizetype at = position.source;
+    while (at < source.size()) {
+        const Line line = lineAt(source.left(std::min(source.size(), at + maximumBlockLength)), at);
+        if (line.blank) {
+            result.append(source.mid(at, line.end - at));
+            at = line.end;
+            continue;
+        }
+        position = {at, base + result.text.size()};
+        const qsizetype end = blockEnd(source, at);
+        appendInlineMarkdownBlock(source.mid(at, end - at), result);
+        at = end;
+    }
+    return result;
+}
+
+} // namespace platform

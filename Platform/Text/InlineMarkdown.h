@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Text/StyledText.h"
+
+#include <QStringView>
+
+namespace platform {
+
+/// Reads the inline markup of Markdown and nothing else.
+///
+/// Interpreted are strong, emphasis, code spans, links, autolinks in angle brackets, strikethrough
+/// (two tildes), backslash escapes and character references, as CommonMark tells them. Headings,
+/// lists, quotes, fences, rules, tables and raw HTML stay as they were typed.
+///
+/// Every blank and every line break of the source comes out again, also those that CommonMark
+/// drops: at a line's start and end, and inside the back quotes of a code span. Only what belongs
+/// to the markup itself goes, the blanks between a link's target and its title for instance. A
+/// backslash that makes a hard line break goes too, the break stays.
+///
+/// An image is never loaded: its description is shown in its place or, where it has none, its
+/// address. Nothing in a text can make the parser fail or run away: a construct that is not closed
+/// is literal.
+///
+/// Inline constructs end with their block, and a block ends at a blank line. A block longer than
+/// `maximumBlockLength` is read in pieces of that length, cut at a line's start or else after a
+/// blank, and no construct reaches over such a cut. This bounds what hostile text can cost.
+class InlineMarkdown {
+public:
+    /// In UTF-16 units. Far beyond any paragraph that people or models write.
+    static constexpr qsizetype maximumBlockLength = 16384;
+
+    /// The whole of `source`, parsed. Any thread.
+    static StyledText parse(QStringView source);
+
+    /// Where in a text the parser stands: before it, nothing changes any more when text is
+    /// appended.
+    struct Position {
+        qsizetype source = 0; ///< start of the last block in the source
+        qsizetype result = 0; ///< start of the same block in the parsed text
+    };
+
+    /// Parses `source` from `position` (its beginning, or a position that an earlier call with a
+    /// shorter beginning of the same text left there) and moves `position` to the last block.
+    static StyledText parseOn(QStringView source, Position& position);
+};
+
+} // namespace platform

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Text/StyledText.h"
+
+#include <QStringView>
+
+namespace platform {
+
+/// Parses one block, a run of lines without a blank one between them, and appends what it shows to
+/// `result`. The block is appended as it stands should the parser fail for want of memory.
+void appendInlineMarkdownBlock(QStringView block, StyledText& result);
+
+} // namespace platform
