@@ -1,0 +1,181 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+# The system packages that ./run, ./test and ./bench need, and the functions that install the missing ones.
+# Sourced, not run.
+#
+# One line a package: group, name, reason. "a|b" takes the first that the system offers, a leading "?" marks
+# a package the program does without where the system does not offer it, and "boost" stands for the newest
+# libboost1.NN-dev from 1.81 on.
+#
+# Groups: build    compile the program           run      open its window
+#         model    fetch the on-device model     headless show the window where there is no display
+#         test     run the tests                 bench    run the benchmarks
+package_list() {
+    cat <<'END'
+build     g++                      the C++20 compiler
+build     cmake                    describes the build
+build     ninja-build              runs the build
+build     qt6-base-dev             windows, text, D-Bus: Qt Core, Gui, Widgets, DBus and Test
+build     boost                    HTTP over TCP and Unix sockets: Asio and Beast, headers only
+build     libmd4c-dev              reads the Markdown of replies
+build     libsqlite3-dev           keeps the conversation
+run       qt6-qpa-plugins          connects Qt to the X11 display
+run       ?qt6-wayland             connects Qt to a Wayland display, which is sharper than going through X11
+run       fonts-dejavu-core        a text and a monospaced font, where the system has none
+run       fonts-noto-color-emoji   emoji in messages
+model     curl                     fetches the model file and resumes
+model     ca-certificates          proves who sends the model file
+headless  xvfb                     a display in memory
+headless  netpbm                   makes a PNG picture of that display
+test      xvfb                     a display in memory for tests of the real window
+test      openbox                  a window manager for tests that need focus and activation
+test      dbus-daemon              a private session bus for tests of the portal and of a second start
+test      at-spi2-core             the accessibility bus that screen readers listen on
+test      curl                     the model download under test
+test      sqlite3                  reads the stored conversation as a user would
+test      iproute2                 brings up the loopback interface in the tests' own network
+test      desktop-file-utils       checks the desktop entry
+test      appstream                checks the software centre's description
+bench     libxcb1-dev              watches a program's window from outside
+bench     libxcb-damage0-dev       tells when that window is painted
+bench     xvfb                     the same display for every program measured
+bench     dbus-daemon              a session bus, as on a desktop
+END
+}
+
+# Names that the system does not offer are kept here, so that later runs do not ask the package manager again.
+# shellcheck disable=SC2154 # the sourcing script sets root
+packages_not_offered="$root/build/packages-not-offered"
+
+boost_is_new_enough() { # NAME
+    [[ $1 =~ ^libboost1\.([0-9]+)-dev$ ]] && ((BASH_REMATCH[1] >= 81))
+}
+
+# Sets the array `missing` to the lines of the named groups that no installed package meets.
+find_missing_packages() { # GROUP…
+    local -A installed=() not_offered=() seen=()
+    local name status group reason candidate met
+    while read -r name status; do
+        [[ $status != installed ]] || installed[$name]=1
+    done < <(dpkg-query -W -f='${Package} ${db:Status-Status}\n')
+    if [[ -r $packages_not_offered ]]; then
+        while read -r name; do not_offered[$name]=1; done <"$packages_not_offered"
+    fi
+    missing=()
+    while read -r group name reason; do
+        [[ " $* " == *" $group "* && -z ${seen[$name]-} ]] || continue
+        seen[$name]=1
+        met=
+        if [[ $name == boost ]]; then
+            for candidate in "${!installed[@]}"; do
+                ! boost_is_new_enough "$candidate" || met=1
+            done
+        elif [[ $name == \?* ]]; then
+            [[ -z ${installed[${name#\?}]-} && -z ${not_offered[${name#\?}]-} ]] || met=1
+        else
+            for candidate in ${name//|/ }; do
+                [[ -z ${installed[$candidate]-} ]] || met=1
+            done
+        fi
+        [[ -n $met ]] || missing+=("$name $reason")
+    done < <(package_list)
+}
+
+is_offered() { # NAME
+    [[ $(apt-cache policy "$1" 2>/dev/null) =~ Candidate:\ [^\(] ]]
+}
+
+# Prints the name to install for an entry of the list; fails where the system offers none.
+choose_package() { # ENTRY
+    local candidate
+    if [[ $1 == boost ]]; then
+        while read -r candidate; do
+            if boost_is_new_enough "$candidate" && is_offered "$candidate"; then
+                echo "$candidate"
+                return
+            fi
+        done < <(apt-cache pkgnames libboost1. | sort -rV)
+        return 1
+    fi
+    candidate=${1#\?}
+    for candidate in ${candidate//|/ }; do
+        if is_offered "$candidate"; then
+            echo "$candidate"
+            return
+        fi
+    done
+    return 1
+}
+
+# Sets `chosen` to the names to install and `unmet` to the entries that the system does not offer.
+choose_packages() {
+    local line name
+    chosen=() unmet=()
+    for line in "${missing[@]}"; do
+        if name=$(choose_package "${line%% *}"); then
+            chosen+=("$name")
+        else
+            unmet+=("${line%% *}")
+        fi
+    done
+}
+
+as_root() {
+    if ((EUID == 0)); then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+apt_get() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y \
+        -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3 -o Dpkg::Use-Pty=0 "$@" >&2 </dev/null
+}
+
+# Installs what is missing of the named groups. Asks the package manager nothing where nothing is missing.
+ensure_packages() { # GROUP…
+    local missing chosen unmet line name
+    if ! command -v dpkg-query >/dev/null; then
+        say "This system has no dpkg; install what $root/scripts/packages.sh lists by hand."
+        return 0
+    fi
+    find_missing_packages "$@"
+    ((${#missing[@]})) || return 0
+
+    choose_packages
+    if ((${#unmet[@]})); then
+        may_install
+        say "Reading the list of packages that the system offers."
+        apt_get update || say "The package lists could not all be read; going on with what there is."
+        choose_packages
+    fi
+    for name in "${unmet[@]}"; do
+        if [[ $name != \?* ]]; then
+            fail "This system offers no package for \"$name\" (Debian 12 or Ubuntu 24.04 and later do)."
+        fi
+        mkdir -p "${packages_not_offered%/*}"
+        echo "${name#\?}" >>"$packages_not_offered"
+    done
+    ((${#chosen[@]})) || return 0
+
+    may_install
+    say "Installing from the system's own packages:"
+    for line in "${missing[@]}"; do
+        name=${line%% *}
+        [[ " ${unmet[*]} " == *" $name "* ]] || printf '    %-24s %s\n' "${name#\?}" "${line#* }" >&2
+    done
+    if ! apt_get install --no-install-recommends "${chosen[@]}"; then
+        say "That failed; reading the list of packages again and trying once more."
+        apt_get update || true
+        apt_get install --no-install-recommends "${chosen[@]}" || fail "The packages could not be installed."
+    fi
+}
+
+# Ends the script, saying what to do, where this user cannot install packages.
+may_install() {
+    ((EUID == 0)) && return
+    if ! command -v sudo >/dev/null; then
+        fail "Packages are missing and there is no sudo; as root, run: apt-get install ${chosen[*]}"
+    fi
+}
