@@ -36,9 +36,11 @@ test      sqlite3                  reads the stored conversation as a user would
 test      iproute2                 brings up the loopback interface in the tests' own network
 test      desktop-file-utils       checks the desktop entry
 test      appstream                checks the software centre's description
+bench     pkgconf                  finds the X libraries
 bench     libxcb1-dev              watches a program's window from outside
 bench     libxcb-damage0-dev       tells when that window is painted
 bench     xvfb                     the same display for every program measured
+bench     iproute2                 brings up the loopback interface in the measurement's own network
 bench     dbus-daemon              a session bus, as on a desktop
 END
 }
