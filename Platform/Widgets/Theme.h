@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Observation/Observed.h"
+#include "Platform/Widgets/Icons.h"
 #include "Platform/Widgets/Motion.h"
 
 #include <QColor>
@@ -95,7 +96,9 @@ public:
     /// The side of the square for a symbol beside text of a style.
     int symbolSize(TextStyle style) const;
 
-    // Motion.
+    // Symbols and motion.
+
+    const Icons& icons() const { return m_icons; }
 
     Motion& motion() { return m_motion; }
     const Motion& motion() const { return m_motion; }
@@ -134,6 +137,7 @@ private:
     Palette m_palette;
     Observed<QFont> m_bodyFont;
     mutable std::optional<QFont> m_monospaced;
+    Icons m_icons;
     Motion m_motion;
 };
 

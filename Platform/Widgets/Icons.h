@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QPainterPath>
+#include <QString>
+
+#include <vector>
+
+class QPainter;
+
+namespace platform {
+
+/// The icons, by name ("cpu", "square.and.pencil"). A drawing is read from its path data when it is
+/// first shown, kept, and painted as a path: crisp at every size and scale, in any colour.
+class Icons {
+public:
+    /// Whether there is an icon of this name.
+    bool contains(const QString& name) const { return !drawing(name).empty(); }
+
+    /// Fills the icon into the largest square in the middle of `rect`. An unknown name paints
+    /// nothing.
+    void paint(QPainter& painter, const QString& name, const QRectF& rect,
+               const QColor& color) const;
+
+private:
+    struct Part {
+        QPainterPath path;
+        double strokeWidth;
+    };
+
+    const std::vector<Part>& drawing(const QString& name) const;
+
+    mutable QHash<QString, std::vector<Part>> m_drawings;
+};
+
+} // namespace platform
