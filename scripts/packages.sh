@@ -10,6 +10,7 @@
 # Groups: build    compile the program           run      open its window
 #         model    fetch the on-device model     headless show the window where there is no display
 #         test     run the tests                 bench    run the benchmarks
+#         package  make a Debian package
 package_list() {
     cat <<'END'
 build     g++                      the C++20 compiler
@@ -43,6 +44,8 @@ bench     libxcb-damage0-dev       tells when that window is painted
 bench     xvfb                     the same display for every program measured
 bench     iproute2                 brings up the loopback interface in the measurement's own network
 bench     dbus-daemon              a session bus, as on a desktop
+package   dpkg-dev                 finds the packages of the libraries the program is linked with
+package   file                     tells programs from other files in the package
 END
 }
 
