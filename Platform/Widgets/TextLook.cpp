@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/TextLook.h"
+
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+
+QList<QTextLayout::FormatRange> TextLook::formats(const StyledText& content, qsizetype start,
+                                                  qsizetype length) const {
+    QList<QTextLayout::FormatRange> formats;
+    const qsizetype end = start + length;
+    for (std::size_t i = content.firstRangeEndingAfter(start); i < content.ranges.size(); ++i) {
+        const StyledText::Range& range = content.ranges[i];
+        if (range.start >= end)
+            break;
+        const qsizetype from = std::max(range.start, start);
+        QTextCharFormat format;
+        if (range.styles & StyledText::Code)
+            format.setFont(codeFont);
+        if (range.styles & StyledText::Strong)
+            format.setFontWeight(QFont::Bold);
+        if (range.styles & StyledText::Emphasis)
+            format.setFontItalic(true);
+        if (range.styles & StyledText::Strikethrough)
+            format.setFontStrikeOut(true);
+        if ((range.styles & StyledText::Link) && openableAddress(range.target)) {
+            format.setForeground(link);
+            format.setFontUnderline(true);
+        }
+        formats.append({static_cast<int>(from - start),
+                        static_cast<int>(std::min(range.end(), end) - from), format});
+    }
+    return formats;
+}
+
+qreal TextLook::lineHeight() const {
+    return std::ceil(QFontMetricsF(font).lineSpacing());
+}
+
+std::optional<QUrl> openableAddress(const QString& target) {
+    // Checked before it is parsed: most targets that are no address do not even look like one.
+    const bool known = target.startsWith("http://"_L1, Qt::CaseInsensitive) ||
+                       target.startsWith("https://"_L1, Qt::CaseInsensitive) ||
+                       target.startsWith("mailto:"_L1, Qt::CaseInsensitive);
+    if (!known)
+        return std::nullopt;
+    const QUrl url(target);
+    if (!url.isValid() || (url.scheme() != "mailto"_L1 && url.host().isEmpty()))
+        return std::nullopt;
+    return url;
+}
+
+} // namespace platform
