@@ -21,6 +21,7 @@ build     boost                    HTTP over TCP and Unix sockets: Asio and Beas
 build     libmd4c-dev              reads the Markdown of replies
 build     libsqlite3-dev           keeps the conversation
 build     nlohmann-json3-dev       reads and writes JSON
+build     bootstrap-icons          the drawings of the icons
 run       qt6-qpa-plugins          connects Qt to the X11 display
 run       ?qt6-wayland             connects Qt to a Wayland display, which is sharper than going through X11
 run       fonts-dejavu-core        a text and a monospaced font, where the system has none
