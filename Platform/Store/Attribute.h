@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Observation/Observed.h"
+#include "Platform/Store/Instant.h"
+
+#include <QStringList>
+
+namespace platform {
+
+class PersistentModel;
+
+/// One attribute of a record: a member of the record's class, which describes the store's column
+/// and holds the value. Setting it marks the record as changed until the next save.
+class Attribute {
+public:
+    /// Joins the record's attributes, whose columns stand in the order of construction.
+    Attribute(PersistentModel& record, QString name);
+    Attribute(const Attribute&) = delete;
+    Attribute& operator=(const Attribute&) = delete;
+    virtual ~Attribute();
+
+    /// The name of the column.
+    const QString& name() const { return m_name; }
+
+    /// The value as the column's text, in UTF-8.
+    virtual QByteArray encoded() const = 0;
+
+    /// Takes over what the store holds; the record does not count as changed. False, and nothing
+    /// taken, when the text cannot be read.
+    virtual bool restore(const QByteArray& encoded) = 0;
+
+    /// Whether a new value of this attribute comes with every change of the record, so that it
+    /// tells one state of the record from another.
+    virtual bool tellsState() const { return false; }
+
+protected:
+    void markChanged();
+
+private:
+    PersistentModel& m_record;
+    QString m_name;
+};
+
+/// An instant. Readers are notified when it actually changes.
+class DateAttribute final : public Attribute {
+public:
+    DateAttribute(PersistentModel& record, QString name, Instant initial);
+
+    Instant value() const { return m_value.value(); }
+    operator Instant() const { return value(); }
+    DateAttribute& operator=(Instant value);
+
+    QByteArray encoded() const override;
+    bool restore(const QByteArray& encoded) override;
+    bool tellsState() const override { return true; }
+
+private:
+    Observed<Instant> m_value;
+};
+
+/// An ordered list of texts. Readers are notified at every assignment.
+class TextListAttribute final : public Attribute {
+public:
+    TextListAttribute(PersistentModel& record, QString name);
+
+    const QStringList& value() const { return m_value.value(); }
+    operator const QStringList&() const { return value(); }
+    TextListAttribute& operator=(QStringList value);
+
+    QByteArray encoded() const override;
+    bool restore(const QByteArray& encoded) override;
+
+private:
+    ObservedOnAssignment<QStringList> m_value;
+};
+
+} // namespace platform

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Store/PersistentModel.h"
+
+#include <functional>
+
+namespace platform {
+
+/// What a store knows of a type of records: the name of its table, its attributes, how to make one.
+struct RecordType {
+    QString name;
+    QStringList attributes;
+    std::function<std::shared_ptr<PersistentModel>()> make;
+
+    /// The description that the type gives of itself.
+    template <class Model>
+    static RecordType of() {
+        RecordType type{Model::recordName(), {}, [] { return std::make_shared<Model>(); }};
+        for (const Attribute* attribute : type.make()->attributes())
+            type.attributes.append(attribute->name());
+        return type;
+    }
+};
+
+} // namespace platform

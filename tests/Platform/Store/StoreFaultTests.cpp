@@ -1,0 +1,558 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Store/StoreError.h"
+#include "tests/Platform/Store/FaultyFiles.h"
+#include "tests/Platform/Store/TestRecord.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <functional>
+#include <linux/capability.h>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Reason = StoreError::Reason;
+
+namespace {
+
+constexpr auto never = 1h;
+
+std::optional<Reason> reasonOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const StoreError& error) {
+        return error.reason();
+    }
+    return std::nullopt;
+}
+
+QByteArray bytesOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+void writeBytes(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// Runs statements on the file as another program would.
+void execute(const QString& path, const char* sql) {
+    sqlite3* connection = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(path).constData(), &connection), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(connection);
+}
+
+/// Runs the function in a process of its own and gives its end as waitpid() tells it. The function
+/// returns the exit status.
+int inChild(const std::function<int()>& function) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(function());
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+/// Takes root's right to pass over the modes of files away from this process.
+bool giveUpPrivileges() {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, 2> none{};
+    return ::syscall(SYS_capset, &header, none.data()) == 0;
+}
+
+} // namespace
+
+class StoreFaultTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void killedAtAnyChangeOfAFileTheStoreHoldsTheOldOrTheNew();
+    void killedWhileTheStoreIsMadeItIsMadeByTheNextSave();
+    void killedAtAnyMomentNothingThatWasSavedIsLost();
+    void aFaultAtAnyChangeOfAFileLosesNothing_data();
+    void aFaultAtAnyChangeOfAFileLosesNothing();
+    void aFullDiskLosesNothingAndTheSaveSucceedsOnceThereIsRoom();
+    void aReadOnlyFolderIsReadAndTheSaveFails();
+    void aFolderThatCannotBeMadeFailsTheSaveOnly();
+    void aFolderThatIsAFileFailsQuietly();
+    void whatIsNoStoreIsReportedAndLeftAsItIs_data();
+    void whatIsNoStoreIsReportedAndLeftAsItIs();
+    void aPlaceTakenBySomethingElseIsReported_data();
+    void aPlaceTakenBySomethingElseIsReported();
+    void anEmptyFileBecomesTheStore();
+    void aStoreRestoredFromItsDumpIsRead();
+    void triggersInTheFileAreNotRun();
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data();
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs();
+    void aDamagedFileFailsTheFetchAndIsLeftAsItIs();
+    void aStoreLockedByAnotherProgramIsGivenUpSoonAndSavedLater();
+    void aFailedSaveIsTriedAgainByItself();
+    void twoProgramsSavingAtOnceLoseNothing();
+
+private:
+    ModelContainer container(int version = 1) const { return noteContainer(m_file, version); }
+    void saveNote(const QStringList& lines) const {
+        const auto container = noteContainer(m_file);
+        ModelContext context(container, never);
+        context.insert(makeNote(1, lines));
+        context.save();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_file;
+};
+
+void StoreFaultTests::init() {
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_file = m_folder->filePath(u"store.sqlite"_s);
+}
+
+void StoreFaultTests::killedAtAnyChangeOfAFileTheStoreHoldsTheOldOrTheNew() {
+    const QStringList before(40, QString(1000, u'o'));
+    const QStringList after(50, QString(1000, u'n'));
+    saveNote(before);
+    const QByteArray pristine = bytesOf(m_file);
+    bool wasOld = false;
+    bool hasEnded = false;
+    for (int fatal = 1; !hasEnded; ++fatal) {
+        QVERIFY(fatal < 1000);
+        writeBytes(m_file, pristine);
+        QFile::remove(m_file + u"-journal"_s);
+        const int status = inChild([&] {
+            FaultyFiles files([fatal](int change) {
+                if (change == fatal)
+                    ::raise(SIGKILL);
+                return SQLITE_OK;
+            });
+            const auto store = container();
+            ModelContext context(store, never);
+            context.fetch<Note>().first()->lines = after;
+            context.save();
+            return 0;
+        });
+        hasEnded = WIFEXITED(status);
+        QVERIFY(hasEnded || WTERMSIG(status) == SIGKILL);
+        const auto found = linesInStore(container());
+        QVERIFY(found == Lines{before} || found == Lines{after});
+        wasOld = wasOld || found == Lines{before};
+        QVERIFY(!hasEnded || found == Lines{after});
+    }
+    QVERIFY(wasOld);
+}
+
+void StoreFaultTests::killedWhileTheStoreIsMadeItIsMadeByTheNextSave() {
+    bool hasEnded = false;
+    for (int fatal = 1; !hasEnded; ++fatal) {
+        QVERIFY(fatal < 1000);
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_file = m_folder->filePath(u"new/store.sqlite"_s);
+        const int status = inChild([&] {
+            FaultyFiles files([fatal](int change) {
+                if (change == fatal)
+                    ::raise(SIGKILL);
+                return SQLITE_OK;
+            });
+            saveNote({u"first"_s});
+            return 0;
+        });
+        hasEnded = WIFEXITED(status);
+        const auto found = linesInStore(container());
+        QVERIFY(found.isEmpty() || found == Lines{QStringList{u"first"_s}});
+        saveNote({u"second"_s});
+        QCOMPARE(linesInStore(container()).size(), found.size() + 1);
+    }
+}
+
+// The same without a hand in the files: real saves, killed from outside after times of all lengths.
+void StoreFaultTests::killedAtAnyMomentNothingThatWasSavedIsLost() {
+    saveNote({u"0"_s});
+    for (int round = 0; round < 30; ++round) {
+        std::array<int, 2> pipe{};
+        QCOMPARE(::pipe(pipe.data()), 0);
+        const int first = linesInStore(container()).first().first().toInt();
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const auto store = container();
+            ModelContext context(store, never);
+            const auto note = context.fetch<Note>().first();
+            for (int number = first + 1;; ++number) {
+                note->lines = QStringList(30 + number % 40, QString::number(number));
+                note->writtenAt = laterThan(note->writtenAt, currentInstant());
+                context.save();
+                (void)!::write(pipe[1], &number, sizeof number);
+            }
+        }
+        ::close(pipe[1]);
+        int acknowledged = first;
+        // The first save has ended; then the end comes at a moment of the next ones.
+        (void)!::read(pipe[0], &acknowledged, sizeof acknowledged);
+        ::usleep(useconds_t(round) * 150);
+        ::kill(child, SIGKILL);
+        while (::read(pipe[0], &acknowledged, sizeof acknowledged) == sizeof acknowledged) {
+        }
+        ::close(pipe[0]);
+        ::waitpid(child, nullptr, 0);
+        QVERIFY(acknowledged > first);
+        const auto found = linesInStore(container());
+        QCOMPARE(found.size(), 1);
+        const int number = found.first().first().toInt();
+        QVERIFY(number == acknowledged || number == acknowledged + 1);
+        QCOMPARE(found.first(), QStringList(30 + number % 40, QString::number(number)));
+    }
+}
+
+void StoreFaultTests::aFaultAtAnyChangeOfAFileLosesNothing_data() {
+    QTest::addColumn<int>("fault");
+    QTest::newRow("no room") << SQLITE_FULL;
+    QTest::newRow("a write fails") << SQLITE_IOERR_WRITE;
+    QTest::newRow("a sync fails") << SQLITE_IOERR_FSYNC;
+}
+
+void StoreFaultTests::aFaultAtAnyChangeOfAFileLosesNothing() {
+    QFETCH(int, fault);
+    const QStringList before(40, QString(1000, u'o'));
+    const QStringList after(50, QString(1000, u'n'));
+    saveNote(before);
+    const QByteArray pristine = bytesOf(m_file);
+    bool hasSucceeded = false;
+    for (int faulty = 1; !hasSucceeded; ++faulty) {
+        QVERIFY(faulty < 1000);
+        writeBytes(m_file, pristine);
+        QFile::remove(m_file + u"-journal"_s);
+        const auto store = container();
+        ModelContext context(store, never);
+        const auto note = context.fetch<Note>().first();
+        note->lines = after;
+        {
+            // From then on nothing can be written any more, not even what would undo the damage.
+            FaultyFiles files([&](int change) { return change >= faulty ? fault : SQLITE_OK; });
+            hasSucceeded = !reasonOf([&] { context.save(); });
+        }
+        QCOMPARE(context.hasChanges(), !hasSucceeded);
+        QCOMPARE(note->lines.value(), after);
+        // What has not become durable may have been written all the same, but never in part.
+        const auto found = linesInStore(container());
+        QVERIFY(found == Lines{before} || (found == Lines{after}));
+        context.save();
+        QCOMPARE(linesInStore(container()).first(), after);
+    }
+}
+
+void StoreFaultTests::aFullDiskLosesNothingAndTheSaveSucceedsOnceThereIsRoom() {
+    saveNote({u"before"_s});
+    const int status = inChild([&] {
+        ::signal(SIGXFSZ, SIG_IGN); // the write is to fail as it does on a full disk
+        struct rlimit limit {};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        const auto whole = limit.rlim_cur;
+        limit.rlim_cur = 64 * 1024;
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            return 1;
+        const auto store = container();
+        ModelContext context(store, never);
+        const auto note = context.fetch<Note>().first();
+        note->lines = QStringList{QString(1'000'000, u'x')};
+        const auto reason = reasonOf([&] { context.save(); });
+        if (reason != Reason::Full && reason != Reason::Unreachable)
+            return 2;
+        if (linesInStore(store) != Lines{QStringList{u"before"_s}})
+            return 3;
+        limit.rlim_cur = whole;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        context.save();
+        return 0;
+    });
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+    QCOMPARE(linesInStore(container()), Lines{QStringList{QString(1'000'000, u'x')}});
+}
+
+void StoreFaultTests::aReadOnlyFolderIsReadAndTheSaveFails() {
+    saveNote({u"before"_s});
+    QFile::remove(m_file + u"-journal"_s);
+    QCOMPARE(::chmod(QFile::encodeName(m_file).constData(), 0400), 0);
+    QCOMPARE(::chmod(QFile::encodeName(m_folder->path()).constData(), 0500), 0);
+    const QByteArray bytes = bytesOf(m_file);
+    const int status = inChild([&] {
+        if (!giveUpPrivileges())
+            return 1;
+        const auto store = container();
+        ModelContext context(store, never);
+        const auto notes = context.fetch<Note>();
+        if (notes.size() != 1 || notes.first()->lines.value() != QStringList{u"before"_s})
+            return 2;
+        notes.first()->lines = QStringList{u"after"_s};
+        return reasonOf([&] { context.save(); }) == Reason::Unreachable ? 0 : 3;
+    });
+    ::chmod(QFile::encodeName(m_folder->path()).constData(), 0700);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+    QCOMPARE(bytesOf(m_file), bytes);
+}
+
+void StoreFaultTests::aFolderThatCannotBeMadeFailsTheSaveOnly() {
+    QCOMPARE(::chmod(QFile::encodeName(m_folder->path()).constData(), 0500), 0);
+    const int status = inChild([&] {
+        if (!giveUpPrivileges())
+            return 1;
+        const auto store = noteContainer(m_folder->filePath(u"data/app/store.sqlite"_s));
+        ModelContext context(store, never);
+        if (!context.fetch<Note>().isEmpty())
+            return 2;
+        context.insert(makeNote(1));
+        return reasonOf([&] { context.save(); }) == Reason::Unreachable ? 0 : 3;
+    });
+    ::chmod(QFile::encodeName(m_folder->path()).constData(), 0700);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+}
+
+void StoreFaultTests::aFolderThatIsAFileFailsQuietly() {
+    writeBytes(m_folder->filePath(u"data"_s), "mine");
+    const auto store = noteContainer(m_folder->filePath(u"data/app/store.sqlite"_s));
+    ModelContext context(store, never);
+    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Unreachable);
+    context.insert(makeNote(1));
+    QCOMPARE(reasonOf([&] { context.save(); }), Reason::Unreachable);
+    QCOMPARE(bytesOf(m_folder->filePath(u"data"_s)), QByteArray("mine"));
+}
+
+void StoreFaultTests::whatIsNoStoreIsReportedAndLeftAsItIs_data() {
+    QTest::addColumn<QByteArray>("sql");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Reason>("reason");
+    const auto bytes = [](const char* name, const QByteArray& bytes) {
+        QTest::newRow(name) << QByteArray() << bytes << Reason::NotAStore;
+    };
+    bytes("one byte", "x");
+    bytes("a text", "Dear diary,\n");
+    bytes("a long text", QByteArray("Dear diary,\n").repeated(10000));
+    bytes("zeros", QByteArray(8192, '\0'));
+    bytes("only the mark of SQLite", QByteArray("SQLite format 3\0", 16));
+    const auto sql = [](const char* name, const char* sql, Reason reason) {
+        QTest::newRow(name) << QByteArray(sql) << QByteArray() << reason;
+    };
+    sql("a later version",
+        "PRAGMA user_version=2; CREATE TABLE Note (writtenAt INTEGER, lines BLOB, title TEXT);"
+        "INSERT INTO Note VALUES (1, x'00', 'precious')",
+        Reason::LaterVersion);
+    sql("a later version of the same layout",
+        "PRAGMA user_version=2;"
+        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)",
+        Reason::LaterVersion);
+    sql("a later version without tables", "PRAGMA user_version=7", Reason::LaterVersion);
+    sql("a database of another program", "CREATE TABLE cookies (host TEXT)", Reason::Foreign);
+    sql("this version without tables", "PRAGMA user_version=1", Reason::Foreign);
+    sql("fewer columns", "PRAGMA user_version=1; CREATE TABLE Note (writtenAt TEXT)",
+        Reason::Foreign);
+    sql("one more column",
+        "PRAGMA user_version=1;"
+        "CREATE TABLE Note (writtenAt TEXT NOT NULL, lines TEXT NOT NULL, title TEXT NOT NULL)",
+        Reason::Foreign);
+    sql("a column added by hand",
+        "PRAGMA user_version=1;"
+        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+        "ALTER TABLE Note ADD COLUMN title TEXT",
+        Reason::Foreign);
+    sql("other columns", "PRAGMA user_version=1; CREATE TABLE Note (a TEXT, b TEXT)",
+        Reason::Foreign);
+    sql("a view of that name",
+        "PRAGMA user_version=1; CREATE VIEW Note AS WITH RECURSIVE n(i) AS "
+        "(SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i AS writtenAt, i AS lines FROM n",
+        Reason::Foreign);
+    sql("a table without row identifiers",
+        "PRAGMA user_version=1; CREATE TABLE Note "
+        "(writtenAt TEXT PRIMARY KEY, lines TEXT) WITHOUT ROWID",
+        Reason::Foreign);
+}
+
+void StoreFaultTests::whatIsNoStoreIsReportedAndLeftAsItIs() {
+    QFETCH(QByteArray, sql);
+    QFETCH(QByteArray, bytes);
+    QFETCH(Reason, reason);
+    if (!sql.isEmpty())
+        execute(m_file, sql.constData());
+    else
+        writeBytes(m_file, bytes);
+    const QByteArray before = bytesOf(m_file);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), reason);
+        context.insert(makeNote(1));
+        QCOMPARE(reasonOf([&] { context.save(); }), reason);
+    }
+    QCOMPARE(bytesOf(m_file), before);
+}
+
+void StoreFaultTests::aPlaceTakenBySomethingElseIsReported_data() {
+    QTest::addColumn<bool>("isPipe");
+    QTest::newRow("a folder") << false;
+    QTest::newRow("a pipe") << true;
+}
+
+void StoreFaultTests::aPlaceTakenBySomethingElseIsReported() {
+    QFETCH(bool, isPipe);
+    const QByteArray path = QFile::encodeName(m_file);
+    QCOMPARE(isPipe ? ::mkfifo(path.constData(), 0600) : ::mkdir(path.constData(), 0700), 0);
+    const auto store = container();
+    ModelContext context(store, never);
+    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+    context.insert(makeNote(1));
+    QCOMPARE(reasonOf([&] { context.save(); }), Reason::NotAStore);
+}
+
+void StoreFaultTests::anEmptyFileBecomesTheStore() {
+    writeBytes(m_file, {});
+    QVERIFY(linesInStore(container()).isEmpty());
+    saveNote({u"a"_s});
+    QCOMPARE(linesInStore(container()), Lines{QStringList{u"a"_s}});
+}
+
+void StoreFaultTests::aStoreRestoredFromItsDumpIsRead() {
+    execute(m_file, "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+                    "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
+                    "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
+    const auto store = container();
+    {
+        ModelContext context(store, never);
+        const auto notes = context.fetch<Note>();
+        QCOMPARE(notes.size(), 1);
+        QCOMPARE(notes.first()->lines.value(), QStringList{u"a"_s});
+        notes.first()->lines = QStringList{u"b"_s};
+    }
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+}
+
+void StoreFaultTests::triggersInTheFileAreNotRun() {
+    saveNote({u"a"_s});
+    execute(m_file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
+                    "UPDATE Note SET lines = '[]'; END");
+    const auto store = container();
+    {
+        ModelContext context(store, never);
+        context.fetch<Note>().first()->lines = QStringList{u"b"_s};
+    }
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+}
+
+void StoreFaultTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data() {
+    QTest::addColumn<QByteArray>("values");
+    QTest::newRow("no instant") << QByteArray("'yesterday', '[]'");
+    QTest::newRow("no JSON") << QByteArray("'2026-01-01T00:00:00Z', 'a,b'");
+    QTest::newRow("numbers in the list") << QByteArray("'2026-01-01T00:00:00Z', '[1]'");
+    QTest::newRow("bytes") << QByteArray("'2026-01-01T00:00:00Z', x'5b5d'");
+    QTest::newRow("not UTF-8") << QByteArray("'2026-01-01T00:00:00Z', '[\"' || x'ff' || '\"]'");
+}
+
+void StoreFaultTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs() {
+    QFETCH(QByteArray, values);
+    saveNote({u"a"_s});
+    execute(m_file, "INSERT INTO Note VALUES (" + values + ")");
+    const QByteArray before = bytesOf(m_file);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Malformed);
+    }
+    QCOMPARE(bytesOf(m_file), before);
+}
+
+void StoreFaultTests::aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
+    saveNote(QStringList(100, QString(1000, u'a')));
+    QByteArray bytes = bytesOf(m_file);
+    bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xaa'));
+    writeBytes(m_file, bytes);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+    }
+    QCOMPARE(bytesOf(m_file), bytes);
+}
+
+void StoreFaultTests::aStoreLockedByAnotherProgramIsGivenUpSoonAndSavedLater() {
+    saveNote({u"before"_s});
+    const auto store = container();
+    ModelContext context(store, never);
+    const auto note = context.fetch<Note>().first();
+    note->lines = QStringList{u"after"_s};
+    sqlite3* other = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(m_file).constData(), &other), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(reasonOf([&] { context.save(); }), Reason::Busy);
+    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Busy);
+    QVERIFY(timer.elapsed() < 2000);
+    QCOMPARE(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(other);
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"before"_s}});
+    context.save();
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"after"_s}});
+}
+
+void StoreFaultTests::aFailedSaveIsTriedAgainByItself() {
+    saveNote({u"before"_s});
+    const auto store = container();
+    ModelContext context(store, 5ms);
+    const auto note = context.fetch<Note>().first();
+    {
+        FaultyFiles files([](int) { return SQLITE_FULL; });
+        note->lines = QStringList{u"after"_s};
+        QTRY_VERIFY(files.changes() >= 2);
+        QVERIFY(context.hasChanges());
+    }
+    QTRY_VERIFY(!context.hasChanges());
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"after"_s}});
+}
+
+void StoreFaultTests::twoProgramsSavingAtOnceLoseNothing() {
+    constexpr int programs = 2;
+    constexpr int saves = 25;
+    std::array<pid_t, programs> children{};
+    for (int program = 0; program < programs; ++program) {
+        children[size_t(program)] = ::fork();
+        if (children[size_t(program)] == 0) {
+            const auto store = container();
+            ModelContext context(store, never);
+            const auto note = makeNote(1);
+            context.insert(note);
+            for (int number = 1; number <= saves; ++number) {
+                note->lines = QStringList{QString::number(program), QString::number(number)};
+                note->writtenAt = laterThan(note->writtenAt, currentInstant());
+                while (reasonOf([&] { context.save(); }) == Reason::Busy) {
+                }
+            }
+            ::_exit(0);
+        }
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    auto found = linesInStore(container());
+    std::sort(found.begin(), found.end());
+    const QString last = QString::number(saves);
+    QCOMPARE(found, (Lines{{u"0"_s, last}, {u"1"_s, last}}));
+}
+
+QTEST_GUILESS_MAIN(StoreFaultTests)
+#include "StoreFaultTests.moc"
