@@ -52,6 +52,8 @@ void TextView::applyTheme() {
 }
 
 void TextView::setPlainText(const Text& text) {
+    if (!m_isMarkdown && text == m_source)
+        return;
     const bool grows = !m_isMarkdown && text.continues(m_source);
     const qsizetype from = grows ? m_source.size() : 0;
     m_isMarkdown = false;
@@ -62,6 +64,8 @@ void TextView::setPlainText(const Text& text) {
 }
 
 void TextView::setMarkdown(const Text& text) {
+    if (m_isMarkdown && text == m_source)
+        return;
     if (!m_isMarkdown || !text.continues(m_source))
         m_parsed = {};
     m_isMarkdown = true;
@@ -318,6 +322,7 @@ void TextView::mouseMoveEvent(QMouseEvent* event) {
         return; // still a click
     m_pressedLink = {};
     extendSelection(m_flow.positionAt(event->position()));
+    event->ignore(); // a parent scrolls while a selection is drawn beyond its edge
 }
 
 void TextView::mouseReleaseEvent(QMouseEvent* event) {
