@@ -170,11 +170,16 @@ bool LoopbackServer::start(int socket, const void* address, unsigned length, Han
     return true;
 }
 
+void LoopbackServer::stopAccepting() {
+    eventfd_write(m_stopEvent, 1);
+    if (m_acceptThread.joinable())
+        m_acceptThread.join();
+}
+
 void LoopbackServer::stop() {
     if (m_listener < 0)
         return;
-    eventfd_write(m_stopEvent, 1);
-    m_acceptThread.join();
+    stopAccepting();
     for (std::thread& thread : m_connectionThreads)
         thread.join();
     m_connectionThreads.clear();

@@ -86,6 +86,9 @@ public:
     /// Listens on a Unix socket at that path.
     bool listenOnPath(const QString& path, Handler handler);
 
+    /// Accepts no further connection, although clients can still connect: a server that hangs.
+    void stopAccepting();
+
     /// Stops listening and ends all connections; may listen again afterwards.
     void stop();
 

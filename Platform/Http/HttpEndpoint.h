@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace platform {
+
+/// Where a server listens: a port of this machine's IPv4 loopback address, or a Unix socket.
+/// Another machine cannot be expressed.
+class HttpEndpoint {
+public:
+    /// A TCP port on 127.0.0.1.
+    static HttpEndpoint loopback(quint16 port);
+    /// The Unix socket at this path.
+    static HttpEndpoint unixSocket(const QString& path);
+
+    bool isUnixSocket() const { return !m_path.isEmpty(); }
+    quint16 port() const { return m_port; }
+    const QString& path() const { return m_path; }
+
+    /// What the Host field of a request says.
+    QByteArray host() const;
+
+private:
+    HttpEndpoint(quint16 port, QString path);
+
+    quint16 m_port;
+    QString m_path;
+};
+
+} // namespace platform

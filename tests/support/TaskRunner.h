@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Concurrency/Errors.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/TaskScope.h"
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTest>
+
+#include <memory>
+#include <optional>
+
+namespace tests {
+
+/// What came out of a task: its value, or the error with which it failed.
+template <class T>
+struct TaskOutcome {
+    std::optional<T> value;
+    std::exception_ptr error;
+
+    bool hasEnded() const { return value.has_value() || error; }
+
+    /// The user-facing description of the error; empty when there is none.
+    QString errorText() const { return error ? platform::localizedDescription(error) : QString(); }
+
+    /// Whether the task failed with an error of that type; the error itself.
+    template <class Error>
+    std::optional<Error> errorAs() const {
+        try {
+            if (error)
+                std::rethrow_exception(error);
+        } catch (const Error& found) {
+            return found;
+        } catch (...) {
+        }
+        return std::nullopt;
+    }
+};
+
+template <class T>
+platform::Task<void> report(platform::Task<T> task, std::shared_ptr<TaskOutcome<T>> outcome) {
+    try {
+        outcome->value.emplace(co_await task);
+    } catch (...) {
+        outcome->error = std::current_exception();
+    }
+}
+
+/// Starts a task whose outcome the test looks at later.
+template <class T>
+std::shared_ptr<TaskOutcome<T>> startTask(platform::TaskScope& scope, platform::Task<T> task) {
+    auto outcome = std::make_shared<TaskOutcome<T>>();
+    scope.start(report(std::move(task), outcome));
+    return outcome;
+}
+
+/// Runs a task on the test's event loop until it ends. A task that does not end within the limit
+/// ends the test program: nothing after it would make sense.
+template <class T>
+TaskOutcome<T> runTask(platform::MainExecutor& executor, platform::Task<T> task,
+                       std::chrono::seconds limit = std::chrono::seconds(30)) {
+    platform::TaskScope scope(executor);
+    const auto outcome = startTask(scope, std::move(task));
+    if (!QTest::qWaitFor([&] { return outcome->hasEnded(); },
+                         static_cast<int>(std::chrono::milliseconds(limit).count())))
+        qFatal("a task has not ended within its limit");
+    return *outcome;
+}
+
+} // namespace tests
