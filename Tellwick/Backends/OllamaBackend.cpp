@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Backends/OllamaBackend.h"
+
+#include "Platform/Concurrency/Errors.h"
+#include "Tellwick/Backends/OllamaError.h"
+#include "Tellwick/Backends/OllamaWire.h"
+
+#include <array>
+#include <charconv>
+
+namespace tellwick {
+
+using namespace Qt::StringLiterals;
+using platform::HttpBody;
+using platform::HttpClient;
+using platform::HttpRequest;
+using platform::HttpResponse;
+using platform::StreamContinuation;
+using platform::Task;
+using platform::Text;
+
+namespace {
+
+constexpr quint16 port = 11434;
+constexpr int ok = 200;
+
+/// The size in decimal gigabytes with one digit behind the full stop, whatever the locale; a tie is
+/// rounded to the even digit.
+QString sizeText(qint64 bytes) {
+    std::array<char, 32> digits;
+    const double gigabytes = static_cast<double>(bytes) / 1'000'000'000;
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), gigabytes,
+                                       std::chars_format::fixed, 1);
+    return QString::fromLatin1(digits.data(), written.ptr - digits.data()) + u" GB"_s;
+}
+
+QList<OllamaMessage> messageList(const QString& prompt, const QList<ChatMessage>& history,
+                                 const QString& systemPrompt) {
+    QList<OllamaMessage> messages;
+    messages.reserve(history.size() + 2);
+    messages.append({u"system"_s, systemPrompt});
+    for (const ChatMessage& message : history) {
+        const bool isUser = message.role() == ChatMessage::Role::user;
+        messages.append({isUser ? u"user"_s : u"assistant"_s, message.content.toString()});
+    }
+    messages.append({u"user"_s, prompt});
+    return messages;
+}
+
+HttpRequest chatRequest(const OllamaChatRequest& chat, std::chrono::milliseconds idleTimeout) {
+    HttpRequest request("/api/chat");
+    request.method = "POST";
+    request.headers = {{"Content-Type", "application/json"}};
+    request.body = chat.toJson();
+    request.idleTimeout = idleTimeout;
+    return request;
+}
+
+/// Yields the text so far after each line of the reply.
+Task<void> readReply(HttpClient client, HttpRequest request,
+                     StreamContinuation<Text> continuation) {
+    HttpBody body = co_await client.bytes(std::move(request));
+    if (body.status() != ok)
+        throw OllamaError::badResponse(body.status());
+    platform::TextBuilder reply;
+    while (const auto line = co_await body.nextLine()) {
+        if (line->isEmpty())
+            continue;
+        if (co_await platform::isCancelled())
+            break;
+        const OllamaChatChunk chunk = OllamaChatChunk::fromJson(*line);
+        reply.append(chunk.message.content);
+        continuation.yield(reply.text());
+        if (chunk.done)
+            break;
+    }
+}
+
+Task<void> produce(HttpClient client, QString modelName, QList<OllamaMessage> messages,
+                   std::chrono::milliseconds idleTimeout, StreamContinuation<Text> continuation) {
+    std::exception_ptr error;
+    try {
+        const OllamaChatRequest chat(std::move(modelName), std::move(messages));
+        co_await readReply(std::move(client), chatRequest(chat, idleTimeout), continuation);
+    } catch (const platform::CancellationError&) {
+        // A cancelled reply just ends.
+    } catch (...) {
+        error = std::current_exception();
+    }
+    continuation.finish(error);
+}
+
+Task<QList<OllamaModelEntry>> fetchModels(HttpClient client) {
+    try {
+        const HttpResponse response = co_await client.data(HttpRequest("/api/tags"));
+        if (response.status() == ok)
+            co_return OllamaTagsResponse::fromJson(response.body).models;
+    } catch (...) {
+        // An empty list is the only sign of any failure.
+    }
+    co_return QList<OllamaModelEntry>();
+}
+
+} // namespace
+
+platform::HttpEndpoint OllamaBackend::baseURL() {
+    return platform::HttpEndpoint::loopback(port);
+}
+
+OllamaBackend::OllamaBackend(const OllamaModelEntry& entry, platform::NetworkThread& network,
+                             std::chrono::milliseconds idleTimeout)
+    : m_modelName(entry.name)
+    , m_info(ModelInfo::ollamaID(entry.name), entry.name, ModelSource::ollama,
+             sizeText(entry.size) + u" · Ollama"_s)
+    , m_client(network, baseURL())
+    , m_producers(network.scope())
+    , m_idleTimeout(idleTimeout) {}
+
+ReplyStream OllamaBackend::streamResponse(const QString& prompt, const QList<ChatMessage>& history,
+                                          const QString& systemPrompt) {
+    auto [stream, continuation] = platform::makeStream<Text>();
+    m_producers.start(produce(m_client, m_modelName, messageList(prompt, history, systemPrompt),
+                              m_idleTimeout, continuation));
+    return std::move(stream);
+}
+
+Task<QList<OllamaModelEntry>> OllamaBackend::discover(platform::NetworkThread& network) {
+    return fetchModels(HttpClient(network, baseURL()));
+}
+
+} // namespace tellwick
