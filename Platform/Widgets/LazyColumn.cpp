@@ -32,9 +32,8 @@ LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
         const qreal left = m_remaining * (1 - value.toReal());
         moveTo(maximumScroll() - qRound(left));
     });
-    connect(m_bar, &QAbstractSlider::valueChanged, this, [this](int value) {
-        setScrollPosition(value);
-    });
+    connect(m_bar, &QAbstractSlider::valueChanged, this,
+            [this](int value) { setScrollPosition(value); });
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { focusMoved(now); });
     reload();

@@ -50,6 +50,9 @@ public:
     /// Brings a row into view, as little as is needed.
     void scrollToRow(qsizetype row);
 
+    /// Brings a part of a widget inside into view, as little as is needed.
+    void reveal(const QWidget* inside, const QRect& part);
+
     /// Scrolls for one of the keys that scroll, as if the column had the focus; false for others.
     bool scrollForKey(int key);
 

@@ -88,7 +88,7 @@ public:
         if (known != m_unbuilt.cend())
             return QAccessible::accessibleInterface(*known);
         if (m_unbuilt.size() > 2 * childCount() + 64)
-            forget(); // most belong to rows that are gone
+            forget();                                // most belong to rows that are gone
         auto* item = new UnbuiltRow(&column(), key); // the register owns it
         m_unbuilt.insert(key, QAccessible::registerAccessibleInterface(item));
         return item;

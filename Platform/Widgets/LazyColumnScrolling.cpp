@@ -65,11 +65,8 @@ void LazyColumn::scrollToBottom(bool animated) {
 void LazyColumn::scrollToRow(qsizetype row) {
     if (row < 0 || row >= static_cast<qsizetype>(m_rows.size()))
         return;
-    const QRect rect = rowRect(row).adjusted(0, -Theme::rowSpacing, 0, Theme::rowSpacing);
-    if (rect.top() < 0 || rect.height() > height())
-        setScrollPosition(m_scroll + rect.top());
-    else if (rect.bottom() >= height())
-        setScrollPosition(m_scroll + rect.bottom() + 1 - height());
+    reveal(this, rowRect(row));
+    reveal(this, rowRect(row)); // its place was a guess until it was near
 }
 
 void LazyColumn::stopMotion() {
@@ -210,14 +207,18 @@ void LazyColumn::focusMoved(QWidget* now) {
     if (!now || now == this || !isAncestorOf(now) ||
         QGuiApplication::mouseButtons() != Qt::NoButton)
         return;
-    const QRect target = now->inputMethodQuery(Qt::ImCursorRectangle).toRect();
-    const QRect inside = target.isEmpty() ? now->rect() : target;
-    const int top = now->mapTo(this, inside.topLeft()).y();
-    const int bottom = top + inside.height();
-    if (top < 0 || inside.height() > height())
-        setScrollPosition(m_scroll + top - Theme::rowSpacing);
-    else if (bottom > height())
-        setScrollPosition(m_scroll + bottom - height() + Theme::rowSpacing);
+    reveal(now, now->rect());
+}
+
+void LazyColumn::reveal(const QWidget* inside, const QRect& part) {
+    const QRect rect = QRect(inside->mapTo(this, part.topLeft()), part.size());
+    const bool isTooHigh = rect.height() + 2 * Theme::rowSpacing > height();
+    if (isTooHigh && rect.top() < height() && rect.bottom() >= 0)
+        return; // some of it is visible, and there is no better place
+    if (rect.top() < 0 || isTooHigh)
+        setScrollPosition(m_scroll + rect.top() - Theme::rowSpacing);
+    else if (rect.bottom() >= height())
+        setScrollPosition(m_scroll + rect.bottom() + 1 - height() + Theme::rowSpacing);
 }
 
 void LazyColumn::focusInEvent(QFocusEvent* event) {

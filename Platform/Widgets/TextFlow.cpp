@@ -145,20 +145,25 @@ std::unique_ptr<QTextLayout> TextFlow::shape(qsizetype start, qsizetype length,
     return layout;
 }
 
-/// Lays a layout out in lines; returns its height.
-qreal TextFlow::breakLines(QTextLayout& layout, qreal& widest) const {
-    const qreal least = m_look.lineHeight();
-    qreal y = 0;
+/// Lays a layout out in lines. A line in which another font is a little taller, for code or an
+/// emoji, stands on the same grid as all others.
+TextFlow::Lines TextFlow::breakLines(QTextLayout& layout) const {
+    const qreal usual = m_look.lineHeight();
+    const qreal ascent = std::ceil(QFontMetricsF(m_look.font).ascent());
+    Lines lines;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLeadingIncluded(true);
         line.setLineWidth(std::max<qreal>(m_width, 1));
-        line.setPosition({0, y});
-        y += std::max(least, std::ceil(line.height()));
-        widest = std::max(widest, line.naturalTextWidth());
+        const bool onGrid = line.height() <= usual * 1.3;
+        const qreal shift = onGrid ? ascent - std::ceil(line.ascent()) : 0;
+        line.setPosition({0, lines.height + shift});
+        lines.lastTop = lines.height;
+        lines.height += onGrid ? usual : std::ceil(line.height());
+        lines.widest = std::max(lines.widest, line.naturalTextWidth());
     }
     layout.endLayout();
-    return y;
+    return lines;
 }
 
 /// The chunk that begins at `start` of a paragraph which ends at `end`, the next one at `next`.
@@ -178,8 +183,9 @@ TextFlow::Chunk TextFlow::layOut(qsizetype start, bool first, bool rightToLeft, 
         const bool whole = start + window >= end;
         const qsizetype length = whole ? end - start : window;
         auto layout = shape(start, length, rightToLeft);
-        chunk.width = 0;
-        chunk.height = breakLines(*layout, chunk.width);
+        const Lines lines = breakLines(*layout);
+        chunk.width = lines.widest;
+        chunk.height = lines.height;
         chunk.lines = layout->lineCount();
         if (!whole && chunk.lines == 1) {
             window *= 2; // a very wide view, or characters without width
@@ -189,7 +195,7 @@ TextFlow::Chunk TextFlow::layOut(qsizetype start, bool first, bool rightToLeft, 
             // The last line may not be complete: the next chunk begins with it.
             const QTextLine line = layout->lineAt(chunk.lines - 1);
             chunk.length = line.textStart();
-            chunk.height = line.y();
+            chunk.height = lines.lastTop;
             chunk.seen = start + length;
             chunk.last = false;
             --chunk.lines;
@@ -205,8 +211,7 @@ QTextLayout& TextFlow::layoutOf(std::size_t index) const {
     if (!layout) {
         const Chunk& chunk = m_chunks[index];
         layout = shape(chunk.start, chunk.length, chunk.rightToLeft);
-        qreal widest = 0;
-        breakLines(*layout, widest);
+        breakLines(*layout);
     }
     return *layout;
 }

@@ -91,7 +91,12 @@ private:
     std::unique_ptr<QTextLayout> shape(qsizetype start, qsizetype length, bool rightToLeft) const;
     Chunk layOut(qsizetype start, bool first, bool rightToLeft, qsizetype paragraphEnd,
                  qsizetype next);
-    qreal breakLines(QTextLayout& layout, qreal& widest) const;
+    struct Lines {
+        qreal height = 0;
+        qreal lastTop = 0; // of the last line
+        qreal widest = 0;
+    };
+    Lines breakLines(QTextLayout& layout) const;
     QTextLayout& layoutOf(std::size_t chunk) const;
     std::size_t chunkAt(qsizetype position) const;
     std::size_t chunkAtHeight(qreal y) const;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/TextLook.h"
 
+#include "Platform/Widgets/TextLinks.h"
+
 #include <QFontMetricsF>
 
 #include <algorithm>
 #include <cmath>
-
-using namespace Qt::StringLiterals;
 
 namespace platform {
 
@@ -40,19 +40,6 @@ QList<QTextLayout::FormatRange> TextLook::formats(const StyledText& content, qsi
 
 qreal TextLook::lineHeight() const {
     return std::ceil(QFontMetricsF(font).lineSpacing());
-}
-
-std::optional<QUrl> openableAddress(const QString& target) {
-    // Checked before it is parsed: most targets that are no address do not even look like one.
-    const bool known = target.startsWith("http://"_L1, Qt::CaseInsensitive) ||
-                       target.startsWith("https://"_L1, Qt::CaseInsensitive) ||
-                       target.startsWith("mailto:"_L1, Qt::CaseInsensitive);
-    if (!known)
-        return std::nullopt;
-    const QUrl url(target);
-    if (!url.isValid() || (url.scheme() != "mailto"_L1 && url.host().isEmpty()))
-        return std::nullopt;
-    return url;
 }
 
 } // namespace platform

@@ -7,9 +7,6 @@
 #include <QFont>
 #include <QList>
 #include <QTextLayout>
-#include <QUrl>
-
-#include <optional>
 
 namespace platform {
 
@@ -30,8 +27,5 @@ struct TextLook {
     /// The height of a line of plain text, in whole pixels so that lines stay crisp.
     qreal lineHeight() const;
 };
-
-/// Where a link leads if it may be followed: addresses of the web and of mail, nothing else.
-std::optional<QUrl> openableAddress(const QString& target);
 
 } // namespace platform

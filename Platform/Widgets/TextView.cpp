@@ -2,6 +2,7 @@
 #include "Platform/Widgets/TextView.h"
 
 #include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/LazyColumn.h"
 #include "Platform/Widgets/TextViewAccessible.h"
 
 #include <QClipboard>
@@ -18,6 +19,20 @@
 #include <cmath>
 
 namespace platform {
+namespace {
+
+/// Monospaced fonts look larger than others of their size.
+QFont codeFont(const Theme& theme) {
+    constexpr qreal scale = 0.92;
+    QFont font = theme.monospacedFont(TextStyle::Body);
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * scale);
+    else
+        font.setPixelSize(qRound(font.pixelSize() * scale));
+    return font;
+}
+
+} // namespace
 
 TextView::TextView(const Theme& theme, Ground ground, QWidget* parent)
     : QWidget(parent)
@@ -40,7 +55,7 @@ void TextView::applyTheme() {
     const bool accent = m_ground == Ground::Accent;
     TextLook look;
     look.font = m_theme.font(TextStyle::Body);
-    look.codeFont = m_theme.monospacedFont(TextStyle::Body);
+    look.codeFont = codeFont(m_theme);
     look.text = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Label);
     look.link = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Link);
     look.codeGround = m_theme.color(ColorRole::Field);
@@ -202,61 +217,28 @@ void TextView::updateSpan(TextSpan span) {
 
 // Links
 
-TextView::Link TextView::linkAt(qsizetype character) const {
-    const StyledText& text = content();
-    const std::size_t found =
-        character < 0 ? text.ranges.size() : text.firstRangeEndingAfter(character);
-    if (found >= text.ranges.size() || text.ranges[found].start > character)
-        return {};
-    const StyledText::Range& range = text.ranges[found];
-    const auto address =
-        range.styles & StyledText::Link ? openableAddress(range.target) : std::nullopt;
-    if (!address)
-        return {};
-    // A link in several styles is several ranges that touch.
-    TextSpan span{range.start, range.end()};
-    const auto joins = [&](const StyledText::Range& other) {
-        return (other.styles & StyledText::Link) && other.target == range.target;
-    };
-    for (std::size_t i = found;
-         i > 0 && joins(text.ranges[i - 1]) && text.ranges[i - 1].end() == span.start; --i)
-        span.start = text.ranges[i - 1].start;
-    for (std::size_t i = found + 1;
-         i < text.ranges.size() && joins(text.ranges[i]) && text.ranges[i].start == span.end; ++i)
-        span.end = text.ranges[i].end();
-    return {span, *address};
-}
-
-TextView::Link TextView::neighbouringLink(TextSpan from, bool next) const {
-    const auto& ranges = content().ranges;
-    if (next) {
-        for (std::size_t i = content().firstRangeEndingAfter(from.end); i < ranges.size(); ++i) {
-            const Link link = linkAt(ranges[i].start);
-            if (!link.span.isEmpty())
-                return link;
-        }
-        return {};
-    }
-    for (std::size_t i = content().firstRangeEndingAfter(from.start); i > 0; --i) {
-        const Link link = linkAt(ranges[i - 1].start);
-        if (!link.span.isEmpty() && link.span.end <= from.start)
-            return link;
-    }
-    return {};
-}
-
 void TextView::setFocusedLink(TextSpan link) {
     if (m_focusedLink == link)
         return;
     updateSpan(m_focusedLink);
     m_focusedLink = link;
     updateSpan(m_focusedLink);
+    if (link.isEmpty())
+        return;
+    const QRect place = m_flow.characterRect(link.start).toAlignedRect();
+    for (QWidget* outer = parentWidget(); outer; outer = outer->parentWidget()) {
+        if (auto* column = qobject_cast<LazyColumn*>(outer)) {
+            column->reveal(this, place);
+            break;
+        }
+    }
 }
 
 bool TextView::focusNextPrevChild(bool next) {
     if (m_firstLink >= 0 && (next || !m_focusedLink.isEmpty())) {
-        const Link link = neighbouringLink(m_focusedLink, next);
-        if (!link.span.isEmpty()) {
+        const TextLink link = next ? linkFrom(content(), m_focusedLink.end)
+                                   : linkUpTo(content(), m_focusedLink.start);
+        if (!link.isNone()) {
             setFocusedLink(link.span);
             return true;
         }
@@ -265,11 +247,10 @@ bool TextView::focusNextPrevChild(bool next) {
 }
 
 void TextView::focusInEvent(QFocusEvent* event) {
-    const qsizetype size = content().text.size();
     if (event->reason() == Qt::TabFocusReason)
-        setFocusedLink(neighbouringLink({}, true).span);
+        setFocusedLink(linkFrom(content(), 0).span);
     else if (event->reason() == Qt::BacktabFocusReason)
-        setFocusedLink(neighbouringLink({size, size}, false).span);
+        setFocusedLink(linkUpTo(content(), content().text.size()).span);
 }
 
 void TextView::focusOutEvent(QFocusEvent* event) {
@@ -288,7 +269,7 @@ void TextView::mousePressEvent(QMouseEvent* event) {
     }
     setFocusedLink({});
     m_pressed = event->pos();
-    m_pressedLink = linkAt(m_flow.characterAt(event->position())).span;
+    m_pressedLink = linkAt(content(), m_flow.characterAt(event->position())).span;
     m_isSelecting = true;
     const qsizetype position = m_flow.positionAt(event->position());
     const int interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
@@ -329,7 +310,7 @@ void TextView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
     m_isSelecting = false;
-    const Link link = linkAt(m_flow.characterAt(event->position()));
+    const TextLink link = linkAt(content(), m_flow.characterAt(event->position()));
     const bool clicked = !m_pressedLink.isEmpty() && link.span == m_pressedLink;
     m_pressedLink = {};
     QClipboard* clipboard = QGuiApplication::clipboard();
@@ -340,7 +321,7 @@ void TextView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void TextView::showCursorFor(const QPointF& point) {
-    const bool onLink = m_firstLink >= 0 && !linkAt(m_flow.characterAt(point)).span.isEmpty();
+    const bool onLink = m_firstLink >= 0 && !linkAt(content(), m_flow.characterAt(point)).isNone();
     const Qt::CursorShape shape = onLink ? Qt::PointingHandCursor : Qt::IBeamCursor;
     if (cursor().shape() != shape)
         setCursor(shape);
@@ -373,8 +354,8 @@ void TextView::keyPressEvent(QKeyEvent* event) {
     } else if (event->matches(QKeySequence::SelectAll)) {
         selectAll();
     } else if (isReturn && plain && !m_focusedLink.isEmpty()) {
-        const Link link = linkAt(m_focusedLink.start);
-        if (!link.span.isEmpty() && m_openLink)
+        const TextLink link = linkAt(content(), m_focusedLink.start);
+        if (!link.isNone() && m_openLink)
             m_openLink(link.address);
     } else {
         event->ignore();
@@ -384,8 +365,8 @@ void TextView::keyPressEvent(QKeyEvent* event) {
 bool TextView::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        const Link link = linkAt(m_flow.characterAt(help->pos()));
-        if (link.span.isEmpty())
+        const TextLink link = linkAt(content(), m_flow.characterAt(help->pos()));
+        if (link.isNone())
             QToolTip::hideText();
         else
             QToolTip::showText(help->globalPos(), link.address.toDisplayString().toHtmlEscaped(),

@@ -4,6 +4,7 @@
 #include "Platform/Text/InlineMarkdown.h"
 #include "Platform/Text/Text.h"
 #include "Platform/Widgets/TextFlow.h"
+#include "Platform/Widgets/TextLinks.h"
 #include "Platform/Widgets/Theme.h"
 
 #include <QAccessible>
@@ -92,11 +93,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    struct Link {
-        TextSpan span;
-        QUrl address;
-    };
-
     void applyTheme();
     void replaceTail(qsizetype from, const StyledText& tail);
     void noteLinks(qsizetype from, const StyledText& tail);
@@ -104,8 +100,6 @@ private:
     void startSelection(qsizetype position, TextUnit unit);
     void extendSelection(qsizetype position);
     void updateSpan(TextSpan span);
-    Link linkAt(qsizetype character) const;
-    Link neighbouringLink(TextSpan from, bool next) const;
     void showCursorFor(const QPointF& point);
     void setFocusedLink(TextSpan link);
 

@@ -73,6 +73,28 @@ public:
     }
 };
 
+/// Two rows of one long text.
+class Texts : public Boxes {
+public:
+    Texts(const Theme& theme, QString text)
+        : Boxes(2)
+        , m_theme(theme)
+        , m_text(std::move(text)) {}
+    QWidget* make(qsizetype, QWidget* parent) override {
+        auto* view = new TextView(m_theme, TextView::Ground::Window, parent);
+        view->setMarkdown(Text(m_text));
+        return view;
+    }
+    void update(qsizetype, QWidget*) override {}
+    bool isInUse(const QWidget* widget) const override {
+        return static_cast<const TextView*>(widget)->hasSelection();
+    }
+
+private:
+    const Theme& m_theme;
+    QString m_text;
+};
+
 struct Fixture {
     Theme theme;
     Boxes boxes;
@@ -151,6 +173,8 @@ private Q_SLOTS:
     void theScrollBarFollowsAndLeads();
     void tabGoesThroughTheRowsInTheirOrder();
     void tabBringsARowIntoView();
+    void tabBringsALinkOfALongRowIntoView();
+    void aRowIsBroughtIntoViewWhereverItIs();
     void aSelectionDrawnBeyondTheEdgeScrolls();
     void assistiveTechnologySeesAllRows();
     void anEmptyColumnIsFine();
@@ -582,24 +606,49 @@ void LazyColumnTests::tabBringsARowIntoView() {
     }
 }
 
-void LazyColumnTests::aSelectionDrawnBeyondTheEdgeScrolls() {
-    class Texts : public Boxes {
-    public:
-        using Boxes::Boxes;
-        const Theme* theme = nullptr;
-        QWidget* make(qsizetype, QWidget* parent) override {
-            auto* view = new TextView(*theme, TextView::Ground::Window, parent);
-            view->setPlainText(Text(QString(u"a line of words\n"_s.repeated(200))));
-            return view;
-        }
-        void update(qsizetype, QWidget*) override {}
-        bool isInUse(const QWidget* widget) const override {
-            return static_cast<const TextView*>(widget)->hasSelection();
-        }
-    };
+void LazyColumnTests::tabBringsALinkOfALongRowIntoView() {
     Theme theme;
-    Texts texts(2);
-    texts.theme = &theme;
+    Texts texts(theme, u"[one](http://one)\n\n"_s + u"a line of words\n\n"_s.repeated(200) +
+                           u"[two](http://two)\n\n"_s + u"a line of words\n\n"_s.repeated(200));
+    QWidget window;
+    LazyColumn column(theme, texts, &window);
+    window.resize(400, 300);
+    column.resize(400, 300);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    auto* view = static_cast<TextView*>(column.widgetOf(0));
+    view->setFocus(Qt::TabFocusReason);
+    QCOMPARE(column.scrollPosition(), 0);
+    QTest::keyClick(view, Qt::Key_Tab);
+    const auto second = view->content().text.indexOf(u"two"_s);
+    const auto placeOf = [&](qsizetype character) {
+        return view->mapTo(&column, view->flow().characterRect(character).center().toPoint()).y();
+    };
+    QVERIFY(placeOf(second) > 0 && placeOf(second) < 300);
+    QTest::keyClick(view, Qt::Key_Backtab);
+    QVERIFY(placeOf(0) > 0 && placeOf(0) < 300);
+}
+
+void LazyColumnTests::aRowIsBroughtIntoViewWhereverItIs() {
+    Fixture f(0);
+    f.boxes.guess = 300;
+    for (int i = 0; i < 1000; ++i)
+        f.boxes.items.append(Boxes::Item{.height = 20 + (i * 53) % 150});
+    f.column.reload();
+    for (const int row : {500, 3, 999, 0, 998}) {
+        f.column.scrollToRow(row);
+        QVERIFY(f.box(row));
+        QVERIFY(f.column.rect().contains(f.box(row)->geometry()));
+    }
+    const int before = f.column.scrollPosition();
+    f.column.scrollToRow(998);
+    QCOMPARE(f.column.scrollPosition(), before);
+}
+
+void LazyColumnTests::aSelectionDrawnBeyondTheEdgeScrolls() {
+    Theme theme;
+    Texts texts(theme, u"a line of words\n"_s.repeated(200));
     QWidget window;
     LazyColumn column(theme, texts, &window);
     window.resize(400, 300);
