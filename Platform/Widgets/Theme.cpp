@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Theme.h"
 
+#include "Platform/Widgets/Accessible.h"
 #include "Platform/Widgets/Contrast.h"
 
 #include <QFontDatabase>
@@ -92,6 +93,7 @@ QFont resized(QFont font, double ratio) {
 
 Theme::Theme()
     : m_bodyFont(QGuiApplication::font()) {
+    AccessibleElement::install(); // no widget of ours is without a theme
     rebuild();
 }
 

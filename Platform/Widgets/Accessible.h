@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QAccessible>
+#include <QString>
+#include <QStringList>
+
+namespace platform {
+
+/// What a custom-painted widget tells assistive technology. A widget class derives from QWidget and
+/// from this; its interface then is made of these answers.
+///
+/// The name is the widget's accessibleName() or, without one, accessibleText().
+class AccessibleElement {
+public:
+    virtual ~AccessibleElement() = default;
+
+    virtual QAccessible::Role accessibleRole() const = 0;
+    /// Adds to the state that every widget has (focusable, disabled, invisible…).
+    virtual void addAccessibleState(QAccessible::State&) const {}
+    virtual QString accessibleText() const { return {}; }
+    /// The description, if the widget has no accessibleDescription().
+    virtual QString accessibleDetail() const { return {}; }
+    /// Names as in QAccessibleActionInterface.
+    virtual QStringList accessibleActions() const { return {}; }
+    virtual void performAccessibleAction(const QString&) {}
+
+    /// Makes the elements known to Qt; to call it again changes nothing.
+    static void install();
+};
+
+} // namespace platform
