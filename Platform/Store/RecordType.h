@@ -17,7 +17,8 @@ struct RecordType {
     template <class Model>
     static RecordType of() {
         RecordType type{Model::recordName(), {}, [] { return std::make_shared<Model>(); }};
-        for (const Attribute* attribute : type.make()->attributes())
+        const auto example = type.make();
+        for (const Attribute* attribute : example->attributes())
             type.attributes.append(attribute->name());
         return type;
     }
