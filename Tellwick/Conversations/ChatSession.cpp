@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Conversations/ChatSession.h"
+
+#include <algorithm>
+
+namespace tellwick {
+
+using namespace Qt::StringLiterals;
+using Role = ChatMessage::Role;
+
+namespace {
+
+QString roleText(Role role) {
+    return role == Role::user ? u"user"_s : u"assistant"_s;
+}
+
+} // namespace
+
+platform::FetchDescriptor<ChatSession> ChatSession::newestFirst() {
+    return {{platform::SortDescriptor(&ChatSession::updatedAt, platform::SortOrder::Reverse)}};
+}
+
+QList<ChatMessage> ChatSession::messages() const {
+    const QStringList& storedRoles = roles.value();
+    const QStringList& storedContents = contents.value();
+    const qsizetype count = std::min(storedRoles.size(), storedContents.size());
+    QList<ChatMessage> messages;
+    messages.reserve(count);
+    for (qsizetype i = 0; i < count; ++i) {
+        const Role role = storedRoles[i] == u"user"_s ? Role::user : Role::assistant;
+        messages.append(ChatMessage(role, platform::Text(storedContents[i])));
+    }
+    return messages;
+}
+
+void ChatSession::setMessages(const QList<ChatMessage>& messages) {
+    QStringList newRoles;
+    QStringList newContents;
+    newRoles.reserve(messages.size());
+    newContents.reserve(messages.size());
+    for (const ChatMessage& message : messages) {
+        newRoles.append(roleText(message.role()));
+        newContents.append(message.content.toString());
+    }
+    roles = std::move(newRoles);
+    contents = std::move(newContents);
+}
+
+void ChatSession::touch(platform::Instant now) {
+    updatedAt = platform::laterThan(updatedAt, now);
+}
+
+platform::ModelContainer conversationStore(const QString& file) {
+    return platform::ModelContainer(file, {platform::RecordType::of<ChatSession>()});
+}
+
+QString conversationFile() {
+    return platform::userDataFile(u"tellwick/conversation.sqlite"_s);
+}
+
+} // namespace tellwick

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Store/FetchDescriptor.h"
+#include "Platform/Store/ModelContainer.h"
+#include "Tellwick/Core/ChatMessage.h"
+
+namespace tellwick {
+
+/// The record of the conversation in the store: when it was last written, and the roles and texts
+/// of its messages as two lists side by side. Main thread.
+class ChatSession final : public platform::PersistentModel {
+public:
+    /// The record type's name in the store.
+    static QString recordName() { return QStringLiteral("ChatSession"); }
+
+    /// The newest record first.
+    static platform::FetchDescriptor<ChatSession> newestFirst();
+
+    /// A new record without messages, written now.
+    ChatSession() = default;
+
+    platform::DateAttribute updatedAt{*this, QStringLiteral("updatedAt"),
+                                      platform::currentInstant()};
+    /// "user" or "assistant" for each message.
+    platform::TextListAttribute roles{*this, QStringLiteral("roles")};
+    /// The text of each message.
+    platform::TextListAttribute contents{*this, QStringLiteral("contents")};
+
+    /// The messages that the record tells of, each with a fresh identity. Surplus elements of the
+    /// longer list are passed over; a role text other than "user" reads as the assistant's.
+    QList<ChatMessage> messages() const;
+
+    /// Replaces both lists by those of these messages.
+    void setMessages(const QList<ChatMessage>& messages);
+
+    /// Sets `updatedAt` to `now`, or to just after what it was where the clock stands or has
+    /// stepped back: it never goes back.
+    void touch(platform::Instant now = platform::currentInstant());
+};
+
+/// The store of conversations in this file, which is opened when it is first used.
+platform::ModelContainer conversationStore(const QString& file);
+
+/// Where a user's conversation is kept.
+QString conversationFile();
+
+} // namespace tellwick

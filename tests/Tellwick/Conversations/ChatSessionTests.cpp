@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Observation/Observer.h"
+#include "Platform/Store/ModelContext.h"
+#include "Tellwick/Conversations/ChatSession.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace platform;
+using namespace tellwick;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Role = ChatMessage::Role;
+
+class ChatSessionTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aNewRecordIsEmptyAndWrittenNow();
+    void theStoreHasOneTableWithTheThreeAttributes();
+    void messagesBecomeTwoListsSideBySide();
+    void messagesComeBackWithFreshIdentities();
+    void textsComeBackExactly();
+    void surplusElementsOfTheLongerListArePassedOver_data();
+    void surplusElementsOfTheLongerListArePassedOver();
+    void everyRoleTextButUserIsTheAssistant_data();
+    void everyRoleTextButUserIsTheAssistant();
+    void theTimeOfTheLastWriteNeverGoesBack();
+    void changesAreObservable();
+    void theFileLiesInTheFolderOfTheUsersData();
+};
+
+void ChatSessionTests::aNewRecordIsEmptyAndWrittenNow() {
+    const Instant before = currentInstant();
+    const ChatSession session;
+    QVERIFY(session.updatedAt.value() >= before);
+    QVERIFY(session.updatedAt.value() <= currentInstant());
+    QVERIFY(session.roles.value().isEmpty());
+    QVERIFY(session.contents.value().isEmpty());
+    QVERIFY(session.messages().isEmpty());
+}
+
+void ChatSessionTests::theStoreHasOneTableWithTheThreeAttributes() {
+    const RecordType type = RecordType::of<ChatSession>();
+    QCOMPARE(type.name, u"ChatSession"_s);
+    QCOMPARE(type.attributes, (QStringList{u"updatedAt"_s, u"roles"_s, u"contents"_s}));
+    const QTemporaryDir folder;
+    const auto container = conversationStore(folder.filePath(u"conversation.sqlite"_s));
+    Database database = container.openForWriting();
+    Statement tables(database, "SELECT group_concat(sql) FROM sqlite_schema");
+    QVERIFY(tables.step());
+    QCOMPARE(tables.text(0), QByteArray("CREATE TABLE \"ChatSession\" (\"updatedAt\" TEXT NOT NULL,"
+                                        " \"roles\" TEXT NOT NULL, \"contents\" TEXT NOT NULL)"));
+}
+
+void ChatSessionTests::messagesBecomeTwoListsSideBySide() {
+    ChatSession session;
+    session.setMessages(
+        {ChatMessage(Role::user, Text(u"Hello")), ChatMessage(Role::assistant, Text(u"Hi there")),
+         ChatMessage(Role::user, Text(u"Hello")), ChatMessage(Role::assistant, Text())});
+    QCOMPARE(session.roles.value(),
+             (QStringList{u"user"_s, u"assistant"_s, u"user"_s, u"assistant"_s}));
+    QCOMPARE(session.contents.value(), (QStringList{u"Hello"_s, u"Hi there"_s, u"Hello"_s, u""_s}));
+}
+
+void ChatSessionTests::messagesComeBackWithFreshIdentities() {
+    const ChatMessage user(Role::user, Text(u"Hello"));
+    ChatSession session;
+    session.setMessages({user, ChatMessage(Role::assistant, Text(u"Hi"))});
+    const auto first = session.messages();
+    const auto second = session.messages();
+    QCOMPARE(first.size(), 2);
+    QVERIFY(first[0].role() == Role::user);
+    QVERIFY(first[1].role() == Role::assistant);
+    QCOMPARE(first[0].content.toString(), u"Hello"_s);
+    QCOMPARE(first[1].content.toString(), u"Hi"_s);
+    QVERIFY(first[0].id() != user.id());
+    QVERIFY(first[0].id() != second[0].id());
+    QVERIFY(first[0].id() != first[1].id());
+}
+
+void ChatSessionTests::textsComeBackExactly() {
+    const QTemporaryDir folder;
+    const auto container = conversationStore(folder.filePath(u"conversation.sqlite"_s));
+    const QStringList texts{
+        {},
+        u"\r\n\u2028\u0085"_s,
+        QString(u'\0') + u"a"_s,
+        QString(QChar(0xd83d)),
+        u"\U0001F600"_s,
+        u"\uFEFFbom"_s,
+        {},
+        u"\r\n\u2028\u0085"_s,
+    };
+    QList<ChatMessage> messages;
+    for (const QString& text : texts)
+        messages.append(ChatMessage(Role::user, Text(text)));
+    {
+        ModelContext context(container);
+        const auto session = std::make_shared<ChatSession>();
+        session->setMessages(messages);
+        context.insert(session);
+    }
+    ModelContext context(container);
+    QStringList found;
+    for (const ChatMessage& message : context.fetch<ChatSession>().first()->messages())
+        found.append(message.content.toString());
+    QCOMPARE(found, texts);
+}
+
+void ChatSessionTests::surplusElementsOfTheLongerListArePassedOver_data() {
+    QTest::addColumn<QStringList>("roles");
+    QTest::addColumn<QStringList>("contents");
+    QTest::addColumn<QString>("expected");
+    const QStringList roles{u"user"_s, u"assistant"_s, u"user"_s};
+    QTest::newRow("three roles, two texts") << roles << QStringList{u"a"_s, u"b"_s} << u"ua"_s;
+    QTest::newRow("one role, two texts")
+        << QStringList{u"user"_s} << QStringList{u"a"_s, u"b"_s} << u"u"_s;
+    QTest::newRow("no texts") << roles << QStringList{} << QString();
+    QTest::newRow("no roles") << QStringList{} << QStringList{u"a"_s} << QString();
+}
+
+void ChatSessionTests::surplusElementsOfTheLongerListArePassedOver() {
+    QFETCH(QStringList, roles);
+    QFETCH(QStringList, contents);
+    QFETCH(QString, expected);
+    ChatSession session;
+    session.roles = roles;
+    session.contents = contents;
+    const auto messages = session.messages();
+    QCOMPARE(messages.size(), expected.size());
+    for (qsizetype i = 0; i < messages.size(); ++i) {
+        QVERIFY(messages[i].role() == (expected[i] == u'u' ? Role::user : Role::assistant));
+        QCOMPARE(messages[i].content.toString(), contents[i]);
+    }
+    QCOMPARE(session.roles.value(), roles); // read, not repaired
+    QCOMPARE(session.contents.value(), contents);
+}
+
+void ChatSessionTests::everyRoleTextButUserIsTheAssistant_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isUser");
+    QTest::newRow("user") << u"user"_s << true;
+    for (const QString& text :
+         {u"assistant"_s, u"system"_s, u"User"_s, u"USER"_s, u" user"_s, u"user "_s, u""_s})
+        QTest::addRow("'%s'", qPrintable(text)) << text << false;
+}
+
+void ChatSessionTests::everyRoleTextButUserIsTheAssistant() {
+    QFETCH(QString, text);
+    QFETCH(bool, isUser);
+    ChatSession session;
+    session.roles = QStringList{text};
+    session.contents = QStringList{u"x"_s};
+    QVERIFY(session.messages().first().role() == (isUser ? Role::user : Role::assistant));
+}
+
+void ChatSessionTests::theTimeOfTheLastWriteNeverGoesBack() {
+    ChatSession session;
+    const Instant noon = std::chrono::sys_days(std::chrono::year(2026) / 3 / 1) + 12h;
+    session.updatedAt = noon;
+    session.touch(noon + 1s);
+    QVERIFY(session.updatedAt.value() == noon + 1s);
+    session.touch(noon + 1s);
+    QVERIFY(session.updatedAt.value() == noon + 1s + 1us);
+    session.touch(noon - 24h);
+    QVERIFY(session.updatedAt.value() == noon + 1s + 2us);
+}
+
+void ChatSessionTests::changesAreObservable() {
+    ChatSession session;
+    QObject owner;
+    int runs = 0;
+    auto* observer = observe(&owner, [&] {
+        (void)session.contents.value();
+        ++runs;
+    });
+    session.contents = QStringList{u"a"_s};
+    observer->flush();
+    session.roles = QStringList{u"user"_s};
+    observer->flush();
+    QCOMPARE(runs, 2);
+}
+
+void ChatSessionTests::theFileLiesInTheFolderOfTheUsersData() {
+    const bool wasSet = qEnvironmentVariableIsSet("XDG_DATA_HOME");
+    const QByteArray previous = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", "/somewhere");
+    QCOMPARE(conversationFile(), u"/somewhere/tellwick/conversation.sqlite"_s);
+    qunsetenv("XDG_DATA_HOME");
+    QCOMPARE(conversationFile(),
+             QDir::homePath() + u"/.local/share/tellwick/conversation.sqlite"_s);
+    if (wasSet)
+        qputenv("XDG_DATA_HOME", previous);
+}
+
+QTEST_GUILESS_MAIN(ChatSessionTests)
+#include "ChatSessionTests.moc"

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Tellwick/Conversations/ChatViewModel.h"
+#include "tests/Tellwick/Conversations/ScriptedModel.h"
+#include "tests/Tellwick/Conversations/ScriptedModelServer.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace tests {
+
+/// What a stored record holds.
+struct StoredSession {
+    QStringList roles;
+    QStringList contents;
+    platform::Instant updatedAt;
+    platform::PersistentIdentifier identifier;
+};
+
+/// A controller with everything around it: a scripted model, a store in a folder of its own, the
+/// main thread's tasks. Made anew for each test.
+class Conversation {
+public:
+    Conversation() = default;
+    ~Conversation() { quit(); }
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+
+    /// Makes the controller, as the start of the program does.
+    tellwick::ChatViewModel& start() {
+        m_container.emplace(tellwick::conversationStore(file()));
+        m_context.emplace(*m_container, autosaveDelay);
+        m_producers.emplace(executor);
+        m_scope.emplace(executor);
+        controller = makeController(*m_context);
+        return *controller;
+    }
+
+    /// Makes one more controller over a context.
+    std::shared_ptr<tellwick::ChatViewModel> makeController(platform::ModelContext& context) {
+        return tellwick::ChatViewModel::create(
+            context,
+            [this] {
+                return tellwick::ModelManager::create(
+                    std::make_shared<tellwick::AppleIntelligenceBackend>(model, *m_producers),
+                    server.connect(), *m_scope);
+            },
+            model, *m_scope);
+    }
+
+    /// Lets the server list these models, refreshes, and selects the one of that name.
+    bool select(const QStringList& listed, const QString& name) {
+        server.listed = listed;
+        controller->modelManager->startRefresh();
+        const auto find = [&] {
+            for (const auto& backend : controller->modelManager->ollamaBackends.value())
+                if (backend->info().name() == name)
+                    return backend;
+            return tellwick::ModelManager::Backend();
+        };
+        if (!QTest::qWaitFor([&] { return find() != nullptr; }, 5000))
+            return false;
+        controller->modelManager->select(find());
+        return true;
+    }
+
+    /// Takes everything down in the order of the program's end, also in the middle of a turn.
+    void quit() {
+        m_scope.reset();
+        controller.reset();
+        m_producers.reset();
+        m_context.reset();
+        m_container.reset();
+    }
+
+    /// Sends this text; true when a turn has begun.
+    bool send(const QString& text) {
+        controller->draft = text;
+        controller->send();
+        return controller->isGenerating.value();
+    }
+
+    /// Sends this text and gives the turn once the model has been asked for it.
+    AskedTurn& ask(const QString& text) {
+        const auto before = model.turns.size();
+        if (!send(text) || !QTest::qWaitFor([&] { return model.turns.size() > before; }, 5000))
+            qFatal("the model was not asked");
+        return model.turns.back();
+    }
+
+    /// Waits for the end of the running turn.
+    bool settle() {
+        return QTest::qWaitFor([this] { return !controller->isGenerating.value(); }, 20000);
+    }
+
+    /// Waits until the reply reads so.
+    bool waitForReply(const QString& text) {
+        return QTest::qWaitFor([&] { return contents().value(contents().size() - 1) == text; },
+                               5000);
+    }
+
+    /// One whole turn.
+    bool talk(const QString& text, const QString& reply) {
+        const auto& turn = ask(text);
+        turn.say(reply);
+        turn.end();
+        return settle();
+    }
+
+    /// The texts of the messages on screen.
+    QStringList contents() const {
+        QStringList contents;
+        for (const auto& message : controller->messages.value())
+            contents.append(message.content.toString());
+        return contents;
+    }
+
+    /// "u" for each message of the user, "a" for each of the assistant.
+    QString roles() const {
+        QString roles;
+        for (const auto& message : controller->messages.value())
+            roles.append(message.role() == tellwick::ChatMessage::Role::user ? u'u' : u'a');
+        return roles;
+    }
+
+    /// The records in the store, the newest first, as a program started now would find them.
+    QList<StoredSession> stored() const {
+        const auto container = tellwick::conversationStore(file());
+        platform::ModelContext context(container);
+        QList<StoredSession> sessions;
+        for (const auto& session : context.fetch(tellwick::ChatSession::newestFirst()))
+            sessions.append({session->roles.value(), session->contents.value(),
+                             session->updatedAt.value(), *session->persistentIdentifier()});
+        return sessions;
+    }
+
+    /// Puts a record into the store before the start.
+    void store(const QStringList& roles, const QStringList& contents,
+               platform::Instant updatedAt) const {
+        const auto container = tellwick::conversationStore(file());
+        platform::ModelContext context(container);
+        const auto session = std::make_shared<tellwick::ChatSession>();
+        session->roles = roles;
+        session->contents = contents;
+        session->updatedAt = updatedAt;
+        context.insert(session);
+        context.save();
+    }
+
+    QString file() const {
+        return m_folder.filePath(QStringLiteral("tellwick/conversation.sqlite"));
+    }
+    QString folder() const { return m_folder.path(); }
+    platform::ModelContext& context() { return *m_context; }
+    platform::TaskScope& scope() { return *m_scope; }
+
+    platform::MainExecutor executor;
+    ScriptedModel model;
+    ScriptedModelServer server;
+    std::chrono::milliseconds autosaveDelay = std::chrono::hours(1);
+    std::shared_ptr<tellwick::ChatViewModel> controller;
+
+private:
+    QTemporaryDir m_folder;
+    std::optional<platform::ModelContainer> m_container;
+    std::optional<platform::ModelContext> m_context;
+    std::optional<platform::TaskScope> m_producers;
+    std::optional<platform::TaskScope> m_scope;
+};
+
+} // namespace tests

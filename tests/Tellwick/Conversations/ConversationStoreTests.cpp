@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+// The controller and its record in the store: the start, the new chat, and a store that fails.
+#include "tests/Tellwick/Conversations/Conversation.h"
+
+#include <QDir>
+
+using namespace platform;
+using namespace tellwick;
+using namespace tests;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+Instant atHour(int hour) {
+    return std::chrono::sys_days(std::chrono::year(2026) / 3 / 1) + std::chrono::hours(hour);
+}
+
+QByteArray bytesOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+} // namespace
+
+class ConversationStoreTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_conversation = std::make_unique<Conversation>(); }
+    void cleanup() { m_conversation.reset(); }
+
+    void theFirstStartLeavesOneEmptyRecord();
+    void aConversationIsThereAgainAfterARestart();
+    void theModeAndTheDraftAreNotKept();
+    void theNewestOfThreeRecordsIsLoadedAndTheNextSaveLeavesItAlone();
+    void olderRecordsAreAlsoDeletedByTheAutomaticSave();
+    void aRecordOfUnequalListsLoadsWhatPairs();
+    void aStoredRoleOtherThanUserIsTheAssistants();
+    void loadingChangesNothingInTheStore();
+    void newChatEmptiesTheSameRecord();
+    void aRecordFromTheFutureStillMovesOn();
+    void aStoreThatCannotBeReadLeavesTheRunWithoutARecord_data();
+    void aStoreThatCannotBeReadLeavesTheRunWithoutARecord();
+    void aSaveThatFailsIsIgnoredAndCaughtUpWith();
+    void aStoreThatNeverCanBeWrittenDisturbsNothing();
+    void twoControllersOverOneStoreLoseNothing();
+    void startingFromALongConversationIsQuick();
+
+private:
+    Conversation& conversation() { return *m_conversation; }
+    ChatViewModel& controller() { return *m_conversation->controller; }
+
+    std::unique_ptr<Conversation> m_conversation;
+};
+
+void ConversationStoreTests::theFirstStartLeavesOneEmptyRecord() {
+    conversation().start();
+    QVERIFY(controller().messages.value().isEmpty());
+    const auto stored = conversation().stored();
+    QCOMPARE(stored.size(), 1);
+    QCOMPARE(stored.first().roles, QStringList());
+    QCOMPARE(stored.first().contents, QStringList());
+    conversation().quit();
+    conversation().start();
+    QCOMPARE(conversation().stored().size(), 1);
+    QCOMPARE(conversation().stored().first().identifier, stored.first().identifier);
+}
+
+void ConversationStoreTests::aConversationIsThereAgainAfterARestart() {
+    conversation().start();
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi\u2028\U0001F600"_s));
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi\u2028\U0001F600"_s));
+    QList<QUuid> identities;
+    for (const auto& message : controller().messages.value())
+        identities.append(message.id());
+    const QStringList contents = conversation().contents();
+    conversation().quit();
+    conversation().start();
+    QCOMPARE(conversation().contents(), contents);
+    QCOMPARE(conversation().roles(), u"uaua"_s);
+    for (const auto& message : controller().messages.value())
+        QVERIFY(!identities.contains(message.id()));
+}
+
+void ConversationStoreTests::theModeAndTheDraftAreNotKept() {
+    conversation().start();
+    controller().setMode(AppConfig::writingModes().first());
+    controller().draft = u"half a sentence"_s;
+    controller().availabilityError = u"No model selected."_s;
+    conversation().quit();
+    conversation().start();
+    QVERIFY(!controller().activeMode.value());
+    QCOMPARE(controller().draft.value(), QString());
+    QVERIFY(!controller().availabilityError.value());
+}
+
+void ConversationStoreTests::theNewestOfThreeRecordsIsLoadedAndTheNextSaveLeavesItAlone() {
+    conversation().store({u"user"_s}, {u"ten"_s}, atHour(10));
+    conversation().store({u"user"_s}, {u"twelve"_s}, atHour(12));
+    conversation().store({u"user"_s}, {u"eleven"_s}, atHour(11));
+    conversation().start();
+    QCOMPARE(conversation().contents(), QStringList{u"twelve"_s});
+    QCOMPARE(conversation().stored().size(), 3); // the load itself does not save
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    const auto stored = conversation().stored();
+    QCOMPARE(stored.size(), 1);
+    QCOMPARE(stored.first().contents, (QStringList{u"twelve"_s, u"Hello"_s, u"Hi"_s}));
+}
+
+void ConversationStoreTests::olderRecordsAreAlsoDeletedByTheAutomaticSave() {
+    conversation().store({u"user"_s}, {u"old"_s}, atHour(10));
+    conversation().store({u"user"_s}, {u"new"_s}, atHour(12));
+    conversation().autosaveDelay = 10ms;
+    conversation().start();
+    QTRY_COMPARE(conversation().stored().size(), 1);
+    QCOMPARE(conversation().stored().first().contents, QStringList{u"new"_s});
+}
+
+void ConversationStoreTests::aRecordOfUnequalListsLoadsWhatPairs() {
+    conversation().store({u"user"_s, u"assistant"_s, u"user"_s}, {u"a"_s, u"b"_s}, atHour(1));
+    conversation().start();
+    QCOMPARE(conversation().roles(), u"ua"_s);
+    QCOMPARE(conversation().contents(), (QStringList{u"a"_s, u"b"_s}));
+    QCOMPARE(conversation().stored().first().roles.size(), 3);
+}
+
+void ConversationStoreTests::aStoredRoleOtherThanUserIsTheAssistants() {
+    conversation().store({u"system"_s, u"User"_s, u"user"_s}, {u"a"_s, u"b"_s, u"c"_s}, atHour(1));
+    conversation().start();
+    QCOMPARE(conversation().roles(), u"aau"_s);
+}
+
+void ConversationStoreTests::loadingChangesNothingInTheStore() {
+    conversation().store({u"user"_s}, {u"a"_s}, atHour(1));
+    const QByteArray before = bytesOf(conversation().file());
+    conversation().start();
+    QVERIFY(!conversation().context().hasChanges());
+    conversation().quit();
+    QCOMPARE(bytesOf(conversation().file()), before);
+}
+
+void ConversationStoreTests::newChatEmptiesTheSameRecord() {
+    conversation().start();
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    const auto before = conversation().stored().first();
+    controller().newChat();
+    const auto after = conversation().stored();
+    QCOMPARE(after.size(), 1);
+    QCOMPARE(after.first().identifier, before.identifier);
+    QCOMPARE(after.first().roles, QStringList());
+    QCOMPARE(after.first().contents, QStringList());
+    QVERIFY(after.first().updatedAt > before.updatedAt);
+    QVERIFY(!bytesOf(conversation().file()).contains("Hello")); // not even as a leftover
+}
+
+void ConversationStoreTests::aRecordFromTheFutureStillMovesOn() {
+    const Instant future = currentInstant() + std::chrono::years(30);
+    conversation().store({u"user"_s}, {u"a"_s}, future);
+    conversation().start();
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    const Instant afterTurn = conversation().stored().first().updatedAt;
+    QVERIFY(afterTurn > future);
+    controller().newChat();
+    QVERIFY(conversation().stored().first().updatedAt > afterTurn);
+}
+
+void ConversationStoreTests::aStoreThatCannotBeReadLeavesTheRunWithoutARecord_data() {
+    QTest::addColumn<QByteArray>("sql");
+    QTest::newRow("no database") << QByteArray();
+    QTest::newRow("a later version") << QByteArray("PRAGMA user_version=2");
+    QTest::newRow("a database of another program") << QByteArray("CREATE TABLE t (x)");
+    QTest::newRow("another layout") << QByteArray(
+        "CREATE TABLE ChatSession (id INTEGER PRIMARY KEY, title TEXT, messages BLOB)");
+    QTest::newRow("a record that cannot be read") << QByteArray(
+        "CREATE TABLE \"ChatSession\" (\"updatedAt\" TEXT NOT NULL, \"roles\" TEXT NOT NULL, "
+        "\"contents\" TEXT NOT NULL); INSERT INTO ChatSession VALUES ('now', '[]', '[]')");
+}
+
+void ConversationStoreTests::aStoreThatCannotBeReadLeavesTheRunWithoutARecord() {
+    QFETCH(QByteArray, sql);
+    QVERIFY(QDir().mkpath(QFileInfo(conversation().file()).path()));
+    {
+        QFile file(conversation().file());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        if (sql.isEmpty())
+            file.write(QByteArray("Dear diary,\n").repeated(100));
+        file.close();
+        if (!sql.isEmpty())
+            Database::open(conversation().file()).execute(sql.constData());
+    }
+    const QByteArray before = bytesOf(conversation().file());
+    conversation().start();
+    QVERIFY(controller().messages.value().isEmpty());
+    QVERIFY(!controller().availabilityError.value());
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    QCOMPARE(conversation().contents(), (QStringList{u"Hello"_s, u"Hi"_s}));
+    controller().newChat();
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    conversation().quit();
+    QCOMPARE(bytesOf(conversation().file()), before);
+}
+
+void ConversationStoreTests::aSaveThatFailsIsIgnoredAndCaughtUpWith() {
+    conversation().start();
+    QVERIFY(conversation().talk(u"one"_s, u"1"_s));
+    {
+        Database other =
+            conversationStore(conversation().file()).openForWriting(); // holds the lock
+        QVERIFY(conversation().talk(u"two"_s, u"2"_s));
+        QVERIFY(!controller().availabilityError.value());
+        QCOMPARE(conversation().contents().size(), 4);
+    }
+    QCOMPARE(conversation().stored().first().contents.size(), 2);
+    conversation().quit(); // what is pending is written at the end
+    QCOMPARE(conversation().stored().first().contents,
+             (QStringList{u"one"_s, u"1"_s, u"two"_s, u"2"_s}));
+}
+
+void ConversationStoreTests::aStoreThatNeverCanBeWrittenDisturbsNothing() {
+    QFile inTheWay(conversation().folder() + u"/tellwick"_s);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    conversation().start();
+    QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
+    controller().newChat();
+    QVERIFY(controller().messages.value().isEmpty());
+    conversation().quit();
+    QCOMPARE(inTheWay.size(), 0);
+}
+
+void ConversationStoreTests::twoControllersOverOneStoreLoseNothing() {
+    conversation().start();
+    const auto container = conversationStore(conversation().file());
+    ModelContext otherContext(container);
+    const auto other = conversation().makeController(otherContext);
+    QVERIFY(conversation().talk(u"ours"_s, u"1"_s));
+    other->draft = u"theirs"_s;
+    other->send();
+    QTRY_COMPARE(conversation().model.turns.size(), std::size_t(2));
+    conversation().model.turns.back().end();
+    QTRY_VERIFY(!other->isGenerating.value());
+    QStringList first;
+    for (const auto& session : conversation().stored())
+        first.append(session.contents.first());
+    QCOMPARE(first, (QStringList{u"theirs"_s, u"ours"_s}));
+}
+
+void ConversationStoreTests::startingFromALongConversationIsQuick() {
+    QStringList roles;
+    QStringList contents;
+    for (int i = 0; i < 1000; ++i) {
+        roles << u"user"_s << u"assistant"_s;
+        contents << QString(100, u'q') << QString(900, u'a');
+    }
+    conversation().store(roles, contents, atHour(1));
+    const auto container = conversationStore(conversation().file());
+    QBENCHMARK {
+        ModelContext context(container);
+        QCOMPARE(context.fetch(ChatSession::newestFirst()).first()->messages().size(), 2000);
+    }
+}
+
+QTEST_GUILESS_MAIN(ConversationStoreTests)
+#include "ConversationStoreTests.moc"
