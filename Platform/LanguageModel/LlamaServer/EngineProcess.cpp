@@ -50,11 +50,11 @@ std::vector<char*> pointers(QByteArrayList& texts) {
         _exit(127); // the program ended before the request above was made
     setsid();
 
+    for (int number = 1; number < NSIG; ++number)
+        signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    for (int number = 1; number < NSIG; ++number)
-        signal(number, SIG_DFL);
 
     const rlimit noImage{0, 0};
     setrlimit(RLIMIT_CORE, &noImage);
@@ -86,10 +86,16 @@ std::unique_ptr<EngineProcess> EngineProcess::start(const QString& program,
     const int outputFile = memfd_create("engine-output", MFD_CLOEXEC);
     if (outputFile < 0)
         return nullptr;
+    // No signal may reach the child before it has let go of the program's handlers.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
     const pid_t parent = getpid();
     const pid_t id = fork();
     if (id == 0)
         becomeProgram(parent, outputFile, argumentPointers.data(), environmentPointers.data());
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (id < 0) {
         close(outputFile);
         return nullptr;
@@ -117,7 +123,10 @@ bool EngineProcess::isRunning() {
     if (ended == 0)
         return true;
     m_hasEnded = true;
-    m_wasKilled = ended < 0 || WIFSIGNALED(status);
+    if (ended < 0)
+        m_endSignal = SIGKILL; // somebody else was told its end
+    else if (WIFSIGNALED(status))
+        m_endSignal = WTERMSIG(status);
     return false;
 }
 

@@ -38,8 +38,8 @@ public:
     /// Whether the process is still there.
     bool isRunning();
 
-    /// Whether the process has ended by itself, with a status of its own, and not by a signal.
-    bool hasExited() { return !isRunning() && !m_wasKilled; }
+    /// The signal that ended the process; 0 while it runs and when it has ended by itself.
+    int endSignal() { return isRunning() ? 0 : m_endSignal; }
 
     /// What it has written so far; at most the first 64 KB.
     QByteArray output() const;
@@ -52,7 +52,7 @@ private:
     pid_t m_id;
     int m_outputFile;
     bool m_hasEnded = false;
-    bool m_wasKilled = false;
+    int m_endSignal = 0;
 };
 
 } // namespace platform

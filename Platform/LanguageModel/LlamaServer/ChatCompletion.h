@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/LanguageModel/GenerationOptions.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
+#include "Platform/Text/Text.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+namespace platform {
+
+/// One turn that the model has answered.
+struct AnsweredTurn {
+    QString prompt;
+    Text reply;
+};
+
+/// What a turn cost the engine.
+struct TurnTimings {
+    int cachedTokens = 0; ///< of the prompt: known from earlier turns, not read again
+    int readTokens = 0;   ///< of the prompt: read for this turn
+    int writtenTokens = 0;
+    double readMilliseconds = 0;
+    double writtenMilliseconds = 0;
+};
+
+/// The body of a request for the next turn: the instructions (left out when empty), the turns so
+/// far and the prompt.
+QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn>& turns,
+                           const QString& prompt, const GenerationOptions& options);
+
+/// What one line of the reply tells. Nothing in it: a line without meaning here.
+struct ChatEvent {
+    QString content;         ///< the reply's next characters
+    bool isComplete = false; ///< the model has ended its reply
+    std::optional<TurnTimings> timings;
+    std::optional<LlamaServerError::Kind> failure;
+};
+
+/// Reads one line of a server-sent event stream.
+ChatEvent readChatEvent(const QByteArray& line);
+
+/// What the body of a response with an error status tells.
+LlamaServerError::Kind readChatFailure(const QByteArray& body);
+
+} // namespace platform

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
+
+#include "Platform/Http/HttpError.h"
+#include "Platform/Http/Pause.h"
+#include "Platform/LanguageModel/LlamaServer/EngineFolder.h"
+#include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
+
+#include <QFile>
+
+#include <signal.h>
+
+namespace platform {
+
+using namespace Qt::StringLiterals;
+using Kind = LlamaServerError::Kind;
+
+namespace {
+
+// A small model is there in some 50 ms, a large one takes seconds.
+constexpr std::chrono::milliseconds shortestWait{4};
+constexpr std::chrono::milliseconds longestWait{100};
+
+Task<bool> isHealthy(HttpClient client) {
+    HttpRequest request;
+    request.target = "/health";
+    try {
+        const HttpResponse response = co_await client.data(request);
+        co_return response.status() == 200;
+    } catch (const HttpError&) {
+        co_return false; // not listening yet
+    }
+}
+
+/// Why a process ended while it was loading, from what it said.
+Kind reasonOfEnd(int signal, const QByteArray& output) {
+    if (signal == SIGKILL || signal == SIGTERM)
+        return Kind::EngineStopped;
+    if (output.contains("failed to allocate") || output.contains("unable to allocate") ||
+        output.contains("out of memory"))
+        return Kind::OutOfMemory;
+    // A file that makes no sense beyond its first checks makes the engine fall over.
+    if (signal != 0 || output.contains("load model"))
+        return Kind::ModelDamaged;
+    return Kind::EngineUnusable;
+}
+
+} // namespace
+
+LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPlaces places,
+                         std::chrono::seconds idleTime)
+    : m_network(network)
+    , m_places(std::move(places))
+    , m_command(contextSizeFor(m_places.machineMemory), idleTime) {}
+
+LlamaServer::~LlamaServer() = default;
+
+Task<HttpClient> LlamaServer::ready() {
+    const auto self = shared_from_this();
+    const std::shared_ptr<Start> start = currentStart();
+    auto wait = shortestWait;
+    while (!start->isReady) {
+        checkProcess(start);
+        if (start->failure)
+            throw LlamaServerError(*start->failure);
+        if (co_await isHealthy(client())) {
+            start->isReady = true;
+            break;
+        }
+        co_await pause(m_network, wait);
+        wait = std::min(wait * 5 / 4, longestWait);
+    }
+    co_return client();
+}
+
+std::shared_ptr<LlamaServer::Start> LlamaServer::currentStart() {
+    const bool hasEnded = m_start && m_start->isReady && !m_start->process->isRunning();
+    if (!m_start || hasEnded) {
+        m_start = std::make_shared<Start>();
+        launch(*m_start);
+    }
+    return m_start;
+}
+
+void LlamaServer::launch(Start& start) {
+    start.process.reset();
+    const std::optional<QString> program = m_places.program();
+    const std::optional<QString> modelFile = m_places.modelFile();
+    if (!m_folder)
+        m_folder = EngineFolder::create(m_places.runtimeFolders);
+    if (!modelFile) {
+        start.failure = LlamaServerError(Kind::ModelMissing);
+    } else if (program && m_folder) {
+        QFile::remove(m_folder->socketPath());
+        start.process = EngineProcess::start(
+            *program, m_command.arguments(*modelFile, m_folder->socketPath()), {"LLAMA_"});
+    }
+    if (!start.process && !start.failure)
+        start.failure = LlamaServerError(Kind::EngineUnusable);
+}
+
+/// Notices that the process has ended while it was loading, and starts it once more with other
+/// options where that was the reason. The next ready() begins anew after a failure.
+void LlamaServer::checkProcess(const std::shared_ptr<Start>& start) {
+    while (!start->failure && !start->process->isRunning()) {
+        const QByteArray output = start->process->output();
+        const int signal = start->process->endSignal();
+        if (signal == 0 && m_command.adapt(output))
+            launch(*start);
+        else
+            start->failure = LlamaServerError(reasonOfEnd(signal, output));
+    }
+    if (start->failure && m_start == start)
+        m_start.reset();
+}
+
+void LlamaServer::expectLoading() {
+    if (m_start)
+        m_start->isReady = false;
+}
+
+HttpClient LlamaServer::client() const {
+    return {m_network, HttpEndpoint::unixSocket(m_folder->socketPath())};
+}
+
+} // namespace platform

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
+
+namespace platform {
+
+using namespace Qt::StringLiterals;
+
+QString LlamaServerError::errorDescription() const {
+    switch (m_kind) {
+    case Kind::Busy:
+        return u"The on-device model is still answering your previous message. Try again when it "
+               u"has finished, or start a new chat."_s;
+    case Kind::ConversationTooLong:
+        return u"This conversation is longer than the on-device model can hold. Start a new chat "
+               u"to go on."_s;
+    case Kind::EngineStopped:
+        return u"The on-device model stopped unexpectedly. Send your message again to restart "
+               u"it."_s;
+    case Kind::EngineUnusable:
+        return u"The program that runs the on-device model could not be started."_s;
+    case Kind::ModelDamaged:
+        return u"The on-device model could not be loaded: its file is damaged or of a kind that "
+               u"cannot be used here."_s;
+    case Kind::ModelMissing:
+        return u"The on-device model is not installed."_s;
+    case Kind::OutOfMemory:
+        return u"There is not enough free memory for the on-device model. Close other programs "
+               u"and try again."_s;
+    case Kind::NoAnswer:
+        return u"The on-device model could not answer this message."_s;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace platform

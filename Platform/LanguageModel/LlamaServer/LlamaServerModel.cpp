@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
+
+#include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerSession.h"
+#include "Platform/LanguageModel/MakeSystemLanguageModel.h"
+
+namespace platform {
+
+namespace {
+
+/// Gets the engine going while the first prompt is still on its way. What goes wrong shows there.
+Task<void> warmUp(std::shared_ptr<LlamaServer> server) {
+    try {
+        (void)co_await server->ready();
+    } catch (const LlamaServerError&) {
+    }
+}
+
+} // namespace
+
+LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPlaces places,
+                                   std::chrono::seconds idleTime)
+    : m_scope(network.scope())
+    , m_places(std::move(places))
+    , m_server(std::make_shared<LlamaServer>(network, m_places, idleTime)) {}
+
+LlamaServerModel::~LlamaServerModel() = default;
+
+SystemLanguageModel::Availability LlamaServerModel::availability() const {
+    return m_places.availability();
+}
+
+std::shared_ptr<LanguageModelSession> LlamaServerModel::makeSession(const QString& instructions) {
+    m_scope.start(warmUp(m_server));
+    return std::make_shared<LlamaServerSession>(m_server, m_scope, instructions);
+}
+
+std::unique_ptr<SystemLanguageModel>
+makeSystemLanguageModel(const SystemLanguageModelContext& context) {
+    return std::make_unique<LlamaServerModel>(
+        context.network,
+        LlamaServerPlaces::fromEnvironment(context.applicationFolder, context.programFolder));
+}
+
+} // namespace platform

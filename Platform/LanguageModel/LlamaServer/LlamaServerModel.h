@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Http/NetworkThread.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerPlaces.h"
+#include "Platform/LanguageModel/SystemLanguageModel.h"
+
+#include <chrono>
+
+namespace platform {
+
+class LlamaServer;
+
+/// The on-device model where the system has none of its own: a model file, run by llama-server.
+///
+/// Making the object costs nothing; the engine starts with the first session and serves all of
+/// them.
+class LlamaServerModel final : public SystemLanguageModel {
+public:
+    /// After this long without a request the engine gives its memory back; the next request makes
+    /// it load the model again.
+    static constexpr std::chrono::minutes defaultIdleTime{5};
+
+    /// The network thread outlives the calls made here, but not necessarily the object.
+    LlamaServerModel(NetworkThread& network, LlamaServerPlaces places,
+                     std::chrono::seconds idleTime = defaultIdleTime);
+    ~LlamaServerModel() override;
+
+    Availability availability() const override;
+    std::shared_ptr<LanguageModelSession> makeSession(const QString& instructions) override;
+
+private:
+    TaskScope& m_scope;
+    LlamaServerPlaces m_places;
+    std::shared_ptr<LlamaServer> m_server;
+};
+
+} // namespace platform

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LlamaServer/ChatCompletion.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+using Kind = LlamaServerError::Kind;
+
+class ChatCompletionTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aRequestHoldsTheWholeConversationInOrder();
+    void unsetOptionsAreNotSent();
+    void setOptionsAreSent();
+    void eachLineIsReadForWhatItTells_data();
+    void eachLineIsReadForWhatItTells();
+    void theLastEventTellsWhatTheTurnCost();
+    void errorsAreTold_data();
+    void errorsAreTold();
+    void anErrorBodyIsReadOrStandsForAnUnknownFailure();
+};
+
+void ChatCompletionTests::aRequestHoldsTheWholeConversationInOrder() {
+    const QByteArray body = chatRequestBody(
+        u"Be kind."_s, {{u"one"_s, Text(u"first")}, {u"two"_s, Text(u"second")}}, u"three"_s, {});
+    const QJsonObject request = QJsonDocument::fromJson(body).object();
+    QStringList messages;
+    for (const auto& value : request[u"messages"].toArray())
+        messages.append(value[u"role"].toString() + u": "_s + value[u"content"].toString());
+    QCOMPARE(messages, (QStringList{u"system: Be kind."_s, u"user: one"_s, u"assistant: first"_s,
+                                    u"user: two"_s, u"assistant: second"_s, u"user: three"_s}));
+    QCOMPARE(request[u"stream"].toBool(), true);
+    QCOMPARE(request[u"cache_prompt"].toBool(), true);
+}
+
+void ChatCompletionTests::unsetOptionsAreNotSent() {
+    const QJsonObject request =
+        QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, {})).object();
+    QCOMPARE(request.keys(), (QStringList{u"cache_prompt"_s, u"messages"_s, u"stream"_s}));
+    QCOMPARE(request[u"messages"].toArray().size(), 1);
+}
+
+void ChatCompletionTests::setOptionsAreSent() {
+    GenerationOptions options;
+    options.sampling = GenerationOptions::Sampling::Greedy;
+    options.temperature = 0.5;
+    options.maximumResponseTokens = 7;
+    const QJsonObject request =
+        QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, options)).object();
+    QCOMPARE(request[u"top_k"].toInt(), 1);
+    QCOMPARE(request[u"temperature"].toDouble(), 0.5);
+    QCOMPARE(request[u"max_tokens"].toInt(), 7);
+}
+
+void ChatCompletionTests::eachLineIsReadForWhatItTells_data() {
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("content");
+    QTest::addColumn<bool>("isComplete");
+    QTest::newRow("a part of the reply")
+        << QByteArray(R"(data: {"choices":[{"finish_reason":null,"delta":{"content":" fox"}}]})")
+        << u" fox"_s << false;
+    QTest::newRow("no blank after the colon")
+        << QByteArray(R"(data:{"choices":[{"delta":{"content":"a"}}]})") << u"a"_s << false;
+    QTest::newRow("content null")
+        << QByteArray(R"(data: {"choices":[{"delta":{"role":"assistant","content":null}}]})")
+        << QString() << false;
+    QTest::newRow("no content") << QByteArray(
+                                       R"(data: {"choices":[{"finish_reason":"stop","delta":{}}]})")
+                                << QString() << true;
+    QTest::newRow("content with the end")
+        << QByteArray(R"(data: {"choices":[{"finish_reason":"length","delta":{"content":"!"}}]})")
+        << u"!"_s << true;
+    QTest::newRow("thoughts are not the reply")
+        << QByteArray(R"(data: {"choices":[{"delta":{"reasoning_content":"hmm"}}]})") << QString()
+        << false;
+    QTest::newRow("no choices") << QByteArray(R"(data: {"choices":[]})") << QString() << false;
+    QTest::newRow("the end mark") << QByteArray("data: [DONE]") << QString() << false;
+    QTest::newRow("keep-alive") << QByteArray(": ping") << QString() << false;
+    QTest::newRow("empty") << QByteArray() << QString() << false;
+    QTest::newRow("another field") << QByteArray("event: message") << QString() << false;
+    QTest::newRow("not JSON") << QByteArray("data: {") << QString() << false;
+    QTest::newRow("escapes")
+        << QByteArray(R"(data: {"choices":[{"delta":{"content":"\u2028\ud83e\udd8a\n"}}]})")
+        << u"\u2028\U0001F98A\n"_s << false;
+}
+
+void ChatCompletionTests::eachLineIsReadForWhatItTells() {
+    QFETCH(QByteArray, line);
+    const ChatEvent event = readChatEvent(line);
+    QTEST(event.content, "content");
+    QTEST(event.isComplete, "isComplete");
+    QVERIFY(!event.failure);
+    QVERIFY(!event.timings);
+}
+
+void ChatCompletionTests::theLastEventTellsWhatTheTurnCost() {
+    const ChatEvent event = readChatEvent(
+        R"(data: {"choices":[{"finish_reason":"stop","delta":{}}],"timings":{"cache_n":58,)"
+        R"("prompt_n":26,"prompt_ms":1.5,"predicted_n":11,"predicted_ms":4.25}})");
+    QVERIFY(event.isComplete);
+    QVERIFY(event.timings);
+    QCOMPARE(event.timings->cachedTokens, 58);
+    QCOMPARE(event.timings->readTokens, 26);
+    QCOMPARE(event.timings->writtenTokens, 11);
+    QCOMPARE(event.timings->readMilliseconds, 1.5);
+    QCOMPARE(event.timings->writtenMilliseconds, 4.25);
+}
+
+void ChatCompletionTests::errorsAreTold_data() {
+    QTest::addColumn<QByteArray>("error");
+    QTest::addColumn<int>("kind");
+    QTest::newRow("context, by its type")
+        << QByteArray(R"({"code":400,"message":"too much","type":"exceed_context_size_error"})")
+        << int(Kind::ConversationTooLong);
+    QTest::newRow("context, by its message")
+        << QByteArray(
+               R"({"code":500,"message":"Context size has been exceeded.","type":"server_error"})")
+        << int(Kind::ConversationTooLong);
+    QTest::newRow("anything else")
+        << QByteArray(R"({"code":500,"message":"Compute error.","type":"server_error"})")
+        << int(Kind::NoAnswer);
+    QTest::newRow("not an object") << QByteArray(R"("no")") << int(Kind::NoAnswer);
+}
+
+void ChatCompletionTests::errorsAreTold() {
+    QFETCH(QByteArray, error);
+    QFETCH(int, kind);
+    const ChatEvent event = readChatEvent("data: {\"error\":" + error + '}');
+    QVERIFY(event.failure);
+    QCOMPARE(int(*event.failure), kind);
+    QCOMPARE(int(readChatFailure("{\"error\":" + error + '}')), kind);
+}
+
+void ChatCompletionTests::anErrorBodyIsReadOrStandsForAnUnknownFailure() {
+    QCOMPARE(int(readChatFailure("<html></html>")), int(Kind::NoAnswer));
+    QCOMPARE(int(readChatFailure(QByteArray())), int(Kind::NoAnswer));
+}
+
+QTEST_GUILESS_MAIN(ChatCompletionTests)
+#include "ChatCompletionTests.moc"
