@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <vector>
 
@@ -20,17 +21,19 @@ namespace {
 
 constexpr qsizetype keptOutput = 65'536;
 
-QByteArrayList environmentWithout(const QByteArrayList& hiddenPrefixes) {
-    QByteArrayList kept;
+QByteArrayList changedEnvironment(const EngineProcess::EnvironmentChanges& changes) {
+    QByteArrayList variables;
     for (char** variable = environ; *variable; ++variable) {
         const QByteArray entry(*variable);
-        const bool isHidden =
-            std::any_of(hiddenPrefixes.begin(), hiddenPrefixes.end(),
-                        [&](const QByteArray& prefix) { return entry.startsWith(prefix); });
-        if (!isHidden)
-            kept.append(entry);
+        if (std::none_of(changes.hiddenPrefixes.begin(), changes.hiddenPrefixes.end(),
+                         [&](const QByteArray& prefix) { return entry.startsWith(prefix); }))
+            variables.append(entry);
     }
-    return kept;
+    for (const QByteArray& entry : changes.defaults) {
+        if (!qEnvironmentVariableIsSet(entry.left(entry.indexOf('=')).constData()))
+            variables.append(entry);
+    }
+    return variables;
 }
 
 std::vector<char*> pointers(QByteArrayList& texts) {
@@ -75,11 +78,11 @@ std::vector<char*> pointers(QByteArrayList& texts) {
 
 std::unique_ptr<EngineProcess> EngineProcess::start(const QString& program,
                                                     const QStringList& arguments,
-                                                    const QByteArrayList& hiddenPrefixes) {
+                                                    const EnvironmentChanges& changes) {
     QByteArrayList argumentTexts{QFile::encodeName(program)};
     for (const QString& argument : arguments)
         argumentTexts.append(QFile::encodeName(argument));
-    QByteArrayList environmentTexts = environmentWithout(hiddenPrefixes);
+    QByteArrayList environmentTexts = changedEnvironment(changes);
     const std::vector<char*> argumentPointers = pointers(argumentTexts);
     const std::vector<char*> environmentPointers = pointers(environmentTexts);
 

@@ -22,12 +22,17 @@ namespace platform {
 /// Used on one thread, the one that starts it.
 class EngineProcess {
 public:
+    struct EnvironmentChanges {
+        /// Variables whose names begin in one of these ways are left out.
+        QByteArrayList hiddenPrefixes;
+        /// "NAME=value"; counts where the program has no variable of that name.
+        QByteArrayList defaults;
+    };
+
     /// Starts the program (an absolute path) without waiting for anything it does. The environment
-    /// is the program's own without the variables whose names begin with one of `hiddenPrefixes`.
-    /// None when it cannot be started at all.
-    static std::unique_ptr<EngineProcess> start(const QString& program,
-                                                const QStringList& arguments,
-                                                const QByteArrayList& hiddenPrefixes);
+    /// is the program's own, as changed. None when it cannot be started at all.
+    static std::unique_ptr<EngineProcess>
+    start(const QString& program, const QStringList& arguments, const EnvironmentChanges& changes);
 
     EngineProcess(const EngineProcess&) = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;

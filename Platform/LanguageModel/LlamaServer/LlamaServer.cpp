@@ -12,7 +12,7 @@
 
 namespace platform {
 
-using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using Kind = LlamaServerError::Kind;
 
 namespace {
@@ -20,6 +20,8 @@ namespace {
 // A small model is there in some 50 ms, a large one takes seconds.
 constexpr std::chrono::milliseconds shortestWait{4};
 constexpr std::chrono::milliseconds longestWait{100};
+// A process closes its sockets a little before it has ended.
+constexpr std::chrono::milliseconds longestEnd{500};
 
 Task<bool> isHealthy(HttpClient client) {
     HttpRequest request;
@@ -92,8 +94,9 @@ void LlamaServer::launch(Start& start) {
         start.failure = LlamaServerError(Kind::ModelMissing);
     } else if (program && m_folder) {
         QFile::remove(m_folder->socketPath());
-        start.process = EngineProcess::start(
-            *program, m_command.arguments(*modelFile, m_folder->socketPath()), {"LLAMA_"});
+        start.process =
+            EngineProcess::start(*program, m_command.arguments(*modelFile, m_folder->socketPath()),
+                                 LlamaServerCommand::environment());
     }
     if (!start.process && !start.failure)
         start.failure = LlamaServerError(Kind::EngineUnusable);
@@ -112,6 +115,16 @@ void LlamaServer::checkProcess(const std::shared_ptr<Start>& start) {
     }
     if (start->failure && m_start == start)
         m_start.reset();
+}
+
+Task<void> LlamaServer::settle() {
+    const auto self = shared_from_this();
+    const std::shared_ptr<Start> start = m_start;
+    for (auto waited = 0ms; waited < longestEnd; waited += shortestWait) {
+        if (!start || !start->process || !start->process->isRunning())
+            co_return;
+        co_await pause(m_network, shortestWait);
+    }
 }
 
 void LlamaServer::expectLoading() {

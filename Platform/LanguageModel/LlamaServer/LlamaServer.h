@@ -29,6 +29,10 @@ public:
     /// loads. Throws LlamaServerError. Callers at the same time share one start and its outcome.
     Task<HttpClient> ready();
 
+    /// After a connection to the engine broke off: gives its process the moment that it may take to
+    /// end altogether, so that the next ready() knows.
+    Task<void> settle();
+
     /// The engine has gone back to loading: the next ready() waits for it again.
     void expectLoading();
 

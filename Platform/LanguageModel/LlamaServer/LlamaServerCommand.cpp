@@ -26,6 +26,10 @@ LlamaServerCommand::LlamaServerCommand(int contextSize, std::chrono::seconds idl
     };
 }
 
+EngineProcess::EnvironmentChanges LlamaServerCommand::environment() {
+    return {.hiddenPrefixes = {"LLAMA_"}, .defaults = {"OMP_WAIT_POLICY=passive"}};
+}
+
 QStringList LlamaServerCommand::arguments(const QString& modelFile,
                                           const QString& socketPath) const {
     QStringList arguments{u"--model"_s, modelFile, u"--host"_s, socketPath};

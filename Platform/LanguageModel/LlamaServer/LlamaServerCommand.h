@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -20,6 +22,11 @@ class LlamaServerCommand {
 public:
     /// @param contextSize the room for one conversation, in tokens.
     LlamaServerCommand(int contextSize, std::chrono::seconds idleTime);
+
+    /// The program takes options from variables too: it gets none of the user's. And its threads
+    /// wait for each other asleep: waiting busily they take the processors from one another and
+    /// from the window as soon as anything else runs (five times slower then, measured).
+    static EngineProcess::EnvironmentChanges environment();
 
     QStringList arguments(const QString& modelFile, const QString& socketPath) const;
 

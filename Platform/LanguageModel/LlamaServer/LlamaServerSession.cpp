@@ -15,6 +15,20 @@ namespace {
 constexpr std::chrono::minutes longestSilence{30};
 constexpr int statusLoading = 503;
 
+/// One attempt; no response when the engine went away under it.
+Task<std::optional<HttpBody>> attempt(std::shared_ptr<LlamaServer> server, HttpRequest request) {
+    const HttpClient client = co_await server->ready();
+    try {
+        co_return co_await client.bytes(request);
+    } catch (const HttpError& error) {
+        if (error.kind() == HttpError::Kind::TimedOut)
+            throw LlamaServerError(Kind::NoAnswer);
+    }
+    co_return std::nullopt;
+}
+
+/// The response whose body is the reply. An engine that has gone since the last turn, or goes
+/// before it says anything, is replaced once.
 Task<HttpBody> request(std::shared_ptr<LlamaServer> server, QByteArray body) {
     HttpRequest request;
     request.method = "POST";
@@ -22,12 +36,18 @@ Task<HttpBody> request(std::shared_ptr<LlamaServer> server, QByteArray body) {
     request.headers = {{"Content-Type", "application/json"}};
     request.body = std::move(body);
     request.idleTimeout = longestSilence;
+    bool wasReplaced = false;
     for (;;) {
-        const HttpClient client = co_await server->ready();
-        HttpBody response = co_await client.bytes(request);
-        if (response.status() != statusLoading)
-            co_return response;
-        server->expectLoading();
+        std::optional<HttpBody> response = co_await attempt(server, request);
+        if (response && response->status() != statusLoading)
+            co_return std::move(*response);
+        if (response) {
+            server->expectLoading();
+        } else {
+            if (std::exchange(wasReplaced, true))
+                throw LlamaServerError(Kind::EngineStopped);
+            co_await server->settle();
+        }
     }
 }
 

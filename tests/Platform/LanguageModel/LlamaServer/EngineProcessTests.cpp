@@ -17,8 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::unique_ptr<EngineProcess> shell(const QString& script, const QByteArrayList& hidden = {}) {
-    return EngineProcess::start(u"/bin/sh"_s, {u"-c"_s, script}, hidden);
+std::unique_ptr<EngineProcess> shell(const QString& script,
+                                     const EngineProcess::EnvironmentChanges& changes = {}) {
+    return EngineProcess::start(u"/bin/sh"_s, {u"-c"_s, script}, changes);
 }
 
 bool isThere(qint64 process) {
@@ -77,10 +78,18 @@ private Q_SLOTS:
     void hiddenVariablesDoNotReachTheProcess() {
         qputenv("ENGINE_ARG_ONE", "1");
         qputenv("ENGINE_OTHER", "2");
-        const auto process = shell(u"env"_s, {"ENGINE_ARG_"});
+        const auto process = shell(u"env"_s, {{"ENGINE_ARG_"}, {}});
         QTRY_VERIFY(!process->isRunning());
         QVERIFY(!process->output().contains("ENGINE_ARG_ONE"));
         QVERIFY(process->output().contains("ENGINE_OTHER=2\n"));
+    }
+
+    void aDefaultCountsWhereTheProgramHasNoSuchVariable() {
+        qputenv("ENGINE_SET", "own");
+        const auto process =
+            shell(u"echo $ENGINE_SET $ENGINE_UNSET"_s, {{}, {"ENGINE_SET=x", "ENGINE_UNSET=y"}});
+        QTRY_VERIFY(!process->isRunning());
+        QCOMPARE(process->output(), QByteArray("own y\n"));
     }
 
     void noOpenFileOfTheProgramReachesTheProcess() {
