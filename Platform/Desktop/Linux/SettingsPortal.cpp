@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Desktop/Linux/SettingsPortal.h"
+
+#include "Platform/Desktop/Linux/SessionBus.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+
+namespace platform {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto service = u"org.freedesktop.portal.Desktop"_s;
+const auto path = u"/org/freedesktop/portal/desktop"_s;
+const auto interface = u"org.freedesktop.portal.Settings"_s;
+
+const auto appearanceGroup = u"org.freedesktop.appearance"_s;
+const auto gnomeGroup = u"org.gnome.desktop.interface"_s;
+const auto plasmaGroup = u"org.kde.kdeglobals.KDE"_s;
+
+/// A value may come in more than one wrapping.
+QVariant unwrapped(QVariant value) {
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+template <class T>
+std::optional<T> valueOf(const QVariant& value) {
+    return value.metaType() == QMetaType::fromType<T>() ? std::optional(value.value<T>())
+                                                        : std::nullopt;
+}
+
+/// A colour of three parts from 0 to 1; anything else stands for no colour.
+std::optional<QColor> colorOf(const QVariant& value) {
+    if (value.metaType() != QMetaType::fromType<QDBusArgument>())
+        return std::nullopt;
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != u"(ddd)")
+        return std::nullopt;
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    argument.beginStructure();
+    argument >> red >> green >> blue;
+    argument.endStructure();
+    for (const double part : {red, green, blue}) {
+        if (!(part >= 0 && part <= 1)) // not a number is out of range, too
+            return std::nullopt;
+    }
+    return QColor(QColor::fromRgbF(static_cast<float>(red), static_cast<float>(green),
+                                   static_cast<float>(blue))
+                      .rgb());
+}
+
+} // namespace
+
+std::unique_ptr<AppearanceSource> AppearanceSource::ofThisDesktop() {
+    return std::make_unique<SettingsPortal>(&sessionBus);
+}
+
+bool SettingsPortal::Values::take(const QString& group, const QString& key,
+                                  const QVariant& wrapped) {
+    const QVariant value = unwrapped(wrapped);
+    if (group == appearanceGroup) {
+        if (key == u"color-scheme")
+            colorScheme = valueOf<uint>(value);
+        else if (key == u"accent-color")
+            accent = colorOf(value);
+        else if (key == u"contrast")
+            contrast = valueOf<uint>(value);
+        else if (key == u"reduced-motion")
+            reducedMotion = valueOf<uint>(value);
+        else
+            return false;
+    } else if (group == gnomeGroup && key == u"enable-animations") {
+        enablesAnimations = valueOf<bool>(value);
+    } else if (group == plasmaGroup && key == u"AnimationDurationFactor") {
+        bool isNumber = false;
+        const double factor = value.toString().toDouble(&isNumber);
+        animationDuration = isNumber ? std::optional(factor) : std::nullopt;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+DesktopAppearance SettingsPortal::Values::appearance() const {
+    DesktopAppearance result;
+    if (colorScheme == 1U)
+        result.isDark = true;
+    else if (colorScheme == 2U)
+        result.isDark = false;
+    result.accent = accent;
+    if (reducedMotion || enablesAnimations || animationDuration) {
+        result.reducesMotion =
+            reducedMotion == 1U || enablesAnimations == false || animationDuration == 0.0;
+    }
+    if (contrast)
+        result.increasesContrast = contrast == 1U;
+    return result;
+}
+
+SettingsPortal::SettingsPortal(Connect connect)
+    : m_connect(std::move(connect)) {}
+
+void SettingsPortal::start(Changed changed) {
+    m_changed = std::move(changed);
+    m_bus = m_connect();
+    if (!m_bus)
+        return;
+    // First listen, then ask: no change can fall between the two.
+    m_bus->connect(service, path, interface, u"SettingChanged"_s, this,
+                   SLOT(settingChanged(QString, QString, QDBusVariant)));
+    auto* watcher =
+        new QDBusServiceWatcher(service, *m_bus, QDBusServiceWatcher::WatchForRegistration, this);
+    QObject::connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { ask(); });
+    ask();
+}
+
+void SettingsPortal::settle() {
+    if (m_asked && m_asked->isFinished())
+        takeAnswer();
+}
+
+void SettingsPortal::ask() {
+    auto question = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
+    question << QStringList{appearanceGroup, gnomeGroup, plasmaGroup};
+    delete m_asked; // an older answer is of no interest any more
+    m_asked = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
+    QObject::connect(m_asked, &QDBusPendingCallWatcher::finished, this, [this] { takeAnswer(); });
+}
+
+void SettingsPortal::takeAnswer() {
+    const QDBusMessage answer = m_asked->reply();
+    m_asked->disconnect(this);
+    m_asked->deleteLater(); // it may be the sender of the signal that led here
+    m_asked = nullptr;
+    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
+        return;
+    const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst());
+    m_values = {};
+    for (auto group = groups.begin(); group != groups.end(); ++group)
+        for (auto entry = group->begin(); entry != group->end(); ++entry)
+            m_values.take(group.key(), entry.key(), entry.value());
+    tell();
+}
+
+void SettingsPortal::settingChanged(const QString& group, const QString& key,
+                                    const QDBusVariant& value) {
+    if (m_values.take(group, key, value.variant()))
+        tell();
+}
+
+void SettingsPortal::tell() {
+    m_changed(m_values.appearance());
+}
+
+} // namespace platform

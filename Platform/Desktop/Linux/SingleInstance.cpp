@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Desktop/SingleInstance.h"
+
+#include "Platform/Desktop/Linux/InstanceFolder.h"
+
+#include <QDeadlineTimer>
+#include <QSocketNotifier>
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <thread>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+// One packet each way: the request, which is this and the token, and the answer.
+constexpr QByteArrayView request = "activate\n";
+constexpr QByteArrayView answer = "activated\n";
+constexpr qsizetype longestToken = 4096;
+
+/// How long a start waits before it looks again for the lock and the socket of an instance that is
+/// itself just starting or ending.
+constexpr std::chrono::milliseconds betweenAttempts{10};
+
+/// More starts than these at one moment are no user's.
+constexpr size_t mostPeers = 32;
+
+OwnedFile makeSocket() {
+    return OwnedFile(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+const sockaddr* generic(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+/// The folder keeps other users out; this holds even where its mode does not.
+bool isOwnPeer(int socket) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+}
+
+bool sendPacket(int socket, const QByteArray& packet) {
+    return send(socket, packet.constData(), static_cast<size_t>(packet.size()), MSG_NOSIGNAL) ==
+           packet.size();
+}
+
+bool waitToRead(int socket, const QDeadlineTimer& deadline) {
+    pollfd waiting{.fd = socket, .events = POLLIN, .revents = 0};
+    while (true) {
+        const int ready = poll(&waiting, 1, static_cast<int>(deadline.remainingTime()));
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
+/// Asks the running instance to come to the front; true once it has answered.
+bool handOver(const InstanceFolder& folder, const QByteArray& token,
+              const QDeadlineTimer& deadline) {
+    const OwnedFile socket = makeSocket();
+    const sockaddr_un address = folder.socketAddress();
+    if (!socket || connect(socket.get(), generic(address), sizeof address) != 0 ||
+        !isOwnPeer(socket.get()) ||
+        !sendPacket(socket.get(), request.toByteArray() + token.left(longestToken)) ||
+        !waitToRead(socket.get(), deadline))
+        return false;
+    std::array<char, answer.size()> packet{};
+    const ssize_t size = recv(socket.get(), packet.data(), packet.size(), 0);
+    return size == answer.size() && answer == QByteArrayView(packet.data(), size);
+}
+
+} // namespace
+
+class SingleInstance::Implementation {
+public:
+    explicit Implementation(QString applicationId)
+        : m_applicationId(std::move(applicationId)) {}
+    Implementation(const Implementation&) = delete;
+    Implementation& operator=(const Implementation&) = delete;
+    ~Implementation() {
+        // While the lock is still ours: afterwards it could be the next instance's socket.
+        if (m_listener)
+            m_folder->removeSocket();
+    }
+
+    Claim claim(const QByteArray& token, std::chrono::milliseconds limit) {
+        m_folder = InstanceFolder::open(m_applicationId);
+        if (!m_folder)
+            return Claim::First;
+        const QDeadlineTimer deadline(limit);
+        while (true) {
+            m_lock = m_folder->takeLock();
+            if (m_lock) {
+                listenForOthers();
+                return Claim::First;
+            }
+            if (handOver(*m_folder, token, deadline))
+                return Claim::HandedOver;
+            if (deadline.hasExpired())
+                return Claim::Unanswered;
+            // The other one has the lock but no socket yet, or no socket any more.
+            std::this_thread::sleep_for(betweenAttempts);
+        }
+    }
+
+    void onActivated(std::function<void(const QByteArray&)> activated) {
+        m_activated = std::move(activated);
+        if (!m_listener)
+            return;
+        m_notifier = std::make_unique<QSocketNotifier>(m_listener.get(), QSocketNotifier::Read);
+        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                         [this] { accept(); });
+    }
+
+private:
+    /// Another start, until its request has come.
+    struct Peer {
+        explicit Peer(OwnedFile file)
+            : socket(std::move(file))
+            , notifier(socket.get(), QSocketNotifier::Read) {}
+
+        OwnedFile socket;
+        QSocketNotifier notifier;
+    };
+
+    void listenForOthers() {
+        m_folder->removeSocket(); // of an instance that was killed
+        OwnedFile listener = makeSocket();
+        const sockaddr_un address = m_folder->socketAddress();
+        if (listener && bind(listener.get(), generic(address), sizeof address) == 0 &&
+            listen(listener.get(), 8) == 0)
+            m_listener = std::move(listener);
+    }
+
+    void accept() {
+        OwnedFile socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket || !isOwnPeer(socket.get()))
+            return;
+        if (m_peers.size() >= mostPeers)
+            m_peers.erase(m_peers.begin());
+        auto& peer = m_peers.emplace_back(std::make_unique<Peer>(std::move(socket)));
+        QObject::connect(&peer->notifier, &QSocketNotifier::activated, &peer->notifier,
+                         [this, raw = peer.get()] { read(raw); });
+    }
+
+    void read(Peer* peer) {
+        QByteArray packet(request.size() + longestToken, Qt::Uninitialized);
+        const ssize_t size =
+            recv(peer->socket.get(), packet.data(), static_cast<size_t>(packet.size()), 0);
+        if (size < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        packet.truncate(std::max(size, ssize_t{0}));
+        const bool isRequest = packet.startsWith(request);
+        if (isRequest)
+            sendPacket(peer->socket.get(), answer.toByteArray());
+        remove(peer);
+        if (isRequest)
+            m_activated(packet.mid(request.size()));
+    }
+
+    /// The notifier is the caller, so it lives on for a while.
+    void remove(Peer* peer) {
+        const auto found = std::find_if(m_peers.begin(), m_peers.end(),
+                                        [peer](const auto& each) { return each.get() == peer; });
+        peer->notifier.setEnabled(false);
+        peer->socket = {};
+        m_done = std::move(*found);
+        m_peers.erase(found);
+    }
+
+    QString m_applicationId;
+    std::optional<InstanceFolder> m_folder;
+    OwnedFile m_lock;
+    OwnedFile m_listener;
+    std::function<void(const QByteArray&)> m_activated;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::vector<std::unique_ptr<Peer>> m_peers;
+    std::unique_ptr<Peer> m_done;
+};
+
+SingleInstance::SingleInstance(QString applicationId)
+    : m_implementation(std::make_unique<Implementation>(std::move(applicationId))) {}
+
+SingleInstance::~SingleInstance() = default;
+
+SingleInstance::Claim SingleInstance::claim(const QByteArray& token,
+                                            std::chrono::milliseconds limit) {
+    return m_implementation->claim(token, limit);
+}
+
+void SingleInstance::onActivated(std::function<void(const QByteArray& token)> activated) {
+    m_implementation->onActivated(std::move(activated));
+}
+
+} // namespace platform

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+/// Lets one instance of a program run for a user: the first claims the place, each later one asks
+/// it to come to the front and ends.
+///
+/// The place is a lock that the kernel lets go with its process, so a crash leaves nothing to tidy,
+/// and a socket beside it, both in a folder that other users cannot reach into. One thread, which
+/// for onActivated() is the main one.
+class SingleInstance {
+public:
+    enum class Claim {
+        /// This is the first instance (or there is nowhere to tell): go on.
+        First,
+        /// Another instance runs and comes to the front: end.
+        HandedOver,
+        /// Another instance runs and did not answer in time: end, and say so.
+        Unanswered,
+    };
+
+    /// @param applicationId the name of the program's folder for sockets, "tellwick".
+    explicit SingleInstance(QString applicationId);
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+    /// Gives the place up.
+    ~SingleInstance();
+
+    /// Claims the place; waits for another instance's answer no longer than `limit`. Needs no
+    /// application object, so a later start ends before it has cost anything. Called once.
+    ///
+    /// @param token given to the running instance; see activationToken().
+    Claim claim(const QByteArray& token,
+                std::chrono::milliseconds limit = std::chrono::milliseconds(3000));
+
+    /// From here on, calls `activated` with the token of each later start; starts since claim()
+    /// are told by the next turn of the event loop. Needs the application object, which must
+    /// outlive this one. Called once, by the first instance. The callback must not destroy this.
+    void onActivated(std::function<void(const QByteArray& token)> activated);
+
+private:
+    class Implementation;
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+} // namespace platform

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Desktop/AppearanceSettings.h"
+#include "Platform/Observation/Observer.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QTest>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A desktop whose answers the test gives.
+class ScriptedSource final : public AppearanceSource {
+public:
+    void start(Changed changed) override { tell = std::move(changed); }
+    void settle() override { ++settled; }
+
+    Changed tell;
+    int settled = 0;
+};
+
+constexpr QRgb toolkitHighlight = 0xff308cc6;
+
+/// As a desktop gives it: no role is marked as set by the program.
+QPalette desktopPalette(bool dark, QRgb highlight = toolkitHighlight) {
+    QPalette palette;
+    palette.setColor(QPalette::Window, dark ? Qt::black : Qt::white);
+    palette.setColor(QPalette::WindowText, dark ? Qt::white : Qt::black);
+    palette.setColor(QPalette::Highlight, QColor(highlight));
+    palette.setResolveMask(0);
+    return palette;
+}
+
+} // namespace
+
+class AppearanceSettingsTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        m_palette = desktopPalette(false);
+        auto source = std::make_unique<ScriptedSource>();
+        m_source = source.get();
+        m_settings =
+            std::make_unique<AppearanceSettings>(std::move(source), [this] { return m_palette; });
+    }
+    void cleanup() { m_settings.reset(); }
+
+    void untilStartedThePaletteSpeaks();
+    void theDesktopsWordComesBeforeThePalettes();
+    void whereTheDesktopSaysNothingThePaletteSpeaks();
+    void aChangeOfThePaletteIsFollowed();
+    void aChangeOfTheDesktopIsFollowed();
+    void aHighlightOfTheToolkitIsNoAccent_data();
+    void aHighlightOfTheToolkitIsNoAccent();
+    void whatTheProgramSetItselfTellsNothing();
+    void theRealPaletteOfAnApplicationSpeaks();
+    void observersSeeChangesAndOnlyChanges();
+    void settlingAsksTheSource();
+
+private:
+    void changePalette(const QPalette& palette) {
+        m_palette = palette;
+        QEvent event(QEvent::ApplicationPaletteChange);
+        QCoreApplication::sendEvent(qApp, &event);
+    }
+
+    QPalette m_palette;
+    ScriptedSource* m_source = nullptr;
+    std::unique_ptr<AppearanceSettings> m_settings;
+};
+
+void AppearanceSettingsTests::untilStartedThePaletteSpeaks() {
+    QVERIFY(!m_settings->isDark());
+    QVERIFY(!m_settings->accent());
+    QVERIFY(!m_settings->reducesMotion());
+    QVERIFY(!m_settings->increasesContrast());
+    const AppearanceSettings dark(std::make_unique<ScriptedSource>(),
+                                  [] { return desktopPalette(true, 0xffe95420); });
+    QVERIFY(dark.isDark());
+    QCOMPARE(dark.accent(), QColor(0xffe95420));
+}
+
+void AppearanceSettingsTests::theDesktopsWordComesBeforeThePalettes() {
+    changePalette(desktopPalette(true, 0xffe95420));
+    m_settings->start();
+    m_source->tell({.isDark = false,
+                    .accent = QColor(0xff3584e4),
+                    .reducesMotion = true,
+                    .increasesContrast = true});
+    QVERIFY(!m_settings->isDark());
+    QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
+    QVERIFY(m_settings->reducesMotion());
+    QVERIFY(m_settings->increasesContrast());
+    changePalette(desktopPalette(true, 0xff00ff00));
+    QVERIFY(!m_settings->isDark());
+    QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
+}
+
+void AppearanceSettingsTests::whereTheDesktopSaysNothingThePaletteSpeaks() {
+    changePalette(desktopPalette(true, 0xffe95420));
+    m_settings->start();
+    m_source->tell({.reducesMotion = true});
+    QVERIFY(m_settings->isDark());
+    QCOMPARE(m_settings->accent(), QColor(0xffe95420));
+}
+
+void AppearanceSettingsTests::aChangeOfThePaletteIsFollowed() {
+    m_settings->start();
+    changePalette(desktopPalette(true, 0xffe95420));
+    QVERIFY(m_settings->isDark());
+    QCOMPARE(m_settings->accent(), QColor(0xffe95420));
+    changePalette(desktopPalette(false));
+    QVERIFY(!m_settings->isDark());
+    QVERIFY(!m_settings->accent());
+}
+
+void AppearanceSettingsTests::aChangeOfTheDesktopIsFollowed() {
+    m_settings->start();
+    m_source->tell({.isDark = true, .accent = QColor(Qt::red), .reducesMotion = true});
+    m_source->tell({});
+    QVERIFY(!m_settings->isDark());
+    QVERIFY(!m_settings->accent());
+    QVERIFY(!m_settings->reducesMotion());
+}
+
+void AppearanceSettingsTests::aHighlightOfTheToolkitIsNoAccent_data() {
+    QTest::addColumn<QRgb>("highlight");
+    QTest::addColumn<bool>("isAccent");
+    QTest::newRow("Qt's own") << toolkitHighlight << false;
+    QTest::newRow("Qt's own without a style") << QColor(Qt::darkBlue).rgb() << false;
+    QTest::newRow("chosen") << QRgb(0xff3daee9) << true;
+    QTest::newRow("black") << QRgb(0xff000000) << true;
+}
+
+void AppearanceSettingsTests::aHighlightOfTheToolkitIsNoAccent() {
+    QFETCH(QRgb, highlight);
+    QFETCH(bool, isAccent);
+    changePalette(desktopPalette(false, highlight));
+    QCOMPARE(m_settings->accent(), isAccent ? std::optional(QColor(highlight)) : std::nullopt);
+}
+
+void AppearanceSettingsTests::whatTheProgramSetItselfTellsNothing() {
+    // A program that shows a dark theme puts dark colours into its own palette. Once the desktop
+    // has no wish any more, these must not keep it dark.
+    QPalette own = desktopPalette(false);
+    own.setColor(QPalette::Window, Qt::black);
+    own.setColor(QPalette::WindowText, Qt::white);
+    own.setColor(QPalette::Highlight, Qt::green);
+    changePalette(own);
+    QVERIFY(!m_settings->isDark());
+    QVERIFY(!m_settings->accent());
+}
+
+void AppearanceSettingsTests::theRealPaletteOfAnApplicationSpeaks() {
+    const QPalette palette = QGuiApplication::palette();
+    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Window));
+    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::WindowText));
+    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Highlight));
+    const AppearanceSettings settings(std::make_unique<ScriptedSource>());
+    QVERIFY(!settings.isDark());
+    QVERIFY(!settings.accent());
+}
+
+void AppearanceSettingsTests::observersSeeChangesAndOnlyChanges() {
+    m_settings->start();
+    QList<bool> seen;
+    QObject owner;
+    observe(&owner, [&] { seen.append(m_settings->isDark()); });
+    m_source->tell({.isDark = false, .reducesMotion = true}); // nothing that the observer reads
+    m_source->tell({.isDark = true});
+    QTRY_COMPARE(seen, (QList<bool>{false, true}));
+}
+
+void AppearanceSettingsTests::settlingAsksTheSource() {
+    m_settings->start();
+    m_settings->settle();
+    QCOMPARE(m_source->settled, 1);
+}
+
+QTEST_MAIN(AppearanceSettingsTests)
+#include "AppearanceSettingsTests.moc"

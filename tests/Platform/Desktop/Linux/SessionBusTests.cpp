@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Desktop/AppearanceSettings.h"
+#include "Platform/Desktop/Linux/SessionBus.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+
+class SessionBusTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        qunsetenv("XDG_RUNTIME_DIR");
+    }
+
+    void aSessionWithoutABusHasNone();
+    void aRuntimeFolderWithoutABusHasNone();
+    void anAddressWhereNobodyListensGivesNone();
+    void appearanceStartsWithoutABus();
+};
+
+void SessionBusTests::aSessionWithoutABusHasNone() {
+    QVERIFY(!sessionBus());
+}
+
+void SessionBusTests::aRuntimeFolderWithoutABusHasNone() {
+    const QTemporaryDir folder;
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
+    QVERIFY(!sessionBus());
+    QFile file(folder.filePath(u"bus"_s)); // not a socket
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(!sessionBus());
+}
+
+void SessionBusTests::anAddressWhereNobodyListensGivesNone() {
+    const QTemporaryDir folder;
+    qputenv("DBUS_SESSION_BUS_ADDRESS",
+            "unix:path=" + QFile::encodeName(folder.filePath(u"bus"_s)));
+    QVERIFY(!sessionBus());
+}
+
+void SessionBusTests::appearanceStartsWithoutABus() {
+    AppearanceSettings settings;
+    settings.start();
+    settings.settle();
+    QVERIFY(!settings.isDark());
+}
+
+QTEST_MAIN(SessionBusTests)
+#include "SessionBusTests.moc"
