@@ -90,9 +90,10 @@ Database ModelContainer::openForWriting() const {
     makeFile();
     Database database = Database::open(m_file);
     // The journal is emptied, not removed: that makes the end of a commit durable without another
-    // write of the folder. What is deleted is overwritten, so that no old conversation lingers.
+    // write of the folder. What is deleted is overwritten, and nothing of a record goes to
+    // files elsewhere: what the user deletes does not linger.
     database.execute("PRAGMA synchronous=FULL; PRAGMA journal_mode=TRUNCATE;"
-                     "PRAGMA secure_delete=ON; BEGIN IMMEDIATE");
+                     "PRAGMA secure_delete=ON; PRAGMA temp_store=MEMORY; BEGIN IMMEDIATE");
     if (!hasTables(database))
         makeTables(database);
     return database;

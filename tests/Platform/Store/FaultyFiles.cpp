@@ -35,9 +35,8 @@ int truncate(sqlite3_file* file, sqlite3_int64 size) {
     const int fault = current->ask();
     return fault ? fault : real(file)->pMethods->xTruncate(real(file), size);
 }
-int sync(sqlite3_file* file, int flags) {
-    const int fault = current->ask();
-    return fault ? fault : real(file)->pMethods->xSync(real(file), flags);
+int sync(sqlite3_file*, int) {
+    return current->ask(); // what an ended process leaves behind does not depend on it
 }
 int fileSize(sqlite3_file* file, sqlite3_int64* size) {
     return real(file)->pMethods->xFileSize(real(file), size);

@@ -5,7 +5,8 @@
 
 /// While it lives, every change that SQLite makes to a file (write, truncate, sync, delete) asks
 /// first: the function is given the number of the change, from 1, and returns SQLITE_OK to let it
-/// happen or the error to report in its place. One at a time in a process.
+/// happen or the error to report in its place. A sync does nothing else. One at a time in a
+/// process.
 class FaultyFiles {
 public:
     explicit FaultyFiles(std::function<int(int)> beforeChange);

@@ -90,6 +90,14 @@ public:
         return model.turns.back();
     }
 
+    /// Sends this text and gives the request once the selected model of the server has it.
+    ScriptedModelServer::Request& askServer(const QString& text) {
+        const auto before = server.requests.size();
+        if (!send(text) || !QTest::qWaitFor([&] { return server.requests.size() > before; }, 5000))
+            qFatal("the server was not asked");
+        return server.requests.back();
+    }
+
     /// Waits for the end of the running turn.
     bool settle() {
         return QTest::qWaitFor([this] { return !controller->isGenerating.value(); }, 20000);

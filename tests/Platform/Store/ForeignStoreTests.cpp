@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// What somebody else has put where the store should be is reported and never written over.
+#include "Platform/Store/StoreError.h"
+#include "tests/Platform/Store/TestRecord.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <functional>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Reason = StoreError::Reason;
+
+namespace {
+
+constexpr auto never = 1h;
+
+std::optional<Reason> reasonOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const StoreError& error) {
+        return error.reason();
+    }
+    return std::nullopt;
+}
+
+QByteArray bytesOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+void writeBytes(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// Runs statements on the file as another program would.
+void execute(const QString& path, const char* sql) {
+    sqlite3* connection = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(path).constData(), &connection), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(connection);
+}
+
+} // namespace
+
+class ForeignStoreTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_file = m_folder->filePath(u"store.sqlite"_s);
+    }
+
+    void whatIsNoStoreIsReportedAndLeftAsItIs_data();
+    void whatIsNoStoreIsReportedAndLeftAsItIs();
+    void aPlaceTakenBySomethingElseIsReported_data();
+    void aPlaceTakenBySomethingElseIsReported();
+    void anEmptyFileBecomesTheStore();
+    void aStoreRestoredFromItsDumpIsRead();
+    void triggersInTheFileAreNotRun();
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data();
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs();
+    void aDamagedFileFailsTheFetchAndIsLeftAsItIs();
+
+private:
+    ModelContainer container() const { return noteContainer(m_file); }
+    void saveNote(const QStringList& lines) const {
+        const auto container = noteContainer(m_file);
+        ModelContext context(container, never);
+        context.insert(makeNote(1, lines));
+        context.save();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_file;
+};
+
+void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs_data() {
+    QTest::addColumn<QByteArray>("sql");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Reason>("reason");
+    const auto bytes = [](const char* name, const QByteArray& bytes) {
+        QTest::newRow(name) << QByteArray() << bytes << Reason::NotAStore;
+    };
+    bytes("one byte", "x");
+    bytes("a text", "Dear diary,\n");
+    bytes("a long text", QByteArray("Dear diary,\n").repeated(10000));
+    bytes("zeros", QByteArray(8192, '\0'));
+    bytes("only the mark of SQLite", QByteArray("SQLite format 3\0", 16));
+    const auto sql = [](const char* name, const char* sql, Reason reason) {
+        QTest::newRow(name) << QByteArray(sql) << QByteArray() << reason;
+    };
+    sql("a later version",
+        "PRAGMA user_version=2; CREATE TABLE Note (writtenAt INTEGER, lines BLOB, title TEXT);"
+        "INSERT INTO Note VALUES (1, x'00', 'precious')",
+        Reason::LaterVersion);
+    sql("a later version of the same layout",
+        "PRAGMA user_version=2;"
+        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)",
+        Reason::LaterVersion);
+    sql("a later version without tables", "PRAGMA user_version=7", Reason::LaterVersion);
+    sql("a database of another program", "CREATE TABLE cookies (host TEXT)", Reason::Foreign);
+    sql("this version without tables", "PRAGMA user_version=1", Reason::Foreign);
+    sql("fewer columns", "PRAGMA user_version=1; CREATE TABLE Note (writtenAt TEXT)",
+        Reason::Foreign);
+    sql("one more column",
+        "PRAGMA user_version=1;"
+        "CREATE TABLE Note (writtenAt TEXT NOT NULL, lines TEXT NOT NULL, title TEXT NOT NULL)",
+        Reason::Foreign);
+    sql("a column added by hand",
+        "PRAGMA user_version=1;"
+        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+        "ALTER TABLE Note ADD COLUMN title TEXT",
+        Reason::Foreign);
+    sql("other columns", "PRAGMA user_version=1; CREATE TABLE Note (a TEXT, b TEXT)",
+        Reason::Foreign);
+    sql("a view of that name",
+        "PRAGMA user_version=1; CREATE VIEW Note AS WITH RECURSIVE n(i) AS "
+        "(SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i AS writtenAt, i AS lines FROM n",
+        Reason::Foreign);
+    sql("a table without row identifiers",
+        "PRAGMA user_version=1; CREATE TABLE Note "
+        "(writtenAt TEXT PRIMARY KEY, lines TEXT) WITHOUT ROWID",
+        Reason::Foreign);
+}
+
+void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs() {
+    QFETCH(QByteArray, sql);
+    QFETCH(QByteArray, bytes);
+    QFETCH(Reason, reason);
+    if (!sql.isEmpty())
+        execute(m_file, sql.constData());
+    else
+        writeBytes(m_file, bytes);
+    const QByteArray before = bytesOf(m_file);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), reason);
+        context.insert(makeNote(1));
+        QCOMPARE(reasonOf([&] { context.save(); }), reason);
+    }
+    QCOMPARE(bytesOf(m_file), before);
+}
+
+void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported_data() {
+    QTest::addColumn<bool>("isPipe");
+    QTest::newRow("a folder") << false;
+    QTest::newRow("a pipe") << true;
+}
+
+void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported() {
+    QFETCH(bool, isPipe);
+    const QByteArray path = QFile::encodeName(m_file);
+    QCOMPARE(isPipe ? ::mkfifo(path.constData(), 0600) : ::mkdir(path.constData(), 0700), 0);
+    const auto store = container();
+    ModelContext context(store, never);
+    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+    context.insert(makeNote(1));
+    QCOMPARE(reasonOf([&] { context.save(); }), Reason::NotAStore);
+}
+
+void ForeignStoreTests::anEmptyFileBecomesTheStore() {
+    writeBytes(m_file, {});
+    QVERIFY(linesInStore(container()).isEmpty());
+    saveNote({u"a"_s});
+    QCOMPARE(linesInStore(container()), Lines{QStringList{u"a"_s}});
+}
+
+void ForeignStoreTests::aStoreRestoredFromItsDumpIsRead() {
+    execute(m_file, "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+                    "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
+                    "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
+    const auto store = container();
+    {
+        ModelContext context(store, never);
+        const auto notes = context.fetch<Note>();
+        QCOMPARE(notes.size(), 1);
+        QCOMPARE(notes.first()->lines.value(), QStringList{u"a"_s});
+        notes.first()->lines = QStringList{u"b"_s};
+    }
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+}
+
+void ForeignStoreTests::triggersInTheFileAreNotRun() {
+    saveNote({u"a"_s});
+    execute(m_file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
+                    "UPDATE Note SET lines = '[]'; END");
+    const auto store = container();
+    {
+        ModelContext context(store, never);
+        context.fetch<Note>().first()->lines = QStringList{u"b"_s};
+    }
+    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+}
+
+void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data() {
+    QTest::addColumn<QByteArray>("values");
+    QTest::newRow("no instant") << QByteArray("'yesterday', '[]'");
+    QTest::newRow("no JSON") << QByteArray("'2026-01-01T00:00:00Z', 'a,b'");
+    QTest::newRow("numbers in the list") << QByteArray("'2026-01-01T00:00:00Z', '[1]'");
+    QTest::newRow("bytes") << QByteArray("'2026-01-01T00:00:00Z', x'5b5d'");
+    QTest::newRow("not UTF-8") << QByteArray("'2026-01-01T00:00:00Z', '[\"' || x'ff' || '\"]'");
+}
+
+void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs() {
+    QFETCH(QByteArray, values);
+    saveNote({u"a"_s});
+    execute(m_file, "INSERT INTO Note VALUES (" + values + ")");
+    const QByteArray before = bytesOf(m_file);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Malformed);
+    }
+    QCOMPARE(bytesOf(m_file), before);
+}
+
+void ForeignStoreTests::aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
+    saveNote(QStringList(100, QString(1000, u'a')));
+    QByteArray bytes = bytesOf(m_file);
+    bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xaa'));
+    writeBytes(m_file, bytes);
+    {
+        const auto store = container();
+        ModelContext context(store, never);
+        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+    }
+    QCOMPARE(bytesOf(m_file), bytes);
+}
+
+QTEST_GUILESS_MAIN(ForeignStoreTests)
+#include "ForeignStoreTests.moc"
