@@ -39,11 +39,7 @@ LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
     reload();
 }
 
-LazyColumn::~LazyColumn() {
-    // The focus leaves the rows when they are destroyed, and then this is no column any more.
-    disconnect(qApp, nullptr, this, nullptr);
-    QScroller::ungrabGesture(this);
-}
+LazyColumn::~LazyColumn() = default;
 
 int LazyColumn::rowWidth() const {
     return std::max(1, std::min(width(), Theme::columnWidth) - 2 * Theme::defaultPadding);

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Observation/Observed.h"
+#include "Platform/Widgets/Theme.h"
+#include "Tellwick/Interface/Environment.h"
+#include "Tellwick/Interface/MessageRows.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+
+namespace platform {
+class GrowingTextField;
+class HeaderBar;
+class LazyColumn;
+class OverlaySurface;
+class PullDownButton;
+} // namespace platform
+
+namespace tellwick {
+
+class ChatViewModel;
+
+/// The main screen: the conversation, the field for the next message, the writing modes, and the
+/// way to the other screens.
+///
+/// It owns no logic. All that it shows is read from the controller and follows it by observation;
+/// all that it does is to call the controller's operations.
+class ChatView final : public QWidget {
+    Q_OBJECT
+
+public:
+    ChatView(const Environment& environment, std::shared_ptr<ChatViewModel> vm,
+             QWidget* parent = nullptr);
+    ~ChatView() override;
+
+    /// The colour of the send button: red while generating, the accent when there is something to
+    /// send, else the secondary colour.
+    platform::ColorRole sendButtonColor() const;
+
+    /// Puts the keyboard focus into the message field.
+    void focusField();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void body();
+    QWidget* messageList();
+    QWidget* emptyState();
+    QWidget* writingModeChips();
+    QWidget* modeBar();
+    QWidget* inputBar();
+    void newChatButton(platform::HeaderBar& placement);
+    void menuButton(platform::HeaderBar& placement);
+
+    void keyboardShortcuts();
+    void aboutSheet();
+    void modelsPopover();
+    void availabilityAlert();
+
+    const Environment& m_environment;
+    const std::shared_ptr<ChatViewModel> m_vm;
+    platform::Observed<bool> m_showingAbout{false};
+    platform::Observed<bool> m_showingModels{false};
+
+    MessageRows m_rows;
+    platform::GrowingTextField* m_field = nullptr;
+    platform::PullDownButton* m_menuButton = nullptr;
+};
+
+} // namespace tellwick

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Interface/ContentView.h"
+
+#include "Platform/Observation/Observer.h"
+#include "Tellwick/Core/AppConfig.h"
+#include "Tellwick/Interface/ChatView.h"
+
+#include <QPainter>
+
+namespace tellwick {
+
+using platform::ColorRole;
+
+ContentView::ContentView(const Services& services, MakeViewModel makeViewModel, QWidget* parent)
+    : QWidget(parent)
+    , m_makeViewModel(std::move(makeViewModel))
+    , m_overlays(new platform::OverlayHost(services.theme, this))
+    , m_environment{services, *m_overlays} {
+    setWindowTitle(AppConfig::appName());
+    setMinimumSize(360, 480);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    platform::observe(this, [this] {
+        static_cast<void>(m_environment.theme.color(ColorRole::Window));
+        update();
+    });
+}
+
+ContentView::~ContentView() {
+    // The chat screen reads the controller to its end.
+    delete m_chat;
+}
+
+void ContentView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (m_vm)
+        return;
+    m_vm = m_makeViewModel();
+    m_chat = new ChatView(m_environment, m_vm, this);
+    m_chat->setGeometry(rect());
+    m_chat->show();
+    m_overlays->raise();
+    m_chat->focusField();
+}
+
+void ContentView::resizeEvent(QResizeEvent*) {
+    if (m_chat)
+        m_chat->setGeometry(rect());
+}
+
+void ContentView::paintEvent(QPaintEvent*) {
+    QPainter(this).fillRect(rect(), m_environment.theme.color(ColorRole::Window));
+}
+
+} // namespace tellwick

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Widgets/OverlayHost.h"
+#include "Tellwick/Interface/Environment.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+namespace tellwick {
+
+class ChatView;
+class ChatViewModel;
+
+/// The root view of the window. It makes the window's one conversation controller when it first
+/// appears, keeps it for its life, and shows the chat screen with it.
+class ContentView final : public QWidget {
+    Q_OBJECT
+
+public:
+    using MakeViewModel = std::function<std::shared_ptr<ChatViewModel>()>;
+
+    ContentView(const Services& services, MakeViewModel makeViewModel, QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    /// The controller; none before the first appearance.
+    const std::shared_ptr<ChatViewModel>& vm() const { return m_vm; }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    MakeViewModel m_makeViewModel;
+    std::shared_ptr<ChatViewModel> m_vm;
+    platform::OverlayHost* m_overlays;
+    Environment m_environment;
+    ChatView* m_chat = nullptr;
+};
+
+} // namespace tellwick

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include "Tellwick/Interface/MessageBubble.h"
+
+#include "Platform/Desktop/Pasteboard.h"
+#include "Platform/Desktop/UrlOpener.h"
+#include "Platform/Text/InlineMarkdown.h"
+#include "Platform/Widgets/Menu.h"
+#include "Platform/Widgets/OverlayHost.h"
+#include "Platform/Widgets/Painting.h"
+#include "Platform/Widgets/TextView.h"
+#include "Tellwick/Core/AppConfig.h"
+
+#include <QPainter>
+#include <QResizeEvent>
+
+#include <algorithm>
+#include <array>
+
+namespace tellwick {
+
+using namespace Qt::StringLiterals;
+using platform::ColorRole;
+using platform::TextView;
+using platform::Theme;
+
+namespace {
+
+bool isFromUser(const ChatMessage& message) {
+    return message.role() == ChatMessage::Role::user;
+}
+
+/// A cheap test that spares most texts the parser.
+bool looksLikeMarkdown(QStringView content) {
+    static constexpr std::array<QStringView, 5> markers{u"**", u"__", u"*", u"`", u"["};
+    return std::any_of(markers.begin(), markers.end(),
+                       [content](QStringView marker) { return content.contains(marker); });
+}
+
+bool isMarkdown(const ChatMessage& message) {
+    return !isFromUser(message) && looksLikeMarkdown(message.content.view());
+}
+
+} // namespace
+
+MessageBubble::MessageBubble(const Environment& environment, ChatMessage message, QWidget* parent)
+    : QWidget(parent)
+    , m_environment(environment)
+    , m_message(std::move(message))
+    , m_text(new TextView(environment.theme,
+                          isFromUser() ? TextView::Ground::Accent : TextView::Ground::Window,
+                          this)) {
+    AccessibleElement::install();
+    m_text->onContextMenu([this](QPoint position) { openContextMenu(position); });
+    m_text->onLinkActivated([this](const QUrl& url) { m_environment.urlOpener.open(url); });
+    messageContent();
+}
+
+void MessageBubble::setMessage(const ChatMessage& message) {
+    Q_ASSERT(message.id() == m_message.id());
+    if (message.content == m_message.content)
+        return;
+    m_message.content = message.content;
+    messageContent();
+    layOut();
+    updateGeometry();
+}
+
+ColorRole MessageBubble::bubbleColor() const {
+    return isFromUser() ? ColorRole::UserBubble : ColorRole::AssistantBubble;
+}
+
+void MessageBubble::messageContent() {
+    if (m_message.content.isEmpty())
+        m_text->setPlainText(platform::Text(u" "));
+    else if (isMarkdown(m_message))
+        m_text->setMarkdown(m_message.content);
+    else
+        m_text->setPlainText(m_message.content);
+}
+
+void MessageBubble::copyContent() const {
+    m_environment.pasteboard.clearContents();
+    m_environment.pasteboard.setString(m_message.content.toString());
+}
+
+void MessageBubble::openContextMenu(QPoint globalPosition) {
+    if (m_message.content.isEmpty())
+        return;
+    std::vector<platform::MenuEntry> entries{
+        {u"Copy"_s, u"doc.on.doc"_s, [this] { copyContent(); }}};
+    m_environment.overlays.present(std::make_unique<platform::Menu>(
+        m_environment.theme, u"Message"_s, std::move(entries), globalPosition));
+}
+
+QString MessageBubble::spokenText(const ChatMessage& message) {
+    const QString speaker =
+        tellwick::isFromUser(message) ? u"You: "_s : AppConfig::appName() + ": "_L1;
+    return speaker + (isMarkdown(message)
+                          ? platform::InlineMarkdown::parse(message.content.view()).text
+                          : message.content.toString());
+}
+
+QSize MessageBubble::textSize(int width) const {
+    const int beside = Theme::bubbleFreeSide + Theme::defaultSpacing + 2 * Theme::bubblePaddingX;
+    return m_text->sizeWithin(std::max(1, width - beside));
+}
+
+int MessageBubble::heightForWidth(int width) const {
+    return textSize(width).height() + 2 * Theme::bubblePaddingY;
+}
+
+QSize MessageBubble::sizeHint() const {
+    return {Theme::columnWidth, heightForWidth(width())};
+}
+
+void MessageBubble::resizeEvent(QResizeEvent*) {
+    layOut();
+}
+
+void MessageBubble::layOut() {
+    const QSize size = textSize(width());
+    const QRect before = m_bubble;
+    m_bubble = QRect(QPoint(), size + QSize(2 * Theme::bubblePaddingX, 2 * Theme::bubblePaddingY));
+    if (isFromUser() != isRightToLeft())
+        m_bubble.moveRight(width() - 1);
+    m_text->setGeometry(m_bubble.adjusted(Theme::bubblePaddingX, Theme::bubblePaddingY,
+                                          -Theme::bubblePaddingX, -Theme::bubblePaddingY));
+    if (m_bubble != before)
+        update(before | m_bubble);
+}
+
+void MessageBubble::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    platform::fillRounded(painter, m_bubble, Theme::bubbleRadius,
+                          m_environment.theme.color(bubbleColor()));
+}
+
+} // namespace tellwick
