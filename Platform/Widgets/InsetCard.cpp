@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-constexpr int inset = 12; // of the lines from the card's leading edge
+constexpr int inset = 14; // of the lines from the card's leading edge
 
 } // namespace
 

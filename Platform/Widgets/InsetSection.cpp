@@ -11,7 +11,7 @@ namespace platform {
 
 namespace {
 
-constexpr int inset = 12; // of texts from the card's edge
+constexpr int inset = 14; // of texts from the card's edge
 
 } // namespace
 

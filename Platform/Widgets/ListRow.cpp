@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-constexpr int paddingX = 12;
+constexpr int paddingX = 14;
 constexpr int paddingY = 9;
 constexpr int lineGap = 2;
 constexpr int markGap = 10;

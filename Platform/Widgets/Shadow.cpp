@@ -27,7 +27,7 @@ QPixmap tile(qreal radius, const QColor& color, qreal scale) {
             const auto outY = std::max(0.0, dy - (half - radius));
             const auto distance = std::hypot(outX, outY) - radius; // beyond the outline
             const auto t = std::clamp(0.5 - distance / (2 * Shadow::blur), 0.0, 1.0);
-            const auto share = t * t * t; // a long faint tail, as a blurred edge has
+            const auto share = t * t; // a long faint tail, as a blurred edge has
             const auto alpha = static_cast<int>(std::lround(color.alpha() * share));
             row[x] = qPremultiply(qRgba(color.red(), color.green(), color.blue(), alpha));
         }

@@ -37,7 +37,7 @@ Scheme scheme(bool dark) {
                 .hover = QColor(255, 255, 255, 20),
                 .pressed = QColor(255, 255, 255, 38),
                 .scrim = QColor(0, 0, 0, 120),
-                .shadow = QColor(0, 0, 0, 150),
+                .shadow = QColor(0, 0, 0, 190),
                 .scrollThumb = QColor(255, 255, 255, 80)};
     }
     return {.label = 0xff1d1d1f,
@@ -54,7 +54,7 @@ Scheme scheme(bool dark) {
             .hover = QColor(0, 0, 0, 13),
             .pressed = QColor(0, 0, 0, 28),
             .scrim = QColor(0, 0, 0, 72),
-            .shadow = QColor(0, 0, 0, 80),
+            .shadow = QColor(0, 0, 0, 96),
             .scrollThumb = QColor(0, 0, 0, 80)};
 }
 
