@@ -21,6 +21,23 @@
 using namespace Qt::StringLiterals;
 
 namespace platform {
+namespace {
+
+constexpr int longWord = 2000;
+
+/// Whether a text holds a word that the editor would take far too long to break: it looks at the
+/// whole rest of the word for each line of it.
+bool hasLongWord(QStringView text) {
+    qsizetype length = 0;
+    for (const QChar character : text) {
+        length = character.isSpace() ? 0 : length + 1;
+        if (length > longWord)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
 
 GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
     : QPlainTextEdit(parent)
@@ -34,11 +51,13 @@ GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
     document()->setDocumentMargin(0);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    breakLinesFor({});
     setTabChangesFocus(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
+        if (document()->characterCount() < longWord)
+            breakLinesFor({});
         alignText();
         fitHeight();
         if (m_edited && !m_isSetting)
@@ -87,6 +106,7 @@ void GrowingTextField::setText(const QString& text) {
         QGuiApplication::inputMethod()->reset();
     m_isComposing = false;
     m_isSetting = true;
+    breakLinesFor(text);
     setPlainText(text);
     m_isSetting = false;
     moveCursor(QTextCursor::End);
@@ -103,8 +123,18 @@ void GrowingTextField::insertFromMimeData(const QMimeData* source) {
     text.replace("\r\n"_L1, "\n"_L1);
     text.replace(u'\r', u'\n');
     text.remove(QChar::Null);
+    if (hasLongWord(text))
+        breakLinesFor(text);
     textCursor().insertText(text);
     ensureCursorVisible();
+}
+
+/// Lines break between words, but anywhere in a text with a word of thousands of characters.
+void GrowingTextField::breakLinesFor(QStringView text) {
+    const QTextOption::WrapMode mode =
+        hasLongWord(text) ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
+    if (wordWrapMode() != mode)
+        setWordWrapMode(mode);
 }
 
 /// Text that begins in a script read from the right lies right.

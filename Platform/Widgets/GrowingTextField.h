@@ -70,6 +70,7 @@ private:
     };
 
     void alignText();
+    void breakLinesFor(QStringView text);
     void applyTheme();
     void paintGround();
     Extent extent() const;

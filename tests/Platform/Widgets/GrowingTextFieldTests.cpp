@@ -101,6 +101,7 @@ private Q_SLOTS:
     void pastedLineBreaksAreLineFeeds();
     void aVeryLongPasteIsQuick_data();
     void aVeryLongPasteIsQuick();
+    void linesBreakBetweenWordsAgainAfterALongWordIsGone();
     void typingAfterAVeryLongPasteIsQuick();
     void oddSpacesSurvive();
     void rightToLeftTextLiesRight();
@@ -360,6 +361,7 @@ void GrowingTextFieldTests::pastedLineBreaksAreLineFeeds() {
 void GrowingTextFieldTests::aVeryLongPasteIsQuick_data() {
     QTest::addColumn<QString>("text");
     QTest::newRow("lines") << u"A line of a long text that somebody pastes.\n"_s.repeated(20000);
+    QTest::newRow("no blanks") << QString(300'000, u'x');
     QTest::newRow("paragraphs") << (u"many words "_s.repeated(100) + u'\n').repeated(900);
 }
 
@@ -377,6 +379,18 @@ void GrowingTextFieldTests::aVeryLongPasteIsQuick() {
     QVERIFY2(spent < 2000, qPrintable(QString::number(spent)));
     if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
         qInfo("%lld ms for %lld characters", spent, qlonglong(text.size()));
+}
+
+void GrowingTextFieldTests::linesBreakBetweenWordsAgainAfterALongWordIsGone() {
+    Fixture f;
+    const auto wrap = f.field.wordWrapMode();
+    f.field.setText(QString(5000, u'x'));
+    QVERIFY(f.field.wordWrapMode() != wrap);
+    QTest::keyClick(&f.field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&f.field, u"word"_s);
+    QCOMPARE(f.field.wordWrapMode(), wrap);
+    f.field.setText(u"many words "_s.repeated(1000));
+    QCOMPARE(f.field.wordWrapMode(), wrap);
 }
 
 void GrowingTextFieldTests::typingAfterAVeryLongPasteIsQuick() {
