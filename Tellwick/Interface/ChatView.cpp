@@ -3,6 +3,7 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Alert.h"
+#include "Platform/Widgets/Announcement.h"
 #include "Platform/Widgets/Chip.h"
 #include "Platform/Widgets/Divider.h"
 #include "Platform/Widgets/GrowingTextField.h"
@@ -100,17 +101,17 @@ void ChatView::newChatButton(platform::HeaderBar& placement) {
         focusField();
     };
     button->setAction(newChat);
-    observe(button, [this, button] {
-        button->setEnabled(!m_vm->messages.value().isEmpty() || m_vm->isGenerating.value());
-    });
+    observe(button, [this, button] { button->setEnabled(canStartNewChat()); });
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_N), this);
     connect(shortcut, &QShortcut::activated, this, [this, newChat] {
-        platform::flushObservers(this);
-        if (!m_environment.overlays.isPresenting() &&
-            (!m_vm->messages.value().isEmpty() || m_vm->isGenerating.value()))
+        if (canStartNewChat() && !m_environment.overlays.isPresenting())
             newChat();
     });
     placement.addTrailing(button);
+}
+
+bool ChatView::canStartNewChat() const {
+    return !m_vm->messages.value().isEmpty() || m_vm->isGenerating.value();
 }
 
 void ChatView::menuButton(platform::HeaderBar& placement) {
@@ -156,6 +157,14 @@ QWidget* ChatView::messageList() {
         // A scroll that is under way follows the growing end by itself.
         else if (!(before->lastText == messages.last().content) && !column->isScrollAnimated())
             column->scrollToBottom(false);
+    });
+    // A reply is read out when it is whole, not word by word.
+    observe(column, [this, column, wasGenerating = false]() mutable {
+        const bool isGenerating = m_vm->isGenerating.value();
+        const bool hasEnded = std::exchange(wasGenerating, isGenerating) && !isGenerating;
+        const qsizetype last = hasEnded ? m_rows.count() - 1 : -1;
+        if (QWidget* bubble = last >= 0 ? column->widgetOf(last) : nullptr)
+            platform::announce(bubble, m_rows.accessibleName(last));
     });
     return list;
 }
@@ -243,10 +252,12 @@ QWidget* ChatView::inputBar() {
     m_field->setAccessibleName(u"Message"_s);
     m_field->onTextEdited([this](const QString& text) { m_vm->draft = text; });
     m_field->onSubmit([this] { m_vm->send(); });
+    m_field->onContextMenu([this](QPoint position) { openEditMenu(position); });
     observe(m_field, [this] { m_field->setText(m_vm->draft.value()); });
 
     auto* button = new IconButton(m_environment.theme, {}, {}, sendIconSize);
     button->setRound(true);
+    button->setPadding(Theme::focusRingWidth);
     button->setAction([this] {
         if (m_vm->isGenerating.value())
             m_vm->stop();
@@ -263,6 +274,21 @@ QWidget* ChatView::inputBar() {
     row->addWidget(m_field, 1, Qt::AlignBottom);
     row->addWidget(button, 0, Qt::AlignBottom);
     return bar;
+}
+
+void ChatView::openEditMenu(QPoint globalPosition) {
+    std::vector<platform::MenuEntry> entries;
+    if (m_field->textCursor().hasSelection()) {
+        entries.push_back({u"Cut"_s, {}, [this] { m_field->cut(); }});
+        entries.push_back({u"Copy"_s, {}, [this] { m_field->copy(); }});
+    }
+    if (m_field->canPaste())
+        entries.push_back({u"Paste"_s, {}, [this] { m_field->paste(); }});
+    if (!m_vm->draft.value().isEmpty())
+        entries.push_back({u"Select All"_s, {}, [this] { m_field->selectAll(); }});
+    if (!entries.empty())
+        m_environment.overlays.present(std::make_unique<platform::Menu>(
+            m_environment.theme, u"Edit"_s, std::move(entries), globalPosition));
 }
 
 ColorRole ChatView::sendButtonColor() const {

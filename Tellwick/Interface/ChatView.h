@@ -56,6 +56,8 @@ private:
     void newChatButton(platform::HeaderBar& placement);
     void menuButton(platform::HeaderBar& placement);
 
+    bool canStartNewChat() const;
+    void openEditMenu(QPoint globalPosition);
     void keyboardShortcuts();
     void aboutSheet();
     void modelsPopover();
