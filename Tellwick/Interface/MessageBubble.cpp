@@ -10,6 +10,7 @@
 #include "Platform/Widgets/TextView.h"
 #include "Tellwick/Core/AppConfig.h"
 
+#include <QContextMenuEvent>
 #include <QPainter>
 #include <QResizeEvent>
 
@@ -127,6 +128,14 @@ void MessageBubble::layOut() {
                                           -Theme::bubblePaddingX, -Theme::bubblePaddingY));
     if (m_bubble != before)
         update(before | m_bubble);
+}
+
+void MessageBubble::contextMenuEvent(QContextMenuEvent* event) {
+    // The ground about the text is the bubble's, too; the free side of the row is not.
+    if (m_bubble.contains(event->pos()))
+        openContextMenu(event->globalPos());
+    else
+        event->ignore();
 }
 
 void MessageBubble::paintEvent(QPaintEvent*) {

@@ -43,6 +43,7 @@ public:
     QString accessibleText() const override { return spokenText(m_message); }
 
 protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 

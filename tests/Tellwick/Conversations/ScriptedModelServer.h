@@ -3,6 +3,8 @@
 
 #include "Tellwick/Backends/ModelManager.h"
 
+#include <QHash>
+
 #include <deque>
 
 namespace tests {
@@ -26,7 +28,7 @@ public:
     };
 
     tellwick::ModelManager::Server connect() {
-        return {[this] { return list(listed); },
+        return {[this] { return holdsListings ? heldListing() : list(listed); },
                 [this](const tellwick::OllamaModelEntry& entry) {
                     return std::make_shared<Backend>(*this, entry);
                 }};
@@ -34,6 +36,14 @@ public:
 
     /// The names that the next listing gives.
     QStringList listed;
+    /// Listings wait, each until the test answers it with answerListing().
+    bool holdsListings = false;
+    /// The listings asked for and not answered yet, in order.
+    std::deque<platform::StreamContinuation<QStringList>> listings;
+    /// Whether the models say that they can be used.
+    bool areAvailable = false;
+    /// The detail of each model; a model that is not in here has none.
+    QHash<QString, QString> details;
     /// What the models have been asked, in order.
     std::deque<Request> requests;
     /// The names of the models whose backends were reset, in order.
@@ -41,16 +51,26 @@ public:
     /// What the next request throws in place of a stream.
     std::exception_ptr refusal;
 
+    /// Answers the oldest listing that waits.
+    void answerListing(const QStringList& names) {
+        listings.front().yield(names);
+        listings.pop_front();
+    }
+
 private:
     class Backend final : public tellwick::ModelBackend {
     public:
         Backend(ScriptedModelServer& server, const tellwick::OllamaModelEntry& entry)
             : m_server(server)
             , m_info(tellwick::ModelInfo::ollamaID(entry.name), entry.name,
-                     tellwick::ModelSource::ollama) {}
+                     tellwick::ModelSource::ollama) {
+            if (const auto known = server.details.constFind(entry.name);
+                known != server.details.cend())
+                m_info.detail = *known;
+        }
 
         const tellwick::ModelInfo& info() const override { return m_info; }
-        bool isAvailable() const override { return false; } // nobody asks
+        bool isAvailable() const override { return m_server.areAvailable; }
         tellwick::ReplyStream streamResponse(const QString& prompt,
                                              const QList<tellwick::ChatMessage>& history,
                                              const QString& systemPrompt) override {
@@ -73,6 +93,18 @@ private:
         for (const QString& name : names)
             entries.append({name, 1});
         co_return entries;
+    }
+
+    platform::Task<QList<tellwick::OllamaModelEntry>> heldListing() {
+        auto [stream, continuation] = platform::makeStream<QStringList>();
+        listings.push_back(continuation);
+        return answered(std::move(stream));
+    }
+
+    static platform::Task<QList<tellwick::OllamaModelEntry>>
+    answered(platform::AsyncStream<QStringList> answer) {
+        const auto names = co_await answer.next();
+        co_return co_await list(names.value_or(QStringList()));
     }
 };
 

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Desktop/ApplicationInformation.h"
+#include "Platform/Desktop/Pasteboard.h"
+#include "Platform/Desktop/UrlOpener.h"
+#include "Platform/Widgets/OverlayHost.h"
+#include "Platform/Widgets/Theme.h"
+#include "Tellwick/Interface/Environment.h"
+#include "tests/Tellwick/Interface/ScreenReader.h"
+
+#include <QApplication>
+#include <QPalette>
+
+#include <memory>
+
+namespace tests {
+
+/// The desktop as a test wants it: addresses are noted and not opened.
+struct TestDesktop {
+    platform::Theme theme;
+    platform::Pasteboard pasteboard;
+    QList<QUrl> opened;
+    platform::UrlOpener urlOpener{[this](const QUrl& url) {
+        opened.append(url);
+        return true;
+    }};
+    platform::ApplicationInformation information{
+        {{platform::ApplicationInformation::versionKey(), QStringLiteral("2.3.1")}}};
+
+    tellwick::Services services() { return {theme, pasteboard, urlOpener, information}; }
+};
+
+/// A window for a single screen, in the theme's colour, with its layer for overlays.
+class TestWindow {
+public:
+    explicit TestWindow(QSize size = {640, 800}) {
+        QPalette palette;
+        palette.setColor(QPalette::Window, desktop.theme.color(platform::ColorRole::Window));
+        window->setPalette(palette);
+        window->resize(size);
+    }
+
+    bool show() {
+        window->show();
+        return QTest::qWaitForWindowActive(window.get());
+    }
+
+    ScreenReader screen() const { return ScreenReader(window.get()); }
+
+    TestDesktop desktop;
+    const std::unique_ptr<QWidget> window = std::make_unique<QWidget>();
+    platform::OverlayHost* const overlays = new platform::OverlayHost(desktop.theme, window.get());
+    const tellwick::Environment environment{desktop.services(), *overlays};
+};
+
+} // namespace tests
