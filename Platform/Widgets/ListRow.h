@@ -7,7 +7,7 @@ namespace platform {
 
 /// A row of an inset list that can be pressed anywhere: a title, a detail below it or none, and a
 /// mark at the trailing end or none.
-class ListRow final : public Button {
+class ListRow : public Button {
     Q_OBJECT
 
 public:
