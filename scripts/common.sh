@@ -33,7 +33,6 @@ use_ccache() {
     if [[ -z ${CMAKE_CXX_COMPILER_LAUNCHER+set} ]] && command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache
     fi
-    export CCACHE_BASEDIR=${CCACHE_BASEDIR-$root} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR-1}
 }
 
 # Puts the engine of the on-device model beside a build; the program and the tests look for it there.
