@@ -172,7 +172,12 @@ QWidget* ChatView::messageList() {
 QWidget* ChatView::emptyState() {
     const Theme& theme = m_environment.theme;
     auto* state = new QWidget;
-    auto* column = new QVBoxLayout(state);
+    auto* content = new QWidget;
+    content->setMaximumWidth(Theme::columnWidth);
+    auto* centring = new QHBoxLayout(state);
+    centring->setContentsMargins({});
+    centring->addWidget(content);
+    auto* column = new QVBoxLayout(content);
     column->setSpacing(12);
     column->setContentsMargins(Theme::defaultPadding, Theme::defaultPadding + 60,
                                Theme::defaultPadding, Theme::defaultPadding);
@@ -196,9 +201,7 @@ QWidget* ChatView::emptyState() {
 
     auto* greeting = new QVBoxLayout;
     greeting->setContentsMargins(24, 8, 24, 0);
-    auto* bubble = new GreetingBubble(theme, AppConfig::welcomeMessage());
-    bubble->setMaximumWidth(Theme::columnWidth - 2 * (Theme::defaultPadding + 24));
-    greeting->addWidget(bubble);
+    greeting->addWidget(new GreetingBubble(theme, AppConfig::welcomeMessage()));
     column->addLayout(greeting);
 
     auto* model = label(AppConfig::modelLabel(), TextStyle::Caption, ColorRole::TertiaryLabel);

@@ -1,0 +1,476 @@
+// SPDX-License-Identifier: MIT
+// The chat screen at rest: the empty conversation, the writing modes, the field and its button.
+// How it follows a conversation is in ChatListTests, what opens over it in ChatOverlayTests.
+#include "Platform/Widgets/Chip.h"
+#include "Platform/Widgets/Divider.h"
+#include "Platform/Widgets/HeaderBar.h"
+#include "Platform/Widgets/HorizontalStrip.h"
+#include "Platform/Widgets/IconView.h"
+#include "Platform/Widgets/Label.h"
+#include "Tellwick/Interface/GreetingBubble.h"
+#include "Tellwick/Interface/ModeBar.h"
+#include "tests/Tellwick/Interface/ChatWindow.h"
+
+#include <QInputMethodEvent>
+#include <QScrollBar>
+
+using namespace Qt::StringLiterals;
+using platform::ColorRole;
+using platform::IconView;
+using platform::Label;
+using platform::TextStyle;
+namespace AppConfig = tellwick::AppConfig;
+
+class ChatViewTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<tests::ChatWindow> m;
+
+    tests::ScreenReader screen() { return m->screen(); }
+    bool isPressed(const QString& chip) { return screen().find(chip)->state().pressed; }
+    IconView* icon(const QString& name) {
+        for (auto* icon : m->view->findChildren<IconView*>())
+            if (icon->icon() == name && icon->isVisible())
+                return icon;
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void init() {
+        m.emplace();
+        QVERIFY(m->open());
+    }
+    void cleanup() { m.reset(); }
+
+    void anEmptyConversationShowsItsTextsInOrder();
+    void theEmptyStateHasItsSizesAndStyles();
+    void theEmptyStateStandsInAColumnOf700();
+    void theSubtitleFollowsTheSelectedModel();
+    void theSendButtonsColourFollowsTheDraft_data();
+    void theSendButtonsColourFollowsTheDraft();
+    void typingBlanksKeepsTheButtonGreyAndALetterColoursIt();
+    void aDraftOfLineBreaksIsColouredAndNotSent();
+    void theFieldHasTheFocusFromTheStart();
+    void theFieldAndTheDraftAreOne();
+    void theFieldGrowsToSixLinesAndThenScrolls();
+    void theInputBarIsLaidOutAsAsked();
+    void shiftReturnMakesANewLine();
+    void typingGoesToTheFieldWhereverTheFocusIs();
+    void shortcutsOfOthersAreNotTyped();
+    void tabReachesEveryControlAndComesBack();
+    void returnDuringACompositionDoesNotSend();
+    void aChipTurnsItsModeOnAndOff();
+    void anotherChipReplacesTheMode();
+    void theModeBarShowsTheModeAndClearsIt();
+    void thereIsNoRowWhereTheModeBarIsNot();
+    void chipsAndModeBarGoWithTheFirstMessageAndTheModeStays();
+    void newChatIsThereWhenThereIsSomethingToLeave_data();
+    void newChatIsThereWhenThereIsSomethingToLeave();
+    void newChatKeepsTheDraftAndGivesTheFocusToTheField();
+};
+
+void ChatViewTests::anEmptyConversationShowsItsTextsInOrder() {
+    QCOMPARE(screen().texts(), (QStringList{u"Tellwick"_s, u"On-device · Private"_s,
+                                            AppConfig::appName(), AppConfig::tagline(),
+                                            AppConfig::welcomeMessage(), AppConfig::modelLabel()}));
+    QStringList chips;
+    for (const auto& mode : AppConfig::writingModes())
+        chips.append(mode.label);
+    QCOMPARE(screen().names(QAccessible::Button),
+             (QStringList{u"New Chat"_s} + chips + QStringList{u"Send"_s}));
+    QCOMPARE(screen().names(QAccessible::ButtonMenu), QStringList{u"More"_s});
+    QVERIFY(icon(u"brain"_s));
+    QVERIFY(!screen().shows(u"Clear mode"_s));
+    QVERIFY(screen().find(u"New Chat"_s)->state().disabled);
+    QCOMPARE(m->sendButton()->icon(), u"arrow.up.circle.fill"_s);
+    QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
+    QCOMPARE(m->view->windowTitle(), u"Tellwick"_s);
+}
+
+void ChatViewTests::theEmptyStateHasItsSizesAndStyles() {
+    const auto label = [this](const QString& text) {
+        return screen().widget<Label>(text, QAccessible::StaticText);
+    };
+    auto* brain = icon(u"brain"_s);
+    QCOMPARE(brain->height(), m->desktop.theme.symbolSize(52.0));
+    const int top = m->placeOf(m->view->findChild<platform::HeaderBar*>()).bottom() + 1;
+    QCOMPARE(m->placeOf(brain).top(), top + 16 + 60);
+    QCOMPARE(m->placeOf(brain).center().x(), m->view->rect().center().x());
+
+    auto* name = screen().widget<Label>(AppConfig::appName(), QAccessible::Heading);
+    for (auto* heading : m->view->findChildren<Label*>())
+        if (heading->text() == AppConfig::appName() && heading->textStyle() == TextStyle::Title2)
+            name = heading;
+    QCOMPARE(name->textStyle(), TextStyle::Title2);
+    QCOMPARE(name->weight(), QFont::Medium);
+    QCOMPARE(m->placeOf(name).top(), m->placeOf(brain).bottom() + 1 + 12);
+
+    auto* tagline = label(AppConfig::tagline());
+    QCOMPARE(tagline->textStyle(), TextStyle::Subheadline);
+    QCOMPARE(tagline->colorRole(), ColorRole::SecondaryLabel);
+    QCOMPARE(m->placeOf(tagline).top(), m->placeOf(name).bottom() + 1 + 12);
+
+    auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
+    QCOMPARE(m->placeOf(greeting).top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
+    QCOMPARE(m->placeOf(greeting).left(), 16 + 24);
+    QCOMPARE(m->placeOf(greeting).right(), m->view->width() - 1 - 16 - 24);
+    QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())),
+             m->placeOf(greeting).adjusted(12, 8, -12, -8));
+    QCOMPARE(m->desktop.theme.color(ColorRole::GreetingBubble).rgb() | 0xff000000,
+             m->desktop.theme.color(ColorRole::SecondaryLabel).rgb());
+
+    auto* model = label(AppConfig::modelLabel());
+    QCOMPARE(model->textStyle(), TextStyle::Caption);
+    QCOMPARE(model->colorRole(), ColorRole::TertiaryLabel);
+    QCOMPARE(m->placeOf(model).top(), m->placeOf(greeting).bottom() + 1 + 12);
+
+    auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+    QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
+    QList<QRect> chips;
+    for (const auto& mode : AppConfig::writingModes())
+        chips.append(m->placeOf(screen().widget(mode.label)));
+    for (qsizetype i = 1; i < chips.size(); ++i)
+        QCOMPARE(chips[i].left(), chips[i - 1].right() + 1 + 8);
+}
+
+void ChatViewTests::theEmptyStateStandsInAColumnOf700() {
+    m->view->resize(1400, 800);
+    const auto middle = [](const QRect& rect) { return rect.left() + rect.right(); };
+    auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
+    QTRY_COMPARE(greeting->width(), 700 - 2 * (16 + 24));
+    QVERIFY(std::abs(middle(m->placeOf(greeting)) - 1399) <= 1);
+    auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+    QCOMPARE(strip->width(), 700 - 2 * 16);
+    QVERIFY(std::abs(middle(m->placeOf(strip)) - 1399) <= 1);
+}
+
+void ChatViewTests::theSubtitleFollowsTheSelectedModel() {
+    m->conversation.server.details.insert(u"llama"_s, u"Ollama · 2.0 GB"_s);
+    QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"llama"_s));
+    QTRY_VERIFY(screen().shows(u"Ollama · 2.0 GB"_s, QAccessible::StaticText));
+    QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"bare"_s));
+    QTRY_COMPARE(screen().texts().value(1), AppConfig::modelLabel());
+    // The label of the empty state is fixed.
+    QCOMPARE(screen().texts().last(), AppConfig::modelLabel());
+    m->vm().modelManager->select(m->vm().modelManager->aiBackend);
+    QTRY_COMPARE(screen().texts().value(1), u"On-device · Private"_s);
+}
+
+void ChatViewTests::theSendButtonsColourFollowsTheDraft_data() {
+    QTest::addColumn<QString>("draft");
+    QTest::addColumn<ColorRole>("color");
+    const auto grey = ColorRole::SecondaryLabel;
+    const auto accent = ColorRole::Accent;
+    QTest::newRow("nothing") << u""_s << grey;
+    QTest::newRow("three blanks") << u"   "_s << grey;
+    QTest::newRow("a tab") << u"\t"_s << grey;
+    QTest::newRow("blanks of other widths") << u"\u00A0\u2003\u202F\u3000"_s << grey;
+    QTest::newRow("a letter") << u"a"_s << accent;
+    QTest::newRow("a letter between blanks") << u" \ta "_s << accent;
+    QTest::newRow("a line break") << u"\n"_s << accent;
+    QTest::newRow("line breaks between blanks") << u" \n\n "_s << accent;
+    QTest::newRow("a blank of no width") << u"\u200B"_s << accent;
+}
+
+void ChatViewTests::theSendButtonsColourFollowsTheDraft() {
+    QFETCH(QString, draft);
+    QFETCH(ColorRole, color);
+    m->vm().draft = draft;
+    QCOMPARE(m->chat()->sendButtonColor(), color);
+    m->flush();
+    QCOMPARE(m->sendButton()->colorRole(), color);
+    QVERIFY(m->sendButton()->isEnabled());
+    m->vm().isGenerating = true;
+    QCOMPARE(m->chat()->sendButtonColor(), ColorRole::Red);
+    m->flush();
+    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Red);
+    QVERIFY(m->sendButton()->isEnabled());
+    m->vm().isGenerating = false;
+}
+
+void ChatViewTests::typingBlanksKeepsTheButtonGreyAndALetterColoursIt() {
+    screen().type("   ");
+    QCOMPARE(m->vm().draft.value(), u"   "_s);
+    m->flush();
+    QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
+    screen().type("a");
+    m->flush();
+    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+}
+
+void ChatViewTests::aDraftOfLineBreaksIsColouredAndNotSent() {
+    screen().key(Qt::Key_Return, Qt::ShiftModifier);
+    screen().key(Qt::Key_Return, Qt::ShiftModifier);
+    QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
+    m->flush();
+    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+    screen().key(Qt::Key_Return);
+    screen().key(Qt::Key_Return, Qt::ControlModifier);
+    QVERIFY(screen().click(u"Send"_s));
+    QVERIFY(m->vm().messages.value().isEmpty());
+    QVERIFY(!m->vm().isGenerating.value());
+    QVERIFY(!m->vm().availabilityError.value());
+    QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
+}
+
+void ChatViewTests::theFieldHasTheFocusFromTheStart() {
+    QVERIFY(m->field()->hasFocus());
+    QVERIFY(screen().find(u"Message"_s)->state().focused);
+    QCOMPARE(m->field()->placeholderText(), u"Message"_s);
+}
+
+void ChatViewTests::theFieldAndTheDraftAreOne() {
+    screen().type("Hi");
+    QCOMPARE(m->vm().draft.value(), u"Hi"_s);
+    m->vm().draft = u"From elsewhere\nin two lines"_s;
+    m->flush();
+    QCOMPARE(m->field()->text(), u"From elsewhere\nin two lines"_s);
+    screen().type("!");
+    QCOMPARE(m->vm().draft.value(), u"From elsewhere\nin two lines!"_s);
+}
+
+void ChatViewTests::theFieldGrowsToSixLinesAndThenScrolls() {
+    const int one = m->field()->height();
+    int before = one;
+    for (int lines = 2; lines <= 6; ++lines) {
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        m->flush();
+        QCOMPARE(m->field()->visibleLines(), lines);
+        QTRY_VERIFY(m->field()->height() > before);
+        before = m->field()->height();
+    }
+    for (int lines = 7; lines <= 20; ++lines)
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+    m->flush();
+    QCoreApplication::processEvents();
+    QCOMPARE(m->field()->height(), before);
+    QVERIFY(m->field()->verticalScrollBar()->maximum() > 0);
+    m->vm().draft = QString();
+    m->flush();
+    QTRY_COMPARE(m->field()->height(), one);
+}
+
+void ChatViewTests::theInputBarIsLaidOutAsAsked() {
+    for (int lines = 1; lines <= 4; ++lines) {
+        const QRect field = m->placeOf(m->field());
+        const QRect button = m->placeOf(m->sendButton());
+        QCOMPARE(field.left(), 12);
+        QCOMPARE(button.left(), field.right() + 1 + 8);
+        QCOMPARE(button.right(), m->view->width() - 1 - 12);
+        QCOMPARE(button.bottom(), field.bottom());
+        QCOMPARE(field.bottom(), m->view->height() - 1 - 10);
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        m->flush();
+        QCoreApplication::processEvents();
+    }
+}
+
+void ChatViewTests::shiftReturnMakesANewLine() {
+    screen().type("a");
+    screen().key(Qt::Key_Return, Qt::ShiftModifier);
+    screen().type("b");
+    QCOMPARE(m->vm().draft.value(), u"a\nb"_s);
+    QVERIFY(m->vm().messages.value().isEmpty());
+}
+
+void ChatViewTests::typingGoesToTheFieldWhereverTheFocusIs() {
+    for (const QString& name : {u"Proofread"_s, u"More"_s, u"Send"_s}) {
+        screen().widget(name)->setFocus();
+        QVERIFY(!m->field()->hasFocus());
+        screen().type("x");
+        QVERIFY(m->field()->hasFocus());
+    }
+    QCOMPARE(m->vm().draft.value(), u"xxx"_s);
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    m->flush();
+    m->column()->setFocus();
+    screen().type("y");
+    QVERIFY(m->field()->hasFocus());
+    QCOMPARE(m->vm().draft.value(), u"y"_s);
+}
+
+void ChatViewTests::shortcutsOfOthersAreNotTyped() {
+    screen().widget(u"Proofread"_s)->setFocus();
+    screen().key(Qt::Key_J, Qt::ControlModifier);
+    screen().key(Qt::Key_J, Qt::AltModifier);
+    screen().key(Qt::Key_F5);
+    screen().key(Qt::Key_Escape);
+    QCOMPARE(m->vm().draft.value(), QString());
+    QVERIFY(screen().widget(u"Proofread"_s)->hasFocus());
+}
+
+void ChatViewTests::tabReachesEveryControlAndComesBack() {
+    m->vm().setMode(AppConfig::writingModes().first());
+    m->flush();
+    QStringList reached;
+    do {
+        screen().key(Qt::Key_Tab);
+        auto* focus = QApplication::focusWidget();
+        auto* element = QAccessible::queryAccessibleInterface(focus);
+        reached.append(element->text(QAccessible::Name));
+    } while (!m->field()->hasFocus() && reached.size() < 30);
+    for (const QString& name : {u"Send"_s, u"More"_s, u"Proofread"_s, u"Summarise"_s,
+                                u"Explain Simply"_s, u"Rewrite"_s, u"Clear mode"_s, u"Message"_s})
+        QVERIFY2(reached.contains(name), qPrintable(name));
+    QVERIFY(!reached.contains(u"New Chat"_s)); // there is nothing to leave
+}
+
+void ChatViewTests::returnDuringACompositionDoesNotSend() {
+    QInputMethodEvent composing(u"かな"_s, {});
+    QCoreApplication::sendEvent(m->field(), &composing);
+    screen().key(Qt::Key_Return);
+    QVERIFY(m->vm().messages.value().isEmpty());
+    QCOMPARE(m->vm().draft.value(), u"かな"_s);
+    screen().key(Qt::Key_Return);
+    QCOMPARE(m->conversation.contents(), (QStringList{u"かな"_s, QString()}));
+}
+
+void ChatViewTests::aChipTurnsItsModeOnAndOff() {
+    for (const auto& mode : AppConfig::writingModes()) {
+        QVERIFY(!isPressed(mode.label));
+        QVERIFY(screen().click(mode.label, QAccessible::Button));
+        QCOMPARE(m->vm().activeMode.value()->id(), mode.id());
+        m->flush();
+        QVERIFY(isPressed(mode.label));
+        QVERIFY(screen().press(mode.label, QAccessible::Button));
+        QVERIFY(!m->vm().activeMode.value());
+        m->flush();
+        QVERIFY(!isPressed(mode.label));
+    }
+}
+
+void ChatViewTests::anotherChipReplacesTheMode() {
+    const auto& theme = m->desktop.theme;
+    const auto ground = [this](const QString& name) {
+        QWidget* chip = screen().widget(name);
+        // Beside the symbol, where nothing but the ground is.
+        return m->view->grab().toImage().pixelColor(m->placeOf(chip).topLeft() +
+                                                    QPoint(8, chip->height() / 2));
+    };
+    QVERIFY(screen().press(u"Proofread"_s));
+    m->flush();
+    QCOMPARE(ground(u"Proofread"_s), theme.color(ColorRole::AccentFill));
+    QVERIFY(ground(u"Rewrite"_s) != theme.color(ColorRole::AccentFill));
+    QVERIFY(screen().press(u"Rewrite"_s));
+    m->flush();
+    QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
+    QVERIFY(!isPressed(u"Proofread"_s));
+    QVERIFY(isPressed(u"Rewrite"_s));
+    QVERIFY(ground(u"Proofread"_s) != theme.color(ColorRole::AccentFill));
+    QCOMPARE(ground(u"Rewrite"_s), theme.color(ColorRole::AccentFill));
+}
+
+void ChatViewTests::theModeBarShowsTheModeAndClearsIt() {
+    QVERIFY(screen().press(u"Summarise"_s));
+    m->flush();
+    auto* bar = m->view->findChild<tellwick::ModeBar*>();
+    QVERIFY(bar->isVisible());
+    QCOMPARE(tests::ScreenReader(bar).texts(), QStringList{u"Summarise"_s});
+    auto* label = tests::ScreenReader(bar).widget<Label>(u"Summarise"_s);
+    QCOMPARE(label->textStyle(), TextStyle::Caption);
+    QCOMPARE(label->weight(), QFont::Medium);
+    QCOMPARE(label->colorRole(), ColorRole::Accent);
+    auto* clear = screen().widget<platform::IconButton>(u"Clear mode"_s);
+    QCOMPARE(clear->icon(), u"xmark.circle.fill"_s);
+    QCOMPARE(clear->colorRole(), ColorRole::SecondaryLabel);
+    QTRY_COMPARE(m->placeOf(label).left(), 16);
+    QCOMPARE(m->placeOf(clear).right(), m->view->width() - 1 - 16);
+    QCOMPARE(bar->width(), m->view->width());
+    QVERIFY(screen().click(u"Clear mode"_s));
+    QVERIFY(!m->vm().activeMode.value());
+    m->flush();
+    QVERIFY(!bar->isVisible());
+    QVERIFY(!isPressed(u"Summarise"_s));
+    QVERIFY(m->field()->hasFocus());
+}
+
+void ChatViewTests::thereIsNoRowWhereTheModeBarIsNot() {
+    auto* bar = m->view->findChild<tellwick::ModeBar*>();
+    const int inputTop =
+        std::min(m->placeOf(m->field()).top(), m->placeOf(m->sendButton()).top()) - 10;
+    const auto divider = [this] {
+        for (auto* line : m->chat()->findChildren<platform::Divider*>())
+            if (line->parentWidget() == m->chat())
+                return m->placeOf(line).bottom() + 1;
+        return 0;
+    };
+    QCOMPARE(divider(), inputTop);
+    QVERIFY(screen().press(u"Rewrite"_s));
+    m->flush();
+    QTRY_COMPARE(divider(), inputTop - bar->height());
+    QCOMPARE(m->placeOf(bar).top(), divider());
+    m->vm().clearMode();
+    m->flush();
+    QTRY_COMPARE(divider(), inputTop);
+}
+
+void ChatViewTests::chipsAndModeBarGoWithTheFirstMessageAndTheModeStays() {
+    QVERIFY(screen().press(u"Rewrite"_s));
+    auto& turn = m->conversation.ask(u"this text"_s);
+    m->flush();
+    QVERIFY(!screen().shows(u"Clear mode"_s));
+    for (const auto& mode : AppConfig::writingModes())
+        QVERIFY(!screen().shows(mode.label));
+    QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
+    turn.end();
+    QVERIFY(m->conversation.settle());
+    m->flush();
+    QVERIFY(!screen().shows(u"Clear mode"_s));
+    QVERIFY(screen().click(u"New Chat"_s));
+    m->flush();
+    QVERIFY(screen().shows(u"Rewrite"_s, QAccessible::Button));
+    QVERIFY(!isPressed(u"Rewrite"_s));
+    QVERIFY(!screen().shows(u"Clear mode"_s));
+}
+
+void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave_data() {
+    QTest::addColumn<bool>("hasMessages");
+    QTest::addColumn<bool>("isGenerating");
+    QTest::addColumn<bool>("isEnabled");
+    QTest::newRow("empty and idle") << false << false << false;
+    QTest::newRow("empty and generating") << false << true << true;
+    QTest::newRow("messages") << true << false << true;
+    QTest::newRow("messages and generating") << true << true << true;
+}
+
+void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave() {
+    QFETCH(bool, hasMessages);
+    QFETCH(bool, isGenerating);
+    QFETCH(bool, isEnabled);
+    const auto arrange = [&] {
+        m->vm().activeMode = AppConfig::writingModes().first(); // a new chat has none
+        if (hasMessages)
+            m->vm().messages = {{tellwick::ChatMessage::Role::user, platform::Text(u"Hi")}};
+        m->vm().isGenerating = isGenerating;
+    };
+    arrange();
+    m->flush();
+    QCOMPARE(!screen().find(u"New Chat"_s)->state().disabled, isEnabled);
+    QCOMPARE(screen().widget<platform::IconButton>(u"New Chat"_s)->icon(), u"square.and.pencil"_s);
+    QVERIFY(screen().click(u"New Chat"_s));
+    QCOMPARE(!m->vm().activeMode.value(), isEnabled);
+    arrange();
+    m->flush();
+    screen().key(Qt::Key_N, Qt::ControlModifier);
+    QCOMPARE(!m->vm().activeMode.value(), isEnabled);
+    QCOMPARE(m->vm().messages.value().isEmpty(), isEnabled || !hasMessages);
+    m->vm().isGenerating = false;
+}
+
+void ChatViewTests::newChatKeepsTheDraftAndGivesTheFocusToTheField() {
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    m->flush();
+    screen().type("the next");
+    screen().widget(u"More"_s)->setFocus();
+    screen().key(Qt::Key_N, Qt::ControlModifier);
+    m->flush();
+    QCOMPARE(m->bubbles(), QStringList());
+    QCOMPARE(m->field()->text(), u"the next"_s);
+    QVERIFY(m->field()->hasFocus());
+    QVERIFY(screen().shows(AppConfig::tagline()));
+    QCOMPARE(m->conversation.stored().size(), 1);
+    QVERIFY(m->conversation.stored().first().contents.isEmpty());
+}
+
+QTEST_MAIN(ChatViewTests)
+#include "ChatViewTests.moc"
