@@ -27,6 +27,7 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     m_headerRow->setContentsMargins(inset, 0, inset / 2, 0);
     m_headerRow->addWidget(title, 1);
     m_card->setAccessibleName(header);
+    m_card->raise(); // read out after its heading
 
     auto* explanation = new Label(theme, footer, TextStyle::Caption, this);
     explanation->setColorRole(ColorRole::SecondaryLabel);
@@ -46,6 +47,7 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
 
 void InsetSection::setHeaderItem(QWidget* item) {
     m_headerRow->addWidget(item, 0, Qt::AlignVCenter);
+    item->stackUnder(m_card);
     setTabOrder(item, m_card); // before the rows, as it stands
 }
 

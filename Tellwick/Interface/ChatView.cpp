@@ -358,15 +358,19 @@ void ChatView::availabilityAlert() {
         alert = m_environment.overlays.present(
             std::make_unique<platform::Alert>(m_environment.theme,
                                               u"Apple Intelligence Unavailable"_s, shown, u"OK"_s),
-            [this] {
-                m_vm->availabilityError = std::nullopt;
+            [this, told = shown] {
+                // Another error may be what has closed it, and wants an alert of its own.
+                if (m_vm->availabilityError.value() == told)
+                    m_vm->availabilityError = std::nullopt;
                 focusField();
             });
     });
 }
 
 void ChatView::focusField() {
-    m_field->setFocus(Qt::OtherFocusReason);
+    // What is open over the screen keeps the keyboard.
+    if (!m_environment.overlays.isPresenting())
+        m_field->setFocus(Qt::OtherFocusReason);
 }
 
 void ChatView::keyPressEvent(QKeyEvent* event) {

@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: MIT
+// What opens over the chat screen: the alert, the menu, the models' popover and the About sheet.
+#include "Platform/Widgets/Alert.h"
+#include "Platform/Widgets/Divider.h"
+#include "Platform/Widgets/Menu.h"
+#include "Platform/Widgets/Popover.h"
+#include "Platform/Widgets/PullDownButton.h"
+#include "Platform/Widgets/Sheet.h"
+#include "Tellwick/Interface/AboutView.h"
+#include "Tellwick/Interface/ModelsView.h"
+#include "tests/Tellwick/Interface/ChatWindow.h"
+
+using namespace Qt::StringLiterals;
+using platform::Alert;
+using platform::OverlaySurface;
+using platform::Popover;
+using platform::Sheet;
+using Availability = platform::SystemLanguageModel::Availability;
+
+class ChatOverlayTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<tests::ChatWindow> m;
+
+    tests::ScreenReader screen() { return m->screen(); }
+
+    /// The surface on top, if it is of that kind.
+    template <class Surface>
+    Surface* shown() {
+        m->flush();
+        return qobject_cast<Surface*>(m->overlays()->top());
+    }
+
+    /// What is on top, as it is read out.
+    tests::ScreenReader top() { return tests::ScreenReader(m->overlays()->top()); }
+
+    /// Chooses an entry of the menu.
+    void choose(const QString& entry) {
+        QVERIFY(screen().press(u"More"_s, QAccessible::ButtonMenu));
+        QVERIFY(screen().press(entry, QAccessible::MenuItem));
+        m->flush();
+    }
+
+    /// Gone, and the keyboard is in the message field again.
+    bool isClosed() {
+        m->flush();
+        return !m->overlays()->isPresenting() && m->field()->hasFocus();
+    }
+
+private Q_SLOTS:
+    void init() {
+        m.emplace();
+        QVERIFY(m->open());
+    }
+    void cleanup() { m.reset(); }
+
+    void anErrorOpensTheAlert_data();
+    void anErrorOpensTheAlert();
+    void theAlertClearsTheErrorHoweverItIsClosed_data();
+    void theAlertClearsTheErrorHoweverItIsClosed();
+    void aClickBesideTheAlertLeavesItOpen();
+    void aClearedErrorClosesTheAlert();
+    void aSecondErrorTakesThePlaceOfTheFirst();
+    void theSameErrorOpensTheAlertAgain();
+    void theAlertOfAnUnavailableModelKeepsTheDraft();
+    void theWindowBeneathTheAlertHearsNoKey();
+    void theMenuHasModelsAndAboutWithADividerBetween();
+    void theMenuOpensByPointerAndByKey_data();
+    void theMenuOpensByPointerAndByKey();
+    void modelsOpensAPopoverAtTheButton();
+    void aboutOpensASheet();
+    void screensCloseAndGiveTheFocusToTheField_data();
+    void screensCloseAndGiveTheFocusToTheField();
+    void aScreenOpensAgainAndAgain();
+    void theSheetClosesByItsButton();
+    void aModelIsChosenInThePopoverWhichStaysOpen();
+    void anErrorOpensTheAlertOverAnOpenScreen();
+    void theWindowClosesWhileAScreenIsOpen();
+};
+
+void ChatOverlayTests::anErrorOpensTheAlert_data() {
+    QTest::addColumn<QString>("error");
+    QTest::newRow("no model") << u"No model selected."_s;
+    QTest::newRow("a long one") << u"Apple Intelligence unavailable: "_s + u"why "_s.repeated(300);
+    QTest::newRow("none, but there") << u""_s;
+}
+
+void ChatOverlayTests::anErrorOpensTheAlert() {
+    QFETCH(QString, error);
+    m->vm().availabilityError = error;
+    QVERIFY(shown<Alert>());
+    QCOMPARE(top().texts(), (QStringList{u"Apple Intelligence Unavailable"_s, error}));
+    QCOMPARE(top().names(QAccessible::Button), QStringList{u"OK"_s});
+    QVERIFY(top().find(u"OK"_s)->state().focused);
+    QVERIFY(screen().shows(u"Apple Intelligence Unavailable"_s, QAccessible::AlertMessage));
+    QVERIFY(m->view->rect().contains(m->placeOf(top().widget(u"OK"_s))));
+    QVERIFY(m->vm().availabilityError.value());
+}
+
+void ChatOverlayTests::theAlertClearsTheErrorHoweverItIsClosed_data() {
+    QTest::addColumn<int>("key"); // none: the pointer
+    QTest::newRow("OK") << 0;
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Enter") << int(Qt::Key_Enter);
+    QTest::newRow("Space") << int(Qt::Key_Space);
+    QTest::newRow("Escape") << int(Qt::Key_Escape);
+}
+
+void ChatOverlayTests::theAlertClearsTheErrorHoweverItIsClosed() {
+    QFETCH(int, key);
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    if (key == 0)
+        QVERIFY(top().click(u"OK"_s));
+    else
+        screen().key(Qt::Key(key));
+    QVERIFY(!m->vm().availabilityError.value());
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::aClickBesideTheAlertLeavesItOpen() {
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    screen().clickAt({20, 400});
+    QVERIFY(shown<Alert>());
+    QCOMPARE(m->vm().availabilityError.value(), u"No model selected."_s);
+}
+
+void ChatOverlayTests::aClearedErrorClosesTheAlert() {
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    m->vm().newChat();
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::aSecondErrorTakesThePlaceOfTheFirst() {
+    m->vm().availabilityError = u"The first."_s;
+    QVERIFY(shown<Alert>());
+    m->vm().availabilityError = u"The second."_s;
+    for (int i = 0; i < 5; ++i) {
+        QVERIFY(shown<Alert>());
+        QCOMPARE(top().texts().value(1), u"The second."_s);
+        QCOMPARE(m->vm().availabilityError.value(), u"The second."_s);
+        QTest::qWait(20); // whatever was set off meanwhile has come
+    }
+    screen().key(Qt::Key_Escape);
+    QVERIFY(!m->vm().availabilityError.value());
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::theSameErrorOpensTheAlertAgain() {
+    for (int i = 0; i < 3; ++i) {
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown<Alert>());
+        QCOMPARE(top().texts().value(1), u"No model selected."_s);
+        screen().key(Qt::Key_Return);
+        QVERIFY(isClosed());
+    }
+}
+
+void ChatOverlayTests::theAlertOfAnUnavailableModelKeepsTheDraft() {
+    m->conversation.model.state =
+        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+    screen().type("Hello");
+    screen().key(Qt::Key_Return);
+    QVERIFY(shown<Alert>());
+    QCOMPARE(top().texts().value(1), u"Apple Intelligence unavailable: modelNotReady"_s);
+    screen().key(Qt::Key_Return);
+    QVERIFY(isClosed());
+    QCOMPARE(m->field()->text(), u"Hello"_s);
+    QVERIFY(m->bubbles().isEmpty());
+    m->conversation.model.state = Availability::available();
+    screen().key(Qt::Key_Return);
+    m->flush();
+    QCOMPARE(m->bubbles().value(0), u"You: Hello"_s);
+    QVERIFY(!m->overlays()->isPresenting());
+}
+
+void ChatOverlayTests::theWindowBeneathTheAlertHearsNoKey() {
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    m->vm().draft = u"Draft"_s;
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    screen().type("abc");
+    screen().key(Qt::Key_N, Qt::ControlModifier);
+    QVERIFY(shown<Alert>());
+    QCOMPARE(m->vm().draft.value(), u"Draft"_s);
+    QCOMPARE(m->conversation.contents(), (QStringList{u"Hi"_s, u"Hello"_s}));
+    QVERIFY(!m->vm().isGenerating.value());
+}
+
+void ChatOverlayTests::theMenuHasModelsAndAboutWithADividerBetween() {
+    auto* more = screen().widget<platform::PullDownButton>(u"More"_s, QAccessible::ButtonMenu);
+    QCOMPARE(more->icon(), u"ellipsis.circle"_s);
+    QVERIFY(screen().press(u"More"_s, QAccessible::ButtonMenu));
+    QVERIFY(shown<platform::Menu>());
+    QCOMPARE(top().names(QAccessible::MenuItem), (QStringList{u"Models"_s, u"About"_s}));
+    const auto lines = m->overlays()->top()->findChildren<platform::Divider*>();
+    QCOMPARE(lines.size(), 1);
+    const int line = m->placeOf(lines.first()).top();
+    QVERIFY(m->placeOf(top().widget(u"Models"_s)).bottom() < line);
+    QVERIFY(m->placeOf(top().widget(u"About"_s)).top() > line);
+    screen().key(Qt::Key_Escape);
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::theMenuOpensByPointerAndByKey_data() {
+    QTest::addColumn<int>("key"); // none: the pointer
+    QTest::newRow("pointer") << 0;
+    QTest::newRow("Space") << int(Qt::Key_Space);
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Down") << int(Qt::Key_Down);
+}
+
+void ChatOverlayTests::theMenuOpensByPointerAndByKey() {
+    QFETCH(int, key);
+    if (key == 0) {
+        QVERIFY(screen().click(u"More"_s));
+        QVERIFY(shown<platform::Menu>());
+        QVERIFY(screen().click(u"About"_s, QAccessible::MenuItem));
+    } else {
+        screen().widget(u"More"_s)->setFocus();
+        screen().key(Qt::Key(key));
+        QVERIFY(shown<platform::Menu>());
+        screen().key(Qt::Key_Down);
+        screen().key(Qt::Key_Return);
+    }
+    QVERIFY(shown<Sheet>());
+    screen().key(Qt::Key_Escape);
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::modelsOpensAPopoverAtTheButton() {
+    choose(u"Models"_s);
+    auto* popover = shown<Popover>();
+    QVERIFY(popover);
+    QCOMPARE(popover->title(), u"Models"_s);
+    auto* models = popover->findChild<tellwick::ModelsView*>();
+    QVERIFY(models);
+    QCOMPARE(models->size().width(), 360);
+    QVERIFY(top().shows(u"Other Models"_s));
+    QVERIFY(m->placeOf(popover).top() <= m->placeOf(screen().widget(u"More"_s)).bottom() + 1);
+    QVERIFY(m->view->rect().contains(m->placeOf(models)));
+}
+
+void ChatOverlayTests::aboutOpensASheet() {
+    choose(u"About"_s);
+    auto* sheet = shown<Sheet>();
+    QVERIFY(sheet);
+    QCOMPARE(sheet->title(), u"About"_s);
+    auto* about = sheet->findChild<tellwick::AboutView*>();
+    QVERIFY(about);
+    QCOMPARE(about->size().width(), 400);
+    QVERIFY(top().shows(u"Version 2.3.1"_s));
+}
+
+void ChatOverlayTests::screensCloseAndGiveTheFocusToTheField_data() {
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<bool>("byKey");
+    for (const QString& entry : {u"Models"_s, u"About"_s}) {
+        QTest::addRow("%s by Escape", qPrintable(entry)) << entry << true;
+        QTest::addRow("%s by a click outside", qPrintable(entry)) << entry << false;
+    }
+}
+
+void ChatOverlayTests::screensCloseAndGiveTheFocusToTheField() {
+    QFETCH(QString, entry);
+    QFETCH(bool, byKey);
+    screen().widget(u"More"_s)->setFocus();
+    choose(entry);
+    QVERIFY(m->overlays()->isPresenting());
+    QVERIFY(!m->field()->hasFocus());
+    if (byKey)
+        screen().key(Qt::Key_Escape);
+    else
+        screen().clickAt({10, 780});
+    QVERIFY(isClosed());
+    screen().type("x");
+    QCOMPARE(m->vm().draft.value(), u"x"_s);
+}
+
+void ChatOverlayTests::aScreenOpensAgainAndAgain() {
+    for (int i = 0; i < 3; ++i) {
+        choose(u"Models"_s);
+        QVERIFY(shown<Popover>());
+        screen().key(Qt::Key_Escape);
+        QVERIFY(isClosed());
+        choose(u"About"_s);
+        QVERIFY(shown<Sheet>());
+        screen().key(Qt::Key_Escape);
+        QVERIFY(isClosed());
+    }
+}
+
+void ChatOverlayTests::theSheetClosesByItsButton() {
+    choose(u"About"_s);
+    QVERIFY(top().click(u"Close"_s));
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::aModelIsChosenInThePopoverWhichStaysOpen() {
+    m->conversation.server.areAvailable = true;
+    m->conversation.server.listed = QStringList{u"llama"_s};
+    choose(u"Models"_s);
+    QTRY_VERIFY(screen().shows(u"llama"_s, QAccessible::ListItem));
+    QVERIFY(screen().click(u"llama"_s, QAccessible::ListItem));
+    QVERIFY(shown<Popover>());
+    QCOMPARE(m->vm().modelManager->selectedID.value(), u"ollama-llama"_s);
+    screen().key(Qt::Key_Escape);
+    QVERIFY(isClosed());
+    screen().type("Hi");
+    screen().key(Qt::Key_Return);
+    QTRY_COMPARE(m->conversation.server.requests.size(), std::size_t(1));
+    QCOMPARE(m->conversation.server.requests.front().prompt, u"Hi"_s);
+}
+
+void ChatOverlayTests::anErrorOpensTheAlertOverAnOpenScreen() {
+    choose(u"About"_s);
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    screen().key(Qt::Key_Escape);
+    QVERIFY(shown<Sheet>());
+    QVERIFY(!m->vm().availabilityError.value());
+    screen().key(Qt::Key_Escape);
+    QVERIFY(isClosed());
+}
+
+void ChatOverlayTests::theWindowClosesWhileAScreenIsOpen() {
+    choose(u"Models"_s);
+    m->vm().availabilityError = u"No model selected."_s;
+    QVERIFY(shown<Alert>());
+    m->close();
+    QVERIFY(m->open());
+    QVERIFY(!m->overlays()->isPresenting());
+}
+
+QTEST_MAIN(ChatOverlayTests)
+#include "ChatOverlayTests.moc"
