@@ -21,6 +21,7 @@ build     boost                    HTTP over TCP and Unix sockets: Asio and Beas
 build     libmd4c-dev              reads the Markdown of replies
 build     libsqlite3-dev           keeps the conversation
 build     nlohmann-json3-dev       reads and writes JSON
+build     libxcb1-dev              asks X11 window managers to bring the window to the front
 build     bootstrap-icons          the drawings of the icons
 run       qt6-qpa-plugins          connects Qt to the X11 display
 run       ?qt6-wayland             connects Qt to a Wayland display, which is sharper than going through X11
@@ -40,8 +41,7 @@ test      iproute2                 brings up the loopback interface in the tests
 test      desktop-file-utils       checks the desktop entry
 test      appstream                checks the software centre's description
 bench     pkgconf                  finds the X libraries
-bench     libxcb1-dev              watches a program's window from outside
-bench     libxcb-damage0-dev       tells when that window is painted
+bench     libxcb-damage0-dev       tells when a program's window is painted
 bench     xvfb                     the same display for every program measured
 bench     iproute2                 brings up the loopback interface in the measurement's own network
 bench     dbus-daemon              a session bus, as on a desktop

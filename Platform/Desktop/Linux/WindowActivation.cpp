@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/WindowActivation.h"
 
+#include "Platform/Desktop/Linux/X11Activation.h"
+
 #include <QWindow>
 
 namespace platform {
@@ -22,6 +24,7 @@ void activateWindow(QWindow& window, const QByteArray& token) {
     window.raise();
     window.requestActivate();
     qunsetenv("XDG_ACTIVATION_TOKEN");
+    activateOnX11(window, token);
 }
 
 } // namespace platform

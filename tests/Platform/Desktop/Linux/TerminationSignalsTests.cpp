@@ -65,7 +65,7 @@ void TerminationSignalsTests::theCallComesOnTheMainThreadFromTheLoop() {
     const TerminationSignals signals([&thread] { thread = QThread::currentThread(); });
     raise(SIGTERM);
     QVERIFY(!thread);
-    QTRY_COMPARE(thread, qApp->thread());
+    QTRY_COMPARE(thread, QCoreApplication::instance()->thread());
 }
 
 void TerminationSignalsTests::theCallComesOnce() {
