@@ -13,7 +13,6 @@ namespace tests {
 namespace {
 
 constexpr qsizetype headSize = 64;
-constexpr qsizetype feedForwardWidth = 32;
 
 // The template ends in "assistant" and a line feed, so the line feed begins the reply.
 constexpr auto chatTemplate =
@@ -77,8 +76,34 @@ private:
     QByteArrayList m_entries;
 };
 
-void addTensors(GgufWriter& writer, qsizetype width, qsizetype vocabularySize,
-                const std::vector<qsizetype>& successors) {
+struct Shape {
+    qsizetype width;
+    qsizetype feedForwardWidth;
+    qsizetype vocabularySize;
+    int blocks;
+};
+
+/// Blocks whose weights are all zero: they add nothing to what comes in.
+void addBlock(GgufWriter& writer, const Shape& shape, int number) {
+    const QByteArray prefix = "blk." + QByteArray::number(number) + '.';
+    const qsizetype width = shape.width;
+    const qsizetype feedForward = shape.feedForwardWidth;
+    const std::vector<float> ones(static_cast<std::size_t>(width), 1.0F);
+    const auto zeros = [](qsizetype count) {
+        return std::vector<float>(static_cast<std::size_t>(count));
+    };
+    writer.addTensor(prefix + "attn_norm.weight", width, ones);
+    for (const auto* name : {"attn_q", "attn_k", "attn_v", "attn_output"})
+        writer.addTensor(prefix + name + ".weight", width, zeros(width * width));
+    writer.addTensor(prefix + "ffn_norm.weight", width, ones);
+    for (const auto* name : {"ffn_gate", "ffn_up"})
+        writer.addTensor(prefix + name + ".weight", width, zeros(width * feedForward));
+    writer.addTensor(prefix + "ffn_down.weight", feedForward, zeros(width * feedForward));
+}
+
+void addTensors(GgufWriter& writer, const Shape& shape, const std::vector<qsizetype>& successors) {
+    const qsizetype width = shape.width;
+    const qsizetype vocabularySize = shape.vocabularySize;
     const auto zeros = [](qsizetype count) {
         return std::vector<float>(static_cast<std::size_t>(count));
     };
@@ -95,15 +120,8 @@ void addTensors(GgufWriter& writer, qsizetype width, qsizetype vocabularySize,
     writer.addTensor("token_embd.weight", width, std::move(embedding));
     writer.addTensor("output_norm.weight", width, ones);
     writer.addTensor("output.weight", width, std::move(output));
-    writer.addTensor("blk.0.attn_norm.weight", width, ones);
-    for (const auto* name : {"attn_q", "attn_k", "attn_v", "attn_output"})
-        writer.addTensor(QByteArray("blk.0.") + name + ".weight", width, zeros(width * width));
-    writer.addTensor("blk.0.ffn_norm.weight", width, ones);
-    for (const auto* name : {"ffn_gate", "ffn_up"}) {
-        writer.addTensor(QByteArray("blk.0.") + name + ".weight", width,
-                         zeros(width * feedForwardWidth));
-    }
-    writer.addTensor("blk.0.ffn_down.weight", feedForwardWidth, zeros(width * feedForwardWidth));
+    for (int block = 0; block < shape.blocks; ++block)
+        addBlock(writer, shape, block);
 }
 
 } // namespace
@@ -116,6 +134,13 @@ TinyModel TinyModel::sentence() {
 TinyModel TinyModel::endless() {
     return {.tokens = {"one", " two", " three", " four", " five", " six", " seven", " eight,"},
             .isEndless = true};
+}
+
+TinyModel TinyModel::heavy() {
+    TinyModel model = endless();
+    model.blocks = 4;
+    model.width = 1'024;
+    return model;
 }
 
 TinyModel TinyModel::splitCharacters() {
@@ -135,7 +160,12 @@ QByteArray modelFile(const TinyModel& model) {
             throw std::invalid_argument("a token stands twice in the reply");
         chain.push_back(number);
     }
-    const qsizetype width = (vocabulary.size() + headSize - 1) / headSize * headSize;
+    const qsizetype enough = std::max(model.width, vocabulary.size());
+    const qsizetype width = (enough + headSize - 1) / headSize * headSize;
+    const Shape shape{.width = width,
+                      .feedForwardWidth = model.blocks > 1 ? width * 11 / 4 : 32,
+                      .vocabularySize = vocabulary.size(),
+                      .blocks = model.blocks};
 
     std::vector<qsizetype> successors(static_cast<std::size_t>(vocabulary.size()),
                                       vocabulary.end());
@@ -151,8 +181,8 @@ QByteArray modelFile(const TinyModel& model) {
     writer.add("llama.vocab_size", static_cast<quint32>(vocabulary.size()));
     writer.add("llama.context_length", model.contextLength);
     writer.add("llama.embedding_length", static_cast<quint32>(width));
-    writer.add("llama.block_count", 1U);
-    writer.add("llama.feed_forward_length", static_cast<quint32>(feedForwardWidth));
+    writer.add("llama.block_count", static_cast<quint32>(shape.blocks));
+    writer.add("llama.feed_forward_length", static_cast<quint32>(shape.feedForwardWidth));
     writer.add("llama.attention.head_count", heads);
     writer.add("llama.attention.head_count_kv", heads);
     writer.add("llama.attention.layer_norm_rms_epsilon", 1e-6F);
@@ -168,7 +198,7 @@ QByteArray modelFile(const TinyModel& model) {
     writer.add("tokenizer.ggml.padding_token_id", static_cast<quint32>(vocabulary.padding()));
     writer.add("tokenizer.ggml.add_bos_token", false);
     writer.add("tokenizer.chat_template", QByteArray(chatTemplate));
-    addTensors(writer, width, vocabulary.size(), successors);
+    addTensors(writer, shape, successors);
     return writer.file();
 }
 

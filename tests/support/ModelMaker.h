@@ -21,10 +21,17 @@ struct TinyModel {
     /// The longest conversation that the model was made for, in tokens.
     quint32 contextLength = 8192;
 
+    /// Blocks, and numbers to a token's vector: 1 and the smallest possible where speed does not
+    /// matter. More of them cost the engine the time of a real model of that size; the reply stays.
+    int blocks = 1;
+    qsizetype width = 0;
+
     /// "The quick brown fox jumps over a lazy dog."
     static TinyModel sentence();
     /// One word after the other without end.
     static TinyModel endless();
+    /// As endless(), at the speed of a real model of 200 MB.
+    static TinyModel heavy();
     /// "é🦊": six tokens of one byte each.
     static TinyModel splitCharacters();
 };

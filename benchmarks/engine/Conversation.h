@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/LanguageModel/LanguageModelSession.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <stdexcept>
+
+namespace bench {
+
+using Clock = std::chrono::steady_clock;
+
+/// When the first and the last snapshot of a turn reached the main thread, from the request on.
+struct TurnTimes {
+    double firstWord = 0; // milliseconds
+    double lastWord = 0;
+    int snapshots = 0;
+
+    double tokensPerSecond() const { return (snapshots - 1) / (lastWord - firstWord) * 1'000; }
+};
+
+/// The on-device model as the program uses it: replies are consumed on the main thread.
+class Conversation {
+public:
+    explicit Conversation(const platform::LlamaServerPlaces& places)
+        : m_model(m_network, places) {}
+
+    /// One turn from the request to its end; the first one makes the session.
+    TurnTimes turn(const QString& prompt, const platform::GenerationOptions& options = {}) {
+        const Clock::time_point began = Clock::now();
+        if (!m_session)
+            m_session = m_model.makeSession(QStringLiteral("Be kind."));
+        TurnTimes times;
+        bool hasEnded = false;
+        m_scope.start(
+            consume(m_session->streamResponse(prompt, options), &times, &hasEnded, began));
+        while (!hasEnded)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        if (times.snapshots < 2)
+            throw std::runtime_error("the model gave no reply");
+        return times;
+    }
+
+private:
+    static platform::Task<void> consume(platform::AsyncStream<platform::Text> stream,
+                                        TurnTimes* times, bool* hasEnded, Clock::time_point began) {
+        try {
+            while (co_await stream.next()) {
+                const std::chrono::duration<double, std::milli> now = Clock::now() - began;
+                if (times->snapshots++ == 0)
+                    times->firstWord = now.count();
+                times->lastWord = now.count();
+            }
+        } catch (const std::exception&) {
+            times->snapshots = 0;
+        }
+        *hasEnded = true;
+    }
+
+    platform::MainExecutor m_executor;
+    platform::NetworkThread m_network;
+    platform::TaskScope m_scope{m_executor};
+    platform::LlamaServerModel m_model;
+    std::shared_ptr<platform::LanguageModelSession> m_session;
+};
+
+} // namespace bench
