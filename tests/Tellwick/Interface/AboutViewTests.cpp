@@ -200,10 +200,9 @@ void AboutViewTests::theVersionIsThePackagesOrOnePointZero() {
         told.isNull() ? QHash<QString, QString>{{u"Other"_s, u"7"_s}}
                       : QHash<QString, QString>{{ApplicationInformation::versionKey(), told}});
     QCOMPARE(AboutView::version(information), version);
-    const tests::TestWindow window;
+    tests::TestWindow window;
     const tellwick::Environment environment{
-        {window.desktop.theme, const_cast<platform::Pasteboard&>(window.desktop.pasteboard),
-         window.desktop.urlOpener, information},
+        {window.desktop.theme, window.desktop.pasteboard, window.desktop.urlOpener, information},
         *window.overlays};
     new AboutView(environment, window.window.get());
     window.window->show();

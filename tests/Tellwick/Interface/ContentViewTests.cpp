@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+// The window's root view over a real store: the first start, a later appearance, a restart.
+#include "tests/Tellwick/Interface/ChatWindow.h"
+
+#include <QDir>
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+namespace AppConfig = tellwick::AppConfig;
+
+class ContentViewTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<tests::ChatWindow> m;
+
+private Q_SLOTS:
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
+
+    void theControllerIsMadeByTheFirstAppearance();
+    void theFirstStartShowsAnEmptyChatAndStoresOneEmptyRecord();
+    void aSecondAppearanceKeepsTheController();
+    void aSecondAppearanceDuringATurnGoesOnWithIt();
+    void aRestartShowsTheConversationAndSelectsTheOnDeviceModel();
+    void aRestartInTheMiddleOfATurnShowsWhatWasBefore();
+    void severalRecordsLeaveTheNewest();
+    void aStoreThatCannotBeReadShowsAnEmptyChat();
+    void theChatFillsTheWindow();
+    void theGroundFollowsTheTheme();
+};
+
+void ContentViewTests::theControllerIsMadeByTheFirstAppearance() {
+    m->view.emplace(m->desktop.services(), [this] {
+        ++m->controllersMade;
+        m->conversation.start();
+        return m->conversation.controller;
+    });
+    m->view->resize(640, 800);
+    QCoreApplication::processEvents();
+    QVERIFY(!m->view->vm());
+    QVERIFY(!m->chat());
+    QCOMPARE(m->controllersMade, 0);
+    m->view->show();
+    QCOMPARE(m->controllersMade, 1);
+    QVERIFY(m->view->vm());
+    QCOMPARE(m->view->vm(), m->conversation.controller);
+    QVERIFY(m->chat()->isVisible());
+}
+
+void ContentViewTests::theFirstStartShowsAnEmptyChatAndStoresOneEmptyRecord() {
+    QVERIFY(!QFile::exists(m->conversation.file()));
+    QVERIFY(m->open());
+    QVERIFY(m->screen().shows(AppConfig::welcomeMessage()));
+    QVERIFY(m->bubbles().isEmpty());
+    const auto stored = m->conversation.stored();
+    QCOMPARE(stored.size(), 1);
+    QVERIFY(stored.first().roles.isEmpty());
+    QVERIFY(stored.first().contents.isEmpty());
+    m->close();
+    QVERIFY(m->open());
+    QCOMPARE(m->conversation.stored().size(), 1);
+    QCOMPARE(m->conversation.stored().first().identifier, stored.first().identifier);
+}
+
+void ContentViewTests::aSecondAppearanceKeepsTheController() {
+    QVERIFY(m->open());
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    QVERIFY(m->conversation.select({u"llama"_s}, u"llama"_s));
+    m->screen().type("draft");
+    const auto controller = m->view->vm();
+    auto* chat = m->chat();
+    for (int i = 0; i < 3; ++i) {
+        m->view->hide();
+        QCoreApplication::processEvents();
+        m->view->show();
+        QVERIFY(QTest::qWaitForWindowActive(&*m->view));
+        m->flush();
+        QCOMPARE(m->controllersMade, 1);
+        QCOMPARE(m->view->vm(), controller);
+        QCOMPARE(m->chat(), chat);
+        QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+        QCOMPARE(m->field()->text(), u"draft"_s);
+        QCOMPARE(m->vm().modelManager->selectedID.value(), u"ollama-llama"_s);
+    }
+    m->screen().type("s"); // the keyboard is where it was
+    QCOMPARE(m->vm().draft.value(), u"drafts"_s);
+}
+
+void ContentViewTests::aSecondAppearanceDuringATurnGoesOnWithIt() {
+    QVERIFY(m->open());
+    auto& turn = m->conversation.ask(u"Hi"_s);
+    turn.say(u"Hel");
+    QVERIFY(m->conversation.waitForReply(u"Hel"_s));
+    m->view->hide();
+    turn.say(u"Hello");
+    QVERIFY(m->conversation.waitForReply(u"Hello"_s));
+    m->view->show();
+    turn.end();
+    QVERIFY(m->conversation.settle());
+    m->flush();
+    QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+}
+
+void ContentViewTests::aRestartShowsTheConversationAndSelectsTheOnDeviceModel() {
+    QVERIFY(m->open());
+    QVERIFY(m->conversation.select({u"llama"_s}, u"llama"_s));
+    m->vm().setMode(AppConfig::writingModes().first());
+    auto& request = m->conversation.askServer(u"Hi"_s);
+    request.say(u"Hello **you**");
+    request.end();
+    QVERIFY(m->conversation.settle());
+    m->screen().type("draft");
+    m->close();
+
+    QVERIFY(m->open());
+    QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello you"_s}));
+    QCOMPARE(m->vm().modelManager->selectedID.value(), u"apple-intelligence"_s);
+    QVERIFY(m->screen().shows(u"On-device · Private"_s));
+    QVERIFY(!m->vm().activeMode.value());
+    QCOMPARE(m->field()->text(), QString());
+    QVERIFY(!m->vm().isGenerating.value());
+    QVERIFY(m->screen().shows(u"Send"_s));
+}
+
+void ContentViewTests::aRestartInTheMiddleOfATurnShowsWhatWasBefore() {
+    QVERIFY(m->open());
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    m->conversation.ask(u"More"_s).say(u"Half");
+    QVERIFY(m->conversation.waitForReply(u"Half"_s));
+    m->close();
+    QVERIFY(m->open());
+    QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+    QVERIFY(m->screen().shows(u"Send"_s));
+}
+
+void ContentViewTests::severalRecordsLeaveTheNewest() {
+    using std::chrono::seconds;
+    for (const int second : {10, 30, 20})
+        m->conversation.store({u"user"_s}, {u"Number %1"_s.arg(second)},
+                              platform::Instant(seconds(second)));
+    QVERIFY(m->open());
+    QCOMPARE(m->bubbles(), QStringList{u"You: Number 30"_s});
+    m->close();
+    QCOMPARE(m->conversation.stored().size(), 1);
+}
+
+void ContentViewTests::aStoreThatCannotBeReadShowsAnEmptyChat() {
+    QDir().mkpath(QFileInfo(m->conversation.file()).path());
+    const QByteArray foreign = "This is no database. ";
+    {
+        QFile file(m->conversation.file());
+        QVERIFY(file.open(QFile::WriteOnly));
+        file.write(foreign.repeated(1000));
+    }
+    QVERIFY(m->open());
+    QVERIFY(m->screen().shows(AppConfig::tagline()));
+    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+    m->flush();
+    QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+    m->close();
+    QFile file(m->conversation.file());
+    QVERIFY(file.open(QFile::ReadOnly));
+    QCOMPARE(file.readAll(), foreign.repeated(1000));
+}
+
+void ContentViewTests::theChatFillsTheWindow() {
+    QVERIFY(m->open());
+    for (const QSize size : {QSize(640, 800), QSize(1500, 500), QSize(360, 480)}) {
+        m->view->resize(size);
+        QTRY_COMPARE(m->chat()->geometry(), m->view->rect());
+    }
+    m->view->resize(1, 1);
+    QTRY_COMPARE(m->chat()->geometry(), m->view->rect());
+    QVERIFY(m->view->rect().contains(m->placeOf(m->sendButton())));
+}
+
+void ContentViewTests::theGroundFollowsTheTheme() {
+    QVERIFY(m->open());
+    const auto ground = [this] { return m->view->grab().toImage().pixelColor(320, 600); };
+    const QColor light = m->desktop.theme.color(platform::ColorRole::Window);
+    QCOMPARE(ground(), light);
+    m->desktop.theme.setDark(true);
+    m->flush();
+    const QColor dark = m->desktop.theme.color(platform::ColorRole::Window);
+    QVERIFY(dark != light);
+    QCOMPARE(ground(), dark);
+}
+
+QTEST_MAIN(ContentViewTests)
+#include "ContentViewTests.moc"

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// The whole program but for its event loop's first turn: its window, its store, how it quits.
+#include "Platform/Observation/Observer.h"
+#include "Platform/Store/ModelContext.h"
+#include "Tellwick/Conversations/ChatViewModel.h"
+#include "Tellwick/Interface/ContentView.h"
+#include "Tellwick/Interface/TellwickApp.h"
+#include "tests/Tellwick/Interface/ScreenReader.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using tellwick::ContentView;
+using tellwick::TellwickApp;
+
+class TellwickAppTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<QTemporaryDir> m_folder;
+    std::optional<TellwickApp> m_app;
+
+    QString file() const { return m_folder->filePath(u"data/tellwick/conversation.sqlite"_s); }
+
+    static ContentView* window() {
+        ContentView* found = nullptr;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* view = qobject_cast<ContentView*>(widget)) {
+                if (found)
+                    qFatal("there are two windows");
+                found = view;
+            }
+        return found;
+    }
+
+    bool start() {
+        m_app.emplace(*qApp);
+        m_app->openWindow({});
+        return QTest::qWaitForWindowActive(window());
+    }
+
+    /// Runs the event loop with this as the first thing that happens in it; false if the program
+    /// has not quit by itself in time.
+    template <class Action>
+    static bool quitsAfter(Action action) {
+        bool isInTime = true;
+        QTimer watchdog;
+        watchdog.setSingleShot(true);
+        connect(&watchdog, &QTimer::timeout, qApp, [&isInTime] {
+            isInTime = false;
+            QCoreApplication::exit(1);
+        });
+        watchdog.start(10000);
+        QTimer::singleShot(0, qApp, action);
+        const int status = QApplication::exec();
+        return isInTime && status == 0;
+    }
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); }
+    void init() {
+        m_folder.emplace();
+        for (const char* variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
+            qputenv(variable, m_folder->filePath(u"data"_s).toLocal8Bit());
+    }
+    void cleanup() {
+        m_app.reset();
+        m_folder.reset();
+    }
+
+    void theFirstStartOpensAWindowOf640By800OverOneEmptyRecord();
+    void aStartShowsTheStoredConversation();
+    void aSecondRequestToOpenKeepsTheWindow();
+    void controlQQuits();
+    void controlQQuitsWhileTheMenuIsOpen();
+    void closingTheWindowQuits();
+    void theEndOfTheProgramTakesNoTime();
+};
+
+void TellwickAppTests::theFirstStartOpensAWindowOf640By800OverOneEmptyRecord() {
+    QVERIFY(!QFile::exists(file()));
+    QVERIFY(start());
+    QCOMPARE(window()->size(), QSize(640, 800));
+    QCOMPARE(window()->windowTitle(), u"Tellwick"_s);
+    QVERIFY(tests::ScreenReader(window()).shows(tellwick::AppConfig::tagline()));
+    QCOMPARE(window()->vm()->modelManager->selectedID.value(), u"apple-intelligence"_s);
+    const auto container = tellwick::conversationStore(file());
+    platform::ModelContext context(container);
+    const auto sessions = context.fetch(tellwick::ChatSession::newestFirst());
+    QCOMPARE(sessions.size(), 1);
+    QVERIFY(sessions.first()->roles.value().isEmpty());
+    QVERIFY(sessions.first()->contents.value().isEmpty());
+    QCOMPARE(QFile::permissions(file()) & (QFile::ReadGroup | QFile::ReadOther), 0);
+}
+
+void TellwickAppTests::aStartShowsTheStoredConversation() {
+    {
+        const auto container = tellwick::conversationStore(file());
+        platform::ModelContext context(container);
+        const auto session = std::make_shared<tellwick::ChatSession>();
+        session->roles = QStringList{u"user"_s, u"assistant"_s};
+        session->contents = QStringList{u"Hi"_s, u"**Hello**"_s};
+        context.insert(session);
+        context.save();
+    }
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(start());
+        QCOMPARE(tests::ScreenReader(window()).names(QAccessible::ListItem),
+                 (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+        m_app.reset();
+        QVERIFY(!window());
+    }
+}
+
+void TellwickAppTests::aSecondRequestToOpenKeepsTheWindow() {
+    QVERIFY(start());
+    auto* first = window();
+    const auto controller = first->vm();
+    first->resize(700, 600);
+    m_app->openWindow("token");
+    QCoreApplication::processEvents();
+    QCOMPARE(window(), first);
+    QCOMPARE(first->vm(), controller);
+    QCOMPARE(first->size(), QSize(700, 600));
+}
+
+void TellwickAppTests::controlQQuits() {
+    QVERIFY(start());
+    QVERIFY(quitsAfter([] { tests::ScreenReader(window()).key(Qt::Key_Q, Qt::ControlModifier); }));
+}
+
+void TellwickAppTests::controlQQuitsWhileTheMenuIsOpen() {
+    QVERIFY(start());
+    QVERIFY(quitsAfter([] {
+        const tests::ScreenReader screen(window());
+        QVERIFY(screen.press(u"More"_s, QAccessible::ButtonMenu));
+        QVERIFY(screen.shows(u"About"_s, QAccessible::MenuItem));
+        screen.key(Qt::Key_Q, Qt::ControlModifier);
+    }));
+}
+
+void TellwickAppTests::closingTheWindowQuits() {
+    QVERIFY(start());
+    QVERIFY(quitsAfter([] { window()->close(); }));
+}
+
+void TellwickAppTests::theEndOfTheProgramTakesNoTime() {
+    QVERIFY(start());
+    QElapsedTimer clock;
+    clock.start();
+    m_app.reset();
+    QVERIFY(clock.elapsed() < 2000);
+}
+
+QTEST_MAIN(TellwickAppTests)
+#include "TellwickAppTests.moc"
