@@ -20,6 +20,7 @@ build     qt6-base-dev             windows, text, D-Bus: Qt Core, Gui, Widgets, 
 build     boost                    HTTP over TCP and Unix sockets: Asio and Beast, headers only
 build     libmd4c-dev              reads the Markdown of replies
 build     libsqlite3-dev           keeps the conversation
+build     libfontconfig-dev        reads the font configuration ahead of the first text
 build     nlohmann-json3-dev       reads and writes JSON
 build     libxcb1-dev              asks X11 window managers to bring the window to the front
 build     bootstrap-icons          the drawings of the icons

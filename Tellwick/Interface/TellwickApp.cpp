@@ -4,6 +4,7 @@
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Desktop/AppearanceSettings.h"
 #include "Platform/Desktop/ApplicationInformation.h"
+#include "Platform/Desktop/FontWarmUp.h"
 #include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/TerminationSignals.h"
@@ -134,6 +135,7 @@ int TellwickApp::main(int argc, char** argv) {
         return 1;
     }
 
+    const platform::FontWarmUp fonts;
     QCoreApplication::setApplicationName(AppConfig::appName());
     QCoreApplication::setApplicationVersion(QStringLiteral(TELLWICK_VERSION));
     QGuiApplication::setDesktopFileName(u"tellwick"_s);
