@@ -66,9 +66,16 @@ double treeKilobytes(pid_t pid) {
 
 } // namespace
 
-RunningProgram::RunningProgram(const std::string& path)
-    : m_folder(makeFolder()) {
-    std::vector<std::string> environment = environmentIn(m_folder);
+UserFolders::UserFolders()
+    : m_path(makeFolder()) {}
+
+UserFolders::~UserFolders() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+RunningProgram::RunningProgram(const std::string& path, const UserFolders& user) {
+    std::vector<std::string> environment = environmentIn(user.path());
     std::vector<char*> variables;
     for (std::string& entry : environment)
         variables.push_back(entry.data());
@@ -79,10 +86,8 @@ RunningProgram::RunningProgram(const std::string& path)
     m_started = Clock::now();
     const int error =
         posix_spawn(&m_pid, path.c_str(), nullptr, nullptr, arguments, variables.data());
-    if (error != 0) {
-        std::filesystem::remove_all(m_folder);
+    if (error != 0)
         throw std::system_error(error, std::generic_category(), path);
-    }
 }
 
 RunningProgram::~RunningProgram() {
@@ -90,8 +95,6 @@ RunningProgram::~RunningProgram() {
         kill(m_pid, SIGTERM);
         waitpid(m_pid, nullptr, 0);
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
 }
 
 double RunningProgram::proportionalSetSize() const {

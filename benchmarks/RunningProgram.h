@@ -11,12 +11,26 @@ namespace bench {
 
 using Clock = std::chrono::steady_clock;
 
-/// A program under measurement: started as by a new user, with empty data, configuration and
-/// runtime folders of its own; ended, and its folders removed, with this object.
+/// The data, configuration and runtime folders of a user who has none yet; removed with this
+/// object.
+class UserFolders {
+public:
+    UserFolders();
+    ~UserFolders();
+    UserFolders(const UserFolders&) = delete;
+    UserFolders& operator=(const UserFolders&) = delete;
+
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// A program under measurement, started with a user's folders; ended with this object.
 class RunningProgram {
 public:
     /// Starts the program. Throws std::system_error when it cannot be started.
-    explicit RunningProgram(const std::string& path);
+    RunningProgram(const std::string& path, const UserFolders& user);
     ~RunningProgram();
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
@@ -32,7 +46,6 @@ public:
     void expectAlive();
 
 private:
-    std::filesystem::path m_folder;
     Clock::time_point m_started;
     pid_t m_pid = -1;
 };
