@@ -429,8 +429,12 @@ void ModelsViewTests::aListOfTwoThousandModelsIsShown() {
     for (int i = 0; i < 2000; ++i)
         names.append(u"model-%1"_s.arg(i));
     QVERIFY(m->openOver(names));
-    QCOMPARE(m->rows().size(), 2001);
-    QVERIFY(m->screen().press(u"model-1999"_s, QAccessible::ListItem));
+    // Not through the reader: it walks to each element from the first one on.
+    const auto rows = m->view->findChildren<ModelRow*>();
+    QCOMPARE(rows.size(), 2001);
+    QCOMPARE(rows.last()->title(), u"model-1999"_s);
+    QVERIFY(rows.last()->isVisible());
+    rows.last()->click();
     QCOMPARE(m->manager().selectedID.value(), u"ollama-model-1999"_s);
 }
 
