@@ -14,27 +14,12 @@ namespace bench {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QProcessEnvironment environment() {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QByteArray& entry : platform::LlamaServerCommand::environment().defaults) {
-        const qsizetype equals = entry.indexOf('=');
-        environment.insert(QString::fromUtf8(entry.left(equals)),
-                           QString::fromUtf8(entry.mid(equals + 1)));
-    }
-    return environment;
-}
-
-} // namespace
-
 DirectEngine::DirectEngine(const QString& program, const QString& modelFile,
                            const QString& socketPath)
     : m_socketPath(socketPath) {
     const platform::LlamaServerCommand command(platform::contextSizeFor(0),
                                                platform::LlamaServerModel::defaultIdleTime);
     QFile::remove(socketPath);
-    m_engine.setProcessEnvironment(environment());
     m_engine.setStandardErrorFile(QProcess::nullDevice());
     m_engine.setStandardOutputFile(QProcess::nullDevice());
     m_engine.start(program, command.arguments(modelFile, socketPath));
@@ -80,7 +65,6 @@ double DirectEngine::firstWord() {
 
 double ownTokensPerSecond(const QString& program, const QString& modelFile, int tokens) {
     QProcess process;
-    process.setProcessEnvironment(environment());
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(program,
                   {u"--model"_s, modelFile, u"--n-prompt"_s, u"0"_s, u"--n-gen"_s,

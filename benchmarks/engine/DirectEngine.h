@@ -6,8 +6,8 @@
 
 namespace bench {
 
-/// The engine started by hand and asked by curl, with the options that the program gives it: what a
-/// turn costs without the program.
+/// The engine started by hand and asked by curl, with the options that the program gives it but in
+/// the caller's own environment: what a turn costs without the program.
 class DirectEngine {
 public:
     /// Starts the engine and returns at once.
