@@ -39,7 +39,11 @@ LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
     reload();
 }
 
-LazyColumn::~LazyColumn() = default;
+LazyColumn::~LazyColumn() {
+    // The focus leaves the rows when they are destroyed, and then this is no column any more.
+    disconnect(qApp, nullptr, this, nullptr);
+    QScroller::ungrabGesture(this);
+}
 
 int LazyColumn::rowWidth() const {
     return std::max(1, std::min(width(), Theme::columnWidth) - 2 * Theme::defaultPadding);

@@ -288,9 +288,9 @@ void TextFlow::drawCodeGrounds(QPainter& painter, const QPointF& corner, const Q
         const qsizetype from = std::max(range.start, chunk.start);
         const qsizetype to = std::min(range.end(), chunk.start + chunk.length);
         for (const QRectF& rect : rects(from, to)) {
-            const QRectF ground = rect.translated(origin).adjusted(-2, 0.5, 2, -0.5);
+            const QRectF ground = rect.translated(origin).adjusted(-1.5, 1, 1.5, -1);
             if (ground.intersects(clip))
-                painter.drawRoundedRect(ground, 3, 3);
+                painter.drawRoundedRect(ground, 4, 4);
         }
         painter.restore();
     }

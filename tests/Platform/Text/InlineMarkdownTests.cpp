@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Text/InlineMarkdown.h"
 
-#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QTest>
+
+#include <algorithm>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 using platform::InlineMarkdown;
@@ -396,24 +398,26 @@ void InlineMarkdownTests::hostileTextCostsNoMoreThanItsLength_data() {
 
 void InlineMarkdownTests::hostileTextCostsNoMoreThanItsLength() {
     QFETCH(QString, piece);
+    // Processor time, for other programs may run beside the test.
     const auto cost = [&](qsizetype size) {
         const QString source = piece.repeated(size / piece.size());
-        QElapsedTimer timer;
-        timer.start();
+        const std::clock_t begin = std::clock();
         const StyledText parsed = InlineMarkdown::parse(source);
-        const qint64 spent = timer.nsecsElapsed();
+        const std::clock_t spent = std::clock() - begin;
         if (parsed.text.size() > source.size() + 1)
             qFatal("more text than there was");
-        return spent;
+        return static_cast<double>(spent) / CLOCKS_PER_SEC;
     };
-    qint64 small = cost(1 << 15);
-    qint64 large = cost(1 << 18);
+    double small = cost(1 << 15);
+    double large = cost(1 << 17);
     for (int again = 0; again < 2; ++again) {
         small = std::min(small, cost(1 << 15));
-        large = std::min(large, cost(1 << 18));
+        large = std::min(large, cost(1 << 17));
     }
-    // Eight times the text: anything quadratic would cost 64 times as much.
-    QVERIFY2(large < 24 * small + 20'000'000, qPrintable(u"%1 and %2 ns"_s.arg(small).arg(large)));
+    // Four times the text: anything quadratic would cost 16 times as much.
+    QVERIFY2(large < 9 * small + 0.01, qPrintable(u"%1 and %2 s"_s.arg(small).arg(large)));
+    if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
+        qInfo("%.2f ms for 128 KB", large * 1000);
 }
 
 void InlineMarkdownTests::rangesAreSortedAndDoNotOverlap() {
