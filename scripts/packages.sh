@@ -10,7 +10,7 @@
 # Groups: build    compile the program           run      open its window
 #         model    fetch the on-device model     headless show the window where there is no display
 #         test     run the tests                 bench    run the benchmarks
-#         package  make a Debian package
+#         package  make a Debian package         pictures picture the window for the documents
 package_list() {
     cat <<'END'
 build     g++                      the C++20 compiler
@@ -46,6 +46,16 @@ bench     libxcb-damage0-dev       tells when a program's window is painted
 bench     xvfb                     the same display for every program measured
 bench     iproute2                 brings up the loopback interface in the measurement's own network
 bench     dbus-daemon              a session bus, as on a desktop
+pictures  xvfb                     a display in memory
+pictures  openbox                  a window manager, which gives the window the focus
+pictures  xdotool                  types and clicks
+pictures  x11-apps                 reads a window's pixels (xwd)
+pictures  netpbm                   makes a PNG picture of them
+pictures  dbus-daemon              a session bus for the settings of the acted desktop
+pictures  fonts-inter              the font of the acted desktop
+pictures  fonts-dejavu-core        its monospaced font
+pictures  fonts-noto-color-emoji   emoji in messages
+pictures  iproute2                 brings up the loopback interface in the pictures' own network
 package   dpkg-dev                 finds the packages of the libraries the program is linked with
 package   file                     tells programs from other files in the package
 END

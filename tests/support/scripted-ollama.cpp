@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A stand-in for the local model server, to try the window by hand and to picture it:
-//     scripted-ollama [--port 11434] [--rate 40] [--models 3] [--latency 300] [--reply FILE]
-// It lists a few models and answers every chat with the same Markdown text, word by word, at the
-// given number of tokens a second (0: as fast as it can be sent).
+//     scripted-ollama [--port 11434] [--rate 40] [--models 3] [--latency 300] [--hold 12]
+//                     [--reply FILE]…
+// It lists a few models and answers every chat with a Markdown text, word by word, at the given
+// number of tokens a second (0: as fast as it can be sent); with several texts, each turn of a
+// conversation gets the next. It can hold a reply back after some words. Each answered request is a
+// line on its standard output.
 #include "tests/support/LoopbackServer.h"
 
 #include <QCommandLineParser>
@@ -36,8 +39,15 @@ struct Settings {
     int wordsPerSecond = 40;
     int models = 3;
     int latency = 300;
-    QString reply = cannedReply;
+    int hold = -1; ///< words after which a reply stands still; negative: none does
+    QStringList replies{cannedReply};
 };
+
+/// One line for whoever watches.
+void say(const char* line) {
+    std::puts(line);
+    std::fflush(stdout);
+}
 
 QByteArray compact(const QJsonObject& object) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
@@ -104,24 +114,35 @@ void chat(LoopbackConnection& connection, const Settings& settings) {
         return;
     connection.send("HTTP/1.1 200 OK\r\nContent-Type: application/x-ndjson\r\n"
                     "Transfer-Encoding: chunked\r\n\r\n");
-    for (const QString& word : words(settings.reply)) {
+    // The question on its own, after the system prompt and two messages for each turn before it.
+    const qsizetype turn = (request.value(u"messages"_s).toArray().size() - 1) / 2;
+    int sent = 0;
+    for (const QString& word : words(settings.replies[turn % settings.replies.size()])) {
+        if (sent++ == settings.hold) {
+            say("holding");
+            connection.holdUntilGone();
+            return;
+        }
         if (!sendChunk(connection, chatLine(model, word, false)))
             return;
         if (settings.wordsPerSecond > 0 &&
             !connection.pause(std::chrono::milliseconds(1000 / settings.wordsPerSecond)))
             return;
     }
-    if (sendChunk(connection, chatLine(model, QString(), true)))
-        sendChunk(connection, {});
+    if (sendChunk(connection, chatLine(model, QString(), true)) && sendChunk(connection, {}))
+        say("answered");
 }
 
 void serve(LoopbackConnection& connection, const Settings& settings) {
-    if (connection.request().target == "/api/tags")
+    if (connection.request().target == "/api/tags") {
         answer(connection, 200, listing(settings.models));
-    else if (connection.request().target == "/api/chat" && connection.request().method == "POST")
+        say("listed");
+    } else if (connection.request().target == "/api/chat" &&
+               connection.request().method == "POST") {
         chat(connection, settings);
-    else
+    } else {
         answer(connection, 404, R"({"error":"not found"})");
+    }
 }
 
 bool readSettings(Settings& settings) {
@@ -131,20 +152,25 @@ bool readSettings(Settings& settings) {
     const QCommandLineOption rate(u"rate"_s, u"Words (tokens) a second."_s, u"number"_s, u"40"_s);
     const QCommandLineOption models(u"models"_s, u"Models listed."_s, u"number"_s, u"3"_s);
     const QCommandLineOption latency(u"latency"_s, u"Wait before a reply."_s, u"ms"_s, u"300"_s);
-    const QCommandLineOption reply(u"reply"_s, u"Text of the reply."_s, u"file"_s);
-    parser.addOptions({port, rate, models, latency, reply});
+    const QCommandLineOption hold(u"hold"_s, u"Words before a reply stands still."_s, u"number"_s,
+                                  u"-1"_s);
+    const QCommandLineOption reply(u"reply"_s, u"Text of a reply."_s, u"file"_s);
+    parser.addOptions({port, rate, models, latency, hold, reply});
     parser.process(*QCoreApplication::instance());
     settings.port = parser.value(port).toUShort();
     settings.wordsPerSecond = parser.value(rate).toInt();
     settings.models = parser.value(models).toInt();
     settings.latency = parser.value(latency).toInt();
-    if (parser.isSet(reply)) {
-        QFile file(parser.value(reply));
+    settings.hold = parser.value(hold).toInt();
+    if (parser.isSet(reply))
+        settings.replies.clear();
+    for (const QString& name : parser.values(reply)) {
+        QFile file(name);
         if (!file.open(QIODevice::ReadOnly)) {
-            std::fprintf(stderr, "Cannot read %s.\n", qPrintable(file.fileName()));
+            std::fprintf(stderr, "Cannot read %s.\n", qPrintable(name));
             return false;
         }
-        settings.reply = QString::fromUtf8(file.readAll());
+        settings.replies.append(QString::fromUtf8(file.readAll()));
     }
     return true;
 }

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// A settings portal for the window to be pictured with: says what it is told to on the session bus,
+// and that no motion is wanted.
+//
+//   scripted-portal light|dark
+#include "ScriptedPortal.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const QString scheme = application.arguments().value(1);
+    if (scheme != u"light" && scheme != u"dark") {
+        std::fputs("Usage: scripted-portal light|dark\n", stderr);
+        return 2;
+    }
+    const auto appearance = u"org.freedesktop.appearance"_s;
+    ScriptedPortal portal(QDBusConnection::sessionBus());
+    portal.setValue(appearance, u"color-scheme"_s, scheme == u"dark" ? 1U : 2U);
+    portal.setValue(appearance, u"reduced-motion"_s, 1U);
+    if (!portal.appear()) {
+        std::fputs("There is no session bus, or another portal on it.\n", stderr);
+        return 1;
+    }
+    std::puts("ready");
+    std::fflush(stdout);
+    return application.exec();
+}
