@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/InsetSection.h"
 
+#include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/InsetCard.h"
 #include "Platform/Widgets/Label.h"
 
@@ -11,7 +12,8 @@ namespace platform {
 
 namespace {
 
-constexpr int inset = 14; // of texts from the card's edge
+constexpr int inset = 14;          // of texts from the card's edge
+constexpr qreal headerHeight = 24; // the same with an item and without
 
 } // namespace
 
@@ -26,6 +28,8 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     title->setHeading(true);
     m_headerRow->setContentsMargins(inset, 0, inset / 2, 0);
     m_headerRow->addWidget(title, 1);
+    observe(title,
+            [&theme, title] { title->setMinimumHeight(qRound(theme.scaled(headerHeight))); });
     m_card->setAccessibleName(header);
     m_card->raise(); // read out after its heading
 

@@ -13,8 +13,8 @@ namespace platform {
 namespace {
 
 constexpr int arrowHeight = 9;
-constexpr int arrowHalfWidth = 11;
-constexpr int air = 8; // between the body and the window's edge
+constexpr int arrowHalfWidth = 10;
+constexpr int air = 5; // between the body and the window's edge: the arrow reaches a button there
 constexpr int tallest = 620;
 
 } // namespace

@@ -272,6 +272,7 @@ QWidget* ChatView::inputBar() {
         button->setIcon(isGenerating ? u"stop.circle.fill"_s : u"arrow.up.circle.fill"_s);
         button->setName(isGenerating ? u"Stop"_s : u"Send"_s);
         button->setColorRole(sendButtonColor());
+        button->setSymbolOpacity(button->colorRole() == ColorRole::SecondaryLabel ? 0.7 : 1.0);
     });
 
     row->addWidget(m_field, 1, Qt::AlignBottom);

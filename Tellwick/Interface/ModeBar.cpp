@@ -25,6 +25,7 @@ ModeBar::ModeBar(const Theme& theme, QWidget* parent)
     m_label->setColorRole(ColorRole::Accent);
     m_clear->setRound(true);
     m_clear->setPadding(3);
+    m_clear->setSymbolOpacity(0.75);
     auto* row = new QHBoxLayout(this);
     row->setSpacing(Theme::defaultSpacing);
     row->setContentsMargins(16, 8, 16, 8);

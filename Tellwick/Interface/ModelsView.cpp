@@ -132,7 +132,7 @@ QWidget* ModelsView::emptyListNotice() {
     auto* notice = new QWidget;
     auto* row = new QHBoxLayout(notice);
     row->setSpacing(10);
-    row->setContentsMargins(12, 4 + 6, 12, 4 + 6);
+    row->setContentsMargins(14, 4 + 6, 14, 4 + 6); // as the rows that may stand in its place
     auto* icon = new platform::IconView(theme, u"info.circle"_s, TextStyle::Body);
     icon->setColorRole(ColorRole::SecondaryLabel);
     auto* texts = new QVBoxLayout;
