@@ -20,6 +20,11 @@ public:
         } else if (text.isEmpty() && kind == QAccessible::Description) {
             text = element().accessibleDetail();
         }
+        // Without a description, a tool tip stands in for it: one that says the name again is
+        // noise.
+        if (kind == QAccessible::Description && text == this->text(QAccessible::Name)) {
+            text.clear();
+        }
         return text;
     }
 

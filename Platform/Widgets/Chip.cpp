@@ -23,6 +23,10 @@ QSize Chip::sizeHint() const {
     return line.size() + QSize(2 * Theme::chipPaddingX, 2 * Theme::chipPaddingY);
 }
 
+QString Chip::accessibleDetail() const {
+    return isChecked() ? QStringLiteral("Pressed") : QString();
+}
+
 void Chip::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     const QRectF area = rect();

@@ -16,6 +16,10 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
+    /// The accessibility bus of Qt 6.4 has no toggle buttons, and few screen readers say of a plain
+    /// button that it is pressed: so it is said here, too.
+    QString accessibleDetail() const override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 

@@ -5,6 +5,7 @@
 #include "Platform/Widgets/OverlayScrollBar.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QAccessibleWidget>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QInputMethod>
@@ -37,12 +38,34 @@ bool hasLongWord(QStringView text) {
     return false;
 }
 
+/// What the editor paints on. Assistive technology meets the field alone: there is the focus, which
+/// Qt reports of this one as well.
+class ViewportAccessible final : public QAccessibleWidget {
+public:
+    using QAccessibleWidget::QAccessibleWidget;
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.invisible = true;
+        state.focusable = false;
+        state.focused = false;
+        return state;
+    }
+};
+
+QAccessibleInterface* makeViewportAccessible(const QString&, QObject* object) {
+    const auto* field = object ? qobject_cast<GrowingTextField*>(object->parent()) : nullptr;
+    auto* widget = qobject_cast<QWidget*>(object);
+    return field && widget == field->viewport() ? new ViewportAccessible(widget) : nullptr;
+}
+
 } // namespace
 
 GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
     : QPlainTextEdit(parent)
     , m_theme(theme)
     , m_bar(new OverlayScrollBar(theme, this)) {
+    QAccessible::installFactory(makeViewportAccessible); // once for all fields
     setFrameShape(QFrame::NoFrame);
     // The editor asks for one pixel more than its lines take, or else it scrolls.
     setViewportMargins(Theme::fieldPaddingX, Theme::fieldPaddingY, Theme::fieldPaddingX,

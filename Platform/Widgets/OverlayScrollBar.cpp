@@ -23,6 +23,7 @@ constexpr int shownFor = 900; // milliseconds
 OverlayScrollBar::OverlayScrollBar(const Theme& theme, QWidget* parent)
     : QAbstractSlider(parent)
     , m_theme(theme) {
+    setRange(0, 0); // nothing to scroll until the owner says otherwise
     setOrientation(Qt::Vertical);
     setFocusPolicy(Qt::NoFocus);
     setCursor(Qt::ArrowCursor);
@@ -35,6 +36,11 @@ OverlayScrollBar::OverlayScrollBar(const Theme& theme, QWidget* parent)
 
 QSize OverlayScrollBar::sizeHint() const {
     return {trackWidth, 100};
+}
+
+void OverlayScrollBar::addAccessibleState(QAccessible::State& state) const {
+    if (thumb().isEmpty())
+        state.invisible = true;
 }
 
 QRect OverlayScrollBar::thumb() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Widgets/Accessible.h"
 #include "Platform/Widgets/Theme.h"
 
 #include <QAbstractSlider>
@@ -10,9 +11,9 @@ namespace platform {
 
 /// A thin vertical scroll bar that lies over the content it scrolls.
 ///
-/// It is seen for a moment after the user has scrolled (its owner calls flash()) and while the pointer
-/// is over it; it takes no room and no focus. Used as any slider: range, page step, value.
-class OverlayScrollBar : public QAbstractSlider {
+/// It is seen for a moment after the user has scrolled (its owner calls flash()) and while the
+/// pointer is over it; it takes no room and no focus. Used as any slider: range, page step, value.
+class OverlayScrollBar : public QAbstractSlider, public AccessibleElement {
     Q_OBJECT
 
 public:
@@ -26,6 +27,10 @@ public:
     QRect thumb() const;
 
     QSize sizeHint() const override;
+
+    QAccessible::Role accessibleRole() const override { return QAccessible::ScrollBar; }
+    /// Not there for assistive technology while there is nothing to scroll.
+    void addAccessibleState(QAccessible::State& state) const override;
 
 protected:
     void enterEvent(QEnterEvent* event) override;

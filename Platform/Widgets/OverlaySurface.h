@@ -44,6 +44,8 @@ public:
     void setBodyGeometry(const QRect& body);
 
     QAccessible::Role accessibleRole() const override { return QAccessible::Dialog; }
+    /// The keyboard stays inside.
+    void addAccessibleState(QAccessible::State& state) const override { state.modal = true; }
 
 protected:
     const Theme& theme() const { return m_theme; }

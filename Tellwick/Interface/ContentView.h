@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Widgets/Accessible.h"
 #include "Platform/Widgets/OverlayHost.h"
 #include "Tellwick/Interface/Environment.h"
 
@@ -16,7 +17,7 @@ class ChatViewModel;
 
 /// The root view of the window. It makes the window's one conversation controller when it first
 /// appears, keeps it for its life, and shows the chat screen with it.
-class ContentView final : public QWidget {
+class ContentView final : public QWidget, public platform::AccessibleElement {
     Q_OBJECT
 
 public:
@@ -27,6 +28,8 @@ public:
 
     /// The controller; none before the first appearance.
     const std::shared_ptr<ChatViewModel>& vm() const { return m_vm; }
+
+    QAccessible::Role accessibleRole() const override { return QAccessible::Window; }
 
 protected:
     void showEvent(QShowEvent* event) override;
