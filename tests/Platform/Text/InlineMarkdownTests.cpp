@@ -186,8 +186,9 @@ void InlineMarkdownTests::inlineMarkupIsRead_data() {
     row("no image", u"!\\[foo]"_s, u"![foo]"_s);
 
     row("empty", u""_s, u""_s);
-    row("nul", QString(u"a**"_s + QChar(0) + u"**`"_s + QChar(0) + u'`'),
-        u"a{s:\ufffd}{c:\ufffd}"_s);
+    // A letter beside it: parsers disagree on whether what stands for a NUL is punctuation.
+    row("nul", QString(u"**a"_s + QChar(0) + u"**`"_s + QChar(0) + u'`'),
+        u"{s:a\ufffd}{c:\ufffd}"_s);
     row("lone surrogate", QString(u"*a"_s + QChar(0xd83d) + u'*'),
         QString(u"{e:a"_s + QChar(0xd83d) + u'}'));
     row("emoji", u"**\U0001f469\u200d\U0001f4bb ok**\U0001f600"_s,
