@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Concurrency/TaskScope.h"
 
+#include "Platform/Concurrency/Errors.h"
+
 #include <unordered_set>
 
 namespace platform {
@@ -29,7 +31,11 @@ struct Root {
 };
 
 Root run(Task<void> task, std::function<void()> onEnd) {
-    co_await task;
+    try {
+        co_await task;
+    } catch (const CancellationError&) {
+        // Cancelled work has ended; there is nothing to tell.
+    }
     onEnd();
 }
 
