@@ -32,8 +32,9 @@ public:
     TaskScope& operator=(const TaskScope&) = delete;
     ~TaskScope();
 
-    /// Starts the task by a later turn of the executor and returns at once. Any thread. An
-    /// exception that leaves the task ends the program: a started task has nobody to report to.
+    /// Starts the task by a later turn of the executor and returns at once. Any thread. A
+    /// CancellationError that leaves the task ends it quietly; any other exception ends the program,
+    /// for a started task has nobody to report to.
     TaskHandle start(Task<void> task);
 
     Executor& executor() const { return m_executor; }

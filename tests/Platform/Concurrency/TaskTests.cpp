@@ -81,6 +81,7 @@ private Q_SLOTS:
     void theOtherScopeOfRunOnMayGoFirst();
     void aTaskThatHasEndedHoldsNothing();
     void aTaskThatWasNeverBegunIsDestroyedWithTheScope();
+    void aTaskThatACancellationEndsEndsQuietly();
 };
 
 namespace {
@@ -132,6 +133,11 @@ Task<void> visitInVain(TaskScope& other, std::shared_ptr<Places> places) {
         places->hasFailed = true;
     }
     places->hasEnded = true;
+}
+
+Task<void> endByCancellation(std::shared_ptr<int> value) {
+    ++*value;
+    co_await failing();
 }
 
 Task<void> hold(std::shared_ptr<int> value) {
@@ -274,6 +280,15 @@ void TaskTests::aTaskThatWasNeverBegunIsDestroyedWithTheScope() {
     }
     QCOMPARE(value.use_count(), 1);
     QCOMPARE(*value, 0);
+}
+
+void TaskTests::aTaskThatACancellationEndsEndsQuietly() {
+    MainExecutor executor;
+    TaskScope scope(executor);
+    const auto value = std::make_shared<int>(0);
+    scope.start(endByCancellation(value));
+    QTRY_COMPARE(*value, 1);
+    QTRY_COMPARE(value.use_count(), 1);
 }
 
 QTEST_GUILESS_MAIN(TaskTests)
