@@ -33,8 +33,8 @@ public:
     ~TaskScope();
 
     /// Starts the task by a later turn of the executor and returns at once. Any thread. A
-    /// CancellationError that leaves the task ends it quietly; any other exception ends the program,
-    /// for a started task has nobody to report to.
+    /// CancellationError that leaves the task ends it quietly; any other exception ends the
+    /// program, for a started task has nobody to report to.
     TaskHandle start(Task<void> task);
 
     Executor& executor() const { return m_executor; }
