@@ -51,10 +51,9 @@ double treeKilobytes(pid_t pid) {
     const std::string folder = "/proc/" + std::to_string(pid);
     double sum = 0;
     std::ifstream memory(folder + "/smaps_rollup");
-    for (std::string line; std::getline(memory, line);) {
+    for (std::string line; std::getline(memory, line);)
         if (line.starts_with("Pss:"))
             sum += std::stod(line.substr(4));
-    }
     std::error_code ignored;
     for (const auto& task : std::filesystem::directory_iterator(folder + "/task", ignored)) {
         std::ifstream children(task.path() / "children");

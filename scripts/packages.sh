@@ -41,6 +41,7 @@ test      sqlite3                  reads the stored conversation as a user would
 test      iproute2                 brings up the loopback interface in the tests' own network
 test      desktop-file-utils       checks the desktop entry
 test      appstream                checks the software centre's description
+test      clang-format             checks how the sources are written
 bench     pkgconf                  finds the X libraries
 bench     libxcb-damage0-dev       tells when a program's window is painted
 bench     xvfb                     the same display for every program measured

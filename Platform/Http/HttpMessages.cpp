@@ -4,10 +4,9 @@
 namespace platform {
 
 QByteArray HttpHead::header(QByteArrayView name) const {
-    for (const auto& [field, value] : headers) {
+    for (const auto& [field, value] : headers)
         if (name.compare(field, Qt::CaseInsensitive) == 0)
             return value;
-    }
     return {};
 }
 

@@ -3,7 +3,7 @@
 
 #include "Platform/Concurrency/AsyncStream.h"
 #include "Platform/LanguageModel/GenerationOptions.h"
-#include "Platform/Text/Text.h"
+#include "Platform/Text/TextSnapshot.h"
 
 #include <QString>
 
@@ -25,8 +25,8 @@ public:
     /// Each element of the stream is the whole reply so far. The stream ends when the reply is
     /// complete, or fails with a LocalizedError; a turn that failed is not remembered. A stream
     /// that is dropped early does not stop the turn: it is answered to its end and remembered.
-    virtual AsyncStream<Text> streamResponse(const QString& prompt,
-                                             const GenerationOptions& options) = 0;
+    virtual AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
+                                                     const GenerationOptions& options) = 0;
 };
 
 } // namespace platform

@@ -44,10 +44,9 @@ qsizetype cut(QStringView source, qsizetype start) {
         if (isBreak(source[at - 1]) && !insidePair)
             return at;
     }
-    for (qsizetype at = limit; at > start + InlineMarkdown::maximumBlockLength / 2; --at) {
+    for (qsizetype at = limit; at > start + InlineMarkdown::maximumBlockLength / 2; --at)
         if (isBlank(source[at - 1]))
             return at;
-    }
     return source[limit].isLowSurrogate() && source[limit - 1].isHighSurrogate() ? limit - 1
                                                                                  : limit;
 }
@@ -69,13 +68,13 @@ qsizetype blockEnd(QStringView source, qsizetype start) {
 
 } // namespace
 
-StyledText InlineMarkdown::parse(QStringView source) {
+AttributedString InlineMarkdown::parse(QStringView source) {
     Position position;
     return parseOn(source, position);
 }
 
-StyledText InlineMarkdown::parseOn(QStringView source, Position& position) {
-    StyledText result;
+AttributedString InlineMarkdown::parseOn(QStringView source, Position& position) {
+    AttributedString result;
     const qsizetype base = position.result;
     qsizetype at = position.source;
     while (at < source.size()) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Text/StyledText.h"
+#include "Platform/Text/AttributedString.h"
 
 #include <QStringView>
 
@@ -31,7 +31,7 @@ public:
     static constexpr qsizetype maximumBlockLength = 16384;
 
     /// The whole of `source`, parsed. Any thread.
-    static StyledText parse(QStringView source);
+    static AttributedString parse(QStringView source);
 
     /// Where in a text the parser stands: before it, nothing changes any more when text is
     /// appended.
@@ -42,7 +42,7 @@ public:
 
     /// Parses `source` from `position` (its beginning, or a position that an earlier call with a
     /// shorter beginning of the same text left there) and moves `position` to the last block.
-    static StyledText parseOn(QStringView source, Position& position);
+    static AttributedString parseOn(QStringView source, Position& position);
 };
 
 } // namespace platform

@@ -35,7 +35,7 @@ QString attributeText(const MD_ATTRIBUTE& attribute) {
 /// position: the parser only tells which parts of the line it was given are shown, and how.
 class BlockReader {
 public:
-    BlockReader(QStringView block, const InlineMarkdownLine& line, StyledText& result)
+    BlockReader(QStringView block, const InlineMarkdownLine& line, AttributedString& result)
         : m_block(block)
         , m_line(line)
         , m_result(result) {}
@@ -51,7 +51,7 @@ private:
 
     QStringView m_block;
     const InlineMarkdownLine& m_line;
-    StyledText& m_result;
+    AttributedString& m_result;
     int m_depths[5] = {}; // of the styles, in the order of their bits
     QString m_target;
     QString m_imageAddress;
@@ -155,10 +155,10 @@ void BlockReader::show(MD_TEXTTYPE type, qsizetype start, qsizetype end) {
 }
 
 void BlockReader::append(QStringView piece) {
-    StyledText::Styles styles;
+    AttributedString::Styles styles;
     for (int i = 0; i < 5; ++i)
-        styles.setFlag(static_cast<StyledText::Style>(1 << i), m_depths[i] > 0);
-    m_result.append(piece, styles, styles & StyledText::Link ? m_target : QString());
+        styles.setFlag(static_cast<AttributedString::Style>(1 << i), m_depths[i] > 0);
+    m_result.append(piece, styles, styles & AttributedString::Link ? m_target : QString());
 }
 
 int ignoreBlock(MD_BLOCKTYPE, void*, void*) {
@@ -182,7 +182,7 @@ int readText(MD_TEXTTYPE type, const MD_CHAR* text, MD_SIZE size, void* reader) 
 
 } // namespace
 
-void appendInlineMarkdownBlock(QStringView block, StyledText& result) {
+void appendInlineMarkdownBlock(QStringView block, AttributedString& result) {
     const qsizetype before = result.text.size();
     const InlineMarkdownLine line(block);
     BlockReader reader(block, line, result);

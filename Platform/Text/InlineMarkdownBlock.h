@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Text/StyledText.h"
+#include "Platform/Text/AttributedString.h"
 
 #include <QStringView>
 
@@ -9,6 +9,6 @@ namespace platform {
 
 /// Parses one block, a run of lines without a blank one between them, and appends what it shows to
 /// `result`. The block is appended as it stands should the parser fail for want of memory.
-void appendInlineMarkdownBlock(QStringView block, StyledText& result);
+void appendInlineMarkdownBlock(QStringView block, AttributedString& result);
 
 } // namespace platform

@@ -9,7 +9,7 @@ namespace tellwick {
 
 namespace {
 
-using ReplyContinuation = platform::StreamContinuation<platform::Text>;
+using ReplyContinuation = platform::StreamContinuation<platform::TextSnapshot>;
 
 // Holds the session and the prompt, not the backend: a reset or the backend's end leaves it alone.
 platform::Task<void> produce(std::shared_ptr<platform::LanguageModelSession> session,
@@ -50,7 +50,7 @@ ReplyStream AppleIntelligenceBackend::streamResponse(const QString& prompt,
                                                      const QList<ChatMessage>&,
                                                      const QString& systemPrompt) {
     platform::requireMainThread("AppleIntelligenceBackend::streamResponse");
-    auto [stream, continuation] = platform::makeStream<platform::Text>();
+    auto [stream, continuation] = platform::makeStream<platform::TextSnapshot>();
     try {
         if (!m_session)
             m_session = m_model.makeSession(systemPrompt);

@@ -17,7 +17,7 @@ using platform::HttpRequest;
 using platform::HttpResponse;
 using platform::StreamContinuation;
 using platform::Task;
-using platform::Text;
+using platform::TextSnapshot;
 
 namespace {
 
@@ -58,7 +58,7 @@ HttpRequest chatRequest(const OllamaChatRequest& chat, std::chrono::milliseconds
 
 /// Yields the text so far after each line of the reply.
 Task<void> readReply(HttpClient client, HttpRequest request,
-                     StreamContinuation<Text> continuation) {
+                     StreamContinuation<TextSnapshot> continuation) {
     HttpBody body = co_await client.bytes(std::move(request));
     if (body.status() != ok)
         throw OllamaError::badResponse(body.status());
@@ -77,7 +77,8 @@ Task<void> readReply(HttpClient client, HttpRequest request,
 }
 
 Task<void> produce(HttpClient client, QString modelName, QList<OllamaMessage> messages,
-                   std::chrono::milliseconds idleTimeout, StreamContinuation<Text> continuation) {
+                   std::chrono::milliseconds idleTimeout,
+                   StreamContinuation<TextSnapshot> continuation) {
     std::exception_ptr error;
     try {
         const OllamaChatRequest chat(std::move(modelName), std::move(messages));
@@ -118,7 +119,7 @@ OllamaBackend::OllamaBackend(const OllamaModelEntry& entry, platform::NetworkThr
 
 ReplyStream OllamaBackend::streamResponse(const QString& prompt, const QList<ChatMessage>& history,
                                           const QString& systemPrompt) {
-    auto [stream, continuation] = platform::makeStream<Text>();
+    auto [stream, continuation] = platform::makeStream<TextSnapshot>();
     m_producers.start(produce(m_client, m_modelName, messageList(prompt, history, systemPrompt),
                               m_idleTimeout, continuation));
     return std::move(stream);

@@ -28,7 +28,7 @@ QList<ChatMessage> ChatSession::messages() const {
     messages.reserve(count);
     for (qsizetype i = 0; i < count; ++i) {
         const Role role = storedRoles[i] == u"user"_s ? Role::user : Role::assistant;
-        messages.append(ChatMessage(role, platform::Text(storedContents[i])));
+        messages.append(ChatMessage(role, platform::TextSnapshot(storedContents[i])));
     }
     return messages;
 }

@@ -58,10 +58,10 @@ void ChatViewModel::send() {
     }
     draft = QString();
     QList<ChatMessage> history = messages.value();
-    const ChatMessage reply(Role::assistant, platform::Text());
+    const ChatMessage reply(Role::assistant, platform::TextSnapshot());
     qsizetype replyPosition = 0;
     messages.mutate([&](QList<ChatMessage>& list) {
-        list.append(ChatMessage(Role::user, platform::Text(text)));
+        list.append(ChatMessage(Role::user, platform::TextSnapshot(text)));
     });
     messages.mutate([&](QList<ChatMessage>& list) {
         replyPosition = list.size();
@@ -91,7 +91,7 @@ platform::Task<void> ChatViewModel::run(std::shared_ptr<ChatViewModel> self, Tur
     self->endTurn(turn, error);
 }
 
-void ChatViewModel::setReply(const Turn& turn, platform::Text content) {
+void ChatViewModel::setReply(const Turn& turn, platform::TextSnapshot content) {
     // The conversation may have been emptied since: a turn writes into its own reply or nowhere.
     const QList<ChatMessage>& list = messages.value();
     if (turn.replyPosition >= list.size() || list[turn.replyPosition].id() != turn.reply)
@@ -103,7 +103,8 @@ void ChatViewModel::setReply(const Turn& turn, platform::Text content) {
 
 void ChatViewModel::endTurn(const Turn& turn, const std::exception_ptr& error) {
     if (error && !platform::isCancellation(error)) {
-        setReply(turn, platform::Text(u"Error: "_s + platform::localizedDescription(error)));
+        setReply(turn,
+                 platform::TextSnapshot(u"Error: "_s + platform::localizedDescription(error)));
         turn.backend->reset();
     }
     // Whoever hears of the one finds the other done, too, and may begin the next turn at once.

@@ -78,7 +78,7 @@ private:
     struct Turn;
 
     static platform::Task<void> run(std::shared_ptr<ChatViewModel> self, Turn turn);
-    void setReply(const Turn& turn, platform::Text content);
+    void setReply(const Turn& turn, platform::TextSnapshot content);
     void endTurn(const Turn& turn, const std::exception_ptr& error);
     QString fullSystemPrompt() const;
     void resetSelected();

@@ -3,7 +3,7 @@
 
 namespace tellwick {
 
-ChatMessage::ChatMessage(Role role, platform::Text content)
+ChatMessage::ChatMessage(Role role, platform::TextSnapshot content)
     : content(std::move(content))
     , m_id(QUuid::createUuid())
     , m_role(role) {}

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Text/Text.h"
+#include "Platform/Text/TextSnapshot.h"
 
 #include <QUuid>
 
@@ -14,14 +14,14 @@ public:
     enum class Role { user, assistant };
 
     /// A message with a fresh identity, also when it is rebuilt from the store.
-    ChatMessage(Role role, platform::Text content);
+    ChatMessage(Role role, platform::TextSnapshot content);
 
     /// A random (version 4) UUID: the identity of the message. Copies are the same message.
     const QUuid& id() const { return m_id; }
     Role role() const { return m_role; }
 
     /// The message's text; replaced again and again while a reply streams in.
-    platform::Text content;
+    platform::TextSnapshot content;
 
 private:
     QUuid m_id;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Concurrency/AsyncStream.h"
-#include "Platform/Text/Text.h"
+#include "Platform/Text/TextSnapshot.h"
 #include "Tellwick/Core/ChatMessage.h"
 #include "Tellwick/Core/ModelInfo.h"
 
@@ -11,7 +11,7 @@
 namespace tellwick {
 
 /// A stream of reply texts: each element is the whole reply so far, never a fragment.
-using ReplyStream = platform::AsyncStream<platform::Text>;
+using ReplyStream = platform::AsyncStream<platform::TextSnapshot>;
 
 /// A model that answers. An object with identity, shared between the catalogue and the
 /// conversation.

@@ -3,10 +3,10 @@
 
 #include "Platform/Desktop/ApplicationInformation.h"
 #include "Platform/Desktop/UrlOpener.h"
-#include "Platform/Widgets/Divider.h"
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/Label.h"
-#include "Platform/Widgets/TextButton.h"
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/TextButton.h"
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QBoxLayout>

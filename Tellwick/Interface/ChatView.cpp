@@ -2,21 +2,21 @@
 #include "Tellwick/Interface/ChatView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Alert.h"
-#include "Platform/Widgets/Announcement.h"
-#include "Platform/Widgets/Chip.h"
-#include "Platform/Widgets/Divider.h"
-#include "Platform/Widgets/GrowingTextField.h"
-#include "Platform/Widgets/HeaderBar.h"
-#include "Platform/Widgets/HorizontalStrip.h"
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/Label.h"
-#include "Platform/Widgets/LazyColumn.h"
-#include "Platform/Widgets/OverlayHost.h"
-#include "Platform/Widgets/Popover.h"
-#include "Platform/Widgets/PullDownButton.h"
-#include "Platform/Widgets/ScrollView.h"
-#include "Platform/Widgets/Sheet.h"
+#include "Platform/Widgets/Controls/Announcement.h"
+#include "Platform/Widgets/Controls/Chip.h"
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/GrowingTextField.h"
+#include "Platform/Widgets/Controls/HeaderBar.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/PullDownButton.h"
+#include "Platform/Widgets/Overlays/Alert.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
+#include "Platform/Widgets/Overlays/Popover.h"
+#include "Platform/Widgets/Overlays/Sheet.h"
+#include "Platform/Widgets/Scrolling/HorizontalStrip.h"
+#include "Platform/Widgets/Scrolling/LazyColumn.h"
+#include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
@@ -139,7 +139,7 @@ QWidget* ChatView::messageList() {
     // appears.
     struct Shown {
         qsizetype count = 0;
-        platform::Text lastText;
+        platform::TextSnapshot lastText;
     };
     const auto shown = std::make_shared<std::optional<Shown>>();
     observe(list, [this, empty, column, stack, shown] {
@@ -148,7 +148,8 @@ QWidget* ChatView::messageList() {
             empty->setContent(emptyState());
         stack->setCurrentWidget(messages.isEmpty() ? static_cast<QWidget*>(empty) : column);
         column->reload();
-        Shown now{messages.size(), messages.isEmpty() ? platform::Text() : messages.last().content};
+        Shown now{messages.size(),
+                  messages.isEmpty() ? platform::TextSnapshot() : messages.last().content};
         const auto before = std::exchange(*shown, std::move(now));
         if (!before || messages.isEmpty())
             return;
@@ -310,62 +311,69 @@ void ChatView::keyboardShortcuts() {
 }
 
 void ChatView::aboutSheet() {
-    observe(this, [this, sheet = QPointer<platform::Sheet>()]() mutable {
-        if (m_showingAbout.value() == !sheet.isNull())
-            return;
-        if (sheet) {
-            m_environment.overlays.dismiss(sheet);
-            return;
-        }
-        sheet = m_environment.overlays.present(
-            std::make_unique<platform::Sheet>(m_environment.theme, u"About"_s,
-                                              new AboutView(m_environment), AboutView::width),
-            [this] {
-                m_showingAbout = false;
-                focusField();
-            });
-    });
+    observe(
+        this,
+        [this, sheet = QPointer<platform::Sheet>()]() mutable {
+            if (m_showingAbout.value() == !sheet.isNull())
+                return;
+            if (sheet) {
+                m_environment.overlays.dismiss(sheet);
+                return;
+            }
+            sheet = m_environment.overlays.present(
+                std::make_unique<platform::Sheet>(m_environment.theme, u"About"_s,
+                                                  new AboutView(m_environment), AboutView::width),
+                [this] {
+                    m_showingAbout = false;
+                    focusField();
+                });
+        });
 }
 
 void ChatView::modelsPopover() {
-    observe(this, [this, popover = QPointer<platform::Popover>()]() mutable {
-        if (m_showingModels.value() == !popover.isNull())
-            return;
-        if (popover) {
-            m_environment.overlays.dismiss(popover);
-            return;
-        }
-        popover = m_environment.overlays.present(
-            std::make_unique<platform::Popover>(m_environment.theme, u"Models"_s,
-                                                new ModelsView(m_environment, *m_vm->modelManager),
-                                                ModelsView::width, m_menuButton),
-            [this] {
-                m_showingModels = false;
-                focusField();
-            });
-    });
+    observe(
+        this,
+        [this, popover = QPointer<platform::Popover>()]() mutable {
+            if (m_showingModels.value() == !popover.isNull())
+                return;
+            if (popover) {
+                m_environment.overlays.dismiss(popover);
+                return;
+            }
+            popover = m_environment.overlays.present(
+                std::make_unique<platform::Popover>(
+                    m_environment.theme, u"Models"_s,
+                    new ModelsView(m_environment, *m_vm->modelManager), ModelsView::width,
+                    m_menuButton),
+                [this] {
+                    m_showingModels = false;
+                    focusField();
+                });
+        });
 }
 
 void ChatView::availabilityAlert() {
-    observe(this, [this, alert = QPointer<platform::Alert>(), shown = QString()]() mutable {
-        const std::optional<QString>& error = m_vm->availabilityError.value();
-        if (error && alert && shown == *error)
-            return;
-        if (alert)
-            m_environment.overlays.dismiss(alert);
-        if (!error)
-            return;
-        shown = *error;
-        alert = m_environment.overlays.present(
-            std::make_unique<platform::Alert>(m_environment.theme,
-                                              u"Apple Intelligence Unavailable"_s, shown, u"OK"_s),
-            [this, told = shown] {
-                // Another error may be what has closed it, and wants an alert of its own.
-                if (m_vm->availabilityError.value() == told)
-                    m_vm->availabilityError = std::nullopt;
-                focusField();
-            });
-    });
+    observe(
+        this,
+        [this, alert = QPointer<platform::Alert>(), shown = QString()]() mutable {
+            const std::optional<QString>& error = m_vm->availabilityError.value();
+            if (error && alert && shown == *error)
+                return;
+            if (alert)
+                m_environment.overlays.dismiss(alert);
+            if (!error)
+                return;
+            shown = *error;
+            alert = m_environment.overlays.present(
+                std::make_unique<platform::Alert>(
+                    m_environment.theme, u"Apple Intelligence Unavailable"_s, shown, u"OK"_s),
+                [this, told = shown] {
+                    // Another error may be what has closed it, and wants an alert of its own.
+                    if (m_vm->availabilityError.value() == told)
+                        m_vm->availabilityError = std::nullopt;
+                    focusField();
+                });
+        });
 }
 
 void ChatView::focusField() {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Observation/Observed.h"
-#include "Platform/Widgets/Theme.h"
+#include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Interface/Environment.h"
 #include "Tellwick/Interface/MessageRows.h"
 

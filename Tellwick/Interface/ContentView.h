@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Accessible.h"
-#include "Platform/Widgets/OverlayHost.h"
+#include "Platform/Widgets/Controls/Accessible.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Tellwick/Interface/Environment.h"
 
 #include <QWidget>

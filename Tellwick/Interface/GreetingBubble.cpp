@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/GreetingBubble.h"
 
-#include "Platform/Widgets/Label.h"
-#include "Platform/Widgets/Painting.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Look/Painting.h"
 
 #include <QPainter>
 #include <QVBoxLayout>

@@ -4,10 +4,10 @@
 #include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Text/InlineMarkdown.h"
-#include "Platform/Widgets/Menu.h"
-#include "Platform/Widgets/OverlayHost.h"
-#include "Platform/Widgets/Painting.h"
-#include "Platform/Widgets/TextView.h"
+#include "Platform/Widgets/Look/Painting.h"
+#include "Platform/Widgets/Overlays/Menu.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
+#include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QContextMenuEvent>
@@ -72,7 +72,7 @@ ColorRole MessageBubble::bubbleColor() const {
 
 void MessageBubble::messageContent() {
     if (m_message.content.isEmpty())
-        m_text->setPlainText(platform::Text(u" "));
+        m_text->setPlainText(platform::TextSnapshot(u" "));
     else if (isMarkdown(m_message))
         m_text->setMarkdown(m_message.content);
     else

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Accessible.h"
-#include "Platform/Widgets/Theme.h"
+#include "Platform/Widgets/Controls/Accessible.h"
+#include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Core/ChatMessage.h"
 #include "Tellwick/Interface/Environment.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/MessageRows.h"
 
-#include "Platform/Widgets/TextView.h"
+#include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Interface/MessageBubble.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/LazyRows.h"
+#include "Platform/Widgets/Scrolling/LazyRows.h"
 #include "Tellwick/Core/ChatMessage.h"
 #include "Tellwick/Interface/Environment.h"
 

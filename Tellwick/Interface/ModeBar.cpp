@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/ModeBar.h"
 
-#include "Platform/Widgets/IconButton.h"
-#include "Platform/Widgets/Label.h"
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Label.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Theme.h"
+#include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QWidget>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/ListRow.h"
+#include "Platform/Widgets/Controls/ListRow.h"
 
 namespace tellwick {
 

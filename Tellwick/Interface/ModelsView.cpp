@@ -2,10 +2,10 @@
 #include "Tellwick/Interface/ModelsView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/IconButton.h"
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/InsetSection.h"
-#include "Platform/Widgets/Label.h"
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/InsetSection.h"
+#include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Backends/ModelManager.h"
 #include "Tellwick/Interface/ModelRow.h"
 

@@ -15,7 +15,7 @@
 #include "Platform/LanguageModel/MakeSystemLanguageModel.h"
 #include "Platform/Observation/Observer.h"
 #include "Platform/Store/ModelContext.h"
-#include "Platform/Widgets/Theme.h"
+#include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Backends/OllamaBackend.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
@@ -81,11 +81,13 @@ TellwickApp::Parts::Parts(QApplication& application)
     , terminationSignals([] { QCoreApplication::quit(); }) {
     appearance.start();
     theme.setBodyFont(application.font());
-    platform::observe(&observers, [this] {
-        theme.setDark(appearance.isDark());
-        theme.setAccent(appearance.accent());
-        theme.motion().setEnabled(!appearance.reducesMotion());
-    });
+    platform::observe(
+        &observers,
+        [this] {
+            theme.setDark(appearance.isDark());
+            theme.setAccent(appearance.accent());
+            theme.motion().setEnabled(!appearance.reducesMotion());
+        });
     QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &observers,
                      [this, &application] { theme.setBodyFont(application.font()); });
     auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);

@@ -26,7 +26,7 @@ struct TurnTimes {
 /// The on-device model as the program uses it: replies are consumed on the main thread.
 class Conversation {
 public:
-    explicit Conversation(const platform::LlamaServerPlaces& places)
+    explicit Conversation(const platform::LlamaServerPaths& places)
         : m_model(m_network, places) {}
 
     /// One turn from the request to its end; the first one makes the session.
@@ -46,7 +46,7 @@ public:
     }
 
 private:
-    static platform::Task<void> consume(platform::AsyncStream<platform::Text> stream,
+    static platform::Task<void> consume(platform::AsyncStream<platform::TextSnapshot> stream,
                                         TurnTimes* times, bool* hasEnded, Clock::time_point began) {
         try {
             while (co_await stream.next()) {

@@ -36,10 +36,9 @@ double proportionalSetSize() {
     QFile file(u"/proc/self/smaps_rollup"_s);
     if (!file.open(QIODevice::ReadOnly))
         throw std::runtime_error("the memory cannot be read");
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line : file.readAll().split('\n'))
         if (line.startsWith("Pss:"))
             return line.simplified().split(' ').at(1).toDouble() / 1'024;
-    }
     throw std::runtime_error("the memory is not told");
 }
 
@@ -63,7 +62,7 @@ private:
     QString useModel(const tests::TinyModel& model) {
         const QString data = m_folder.filePath(u"data"_s);
         QDir().mkpath(data + u"/models"_s);
-        const QString path = data + u'/' + platform::LlamaServerPlaces::modelFileName();
+        const QString path = data + u'/' + platform::LlamaServerPaths::modelFileName();
         writeModel(path, model);
         m_places.dataFolders = {data};
         return path;
@@ -149,7 +148,7 @@ private:
     QTemporaryDir m_folder;
     QString m_server;
     QString m_ownProgram;
-    platform::LlamaServerPlaces m_places;
+    platform::LlamaServerPaths m_places;
 };
 
 } // namespace

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "tests/support/TestMain.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -247,5 +248,5 @@ void GetEngineTests::aWrongCallIsExplained() {
     QCOMPARE(run({u"one"_s, u"two"_s}).status, 2);
 }
 
-QTEST_GUILESS_MAIN(GetEngineTests)
+TELLWICK_TEST(GetEngineTests, EventLoop)
 #include "GetEngineTests.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/TestMain.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -8,7 +9,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <signal.h>
 #include <sys/socket.h>
@@ -436,5 +436,5 @@ void GetModelTests::anotherMachinesAddressIsRefused() {
     QVERIFY(outcome.said.contains(u"is not a loopback address"));
 }
 
-QTEST_GUILESS_MAIN(GetModelTests)
+TELLWICK_TEST(GetModelTests, EventLoop)
 #include "GetModelTests.moc"

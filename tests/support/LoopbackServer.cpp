@@ -19,10 +19,9 @@ namespace tests {
 
 QByteArray RecordedRequest::header(QByteArrayView name) const {
     const QByteArray wanted = name.toByteArray().toLower() + ':';
-    for (const QByteArray& line : head.split('\n')) {
+    for (const QByteArray& line : head.split('\n'))
         if (line.toLower().startsWith(wanted))
             return line.mid(wanted.size()).trimmed();
-    }
     return {};
 }
 

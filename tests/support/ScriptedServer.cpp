@@ -72,11 +72,13 @@ ScriptedServer::~ScriptedServer() {
 }
 
 bool ScriptedServer::listen(quint16 port) {
-    return m_server.listenOnPort(port, [this](LoopbackConnection& c) { play(c); });
+    return m_server.listenOnPort(
+        port, [this](LoopbackConnection& c) { play(c); });
 }
 
 bool ScriptedServer::listen(const QString& path) {
-    return m_server.listenOnPath(path, [this](LoopbackConnection& c) { play(c); });
+    return m_server.listenOnPath(
+        path, [this](LoopbackConnection& c) { play(c); });
 }
 
 void ScriptedServer::stop() {

@@ -4,7 +4,7 @@
 #include "Platform/Concurrency/AsyncStream.h"
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/TaskScope.h"
-#include "Platform/Text/Text.h"
+#include "Platform/Text/TextSnapshot.h"
 
 #include <QElapsedTimer>
 #include <QString>
@@ -15,7 +15,7 @@ namespace tests {
 
 /// What came out of a stream of reply texts so far.
 struct Heard {
-    platform::Text reply;
+    platform::TextSnapshot reply;
     int snapshots = 0;
     bool everGrew = true; ///< each snapshot went on from the one before
     bool hasEnded = false;
@@ -26,7 +26,7 @@ struct Heard {
     QString text() const { return reply.toString(); }
 };
 
-inline platform::Task<void> hear(platform::AsyncStream<platform::Text> stream,
+inline platform::Task<void> hear(platform::AsyncStream<platform::TextSnapshot> stream,
                                  std::shared_ptr<Heard> heard) {
     try {
         while (const auto snapshot = co_await stream.next()) {
@@ -44,7 +44,7 @@ inline platform::Task<void> hear(platform::AsyncStream<platform::Text> stream,
 
 /// Consumes the stream in the scope, on its executor's thread.
 inline std::shared_ptr<Heard> listen(platform::TaskScope& scope,
-                                     platform::AsyncStream<platform::Text> stream) {
+                                     platform::AsyncStream<platform::TextSnapshot> stream) {
     auto heard = std::make_shared<Heard>();
     heard->clock.start();
     scope.start(hear(std::move(stream), heard));

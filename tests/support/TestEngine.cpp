@@ -36,7 +36,7 @@ std::optional<QString> engineProgram() {
     const QString chosen = qEnvironmentVariable("TELLWICK_TEST_ENGINE");
     if (!chosen.isEmpty())
         return chosen;
-    const QString name = platform::LlamaServerPlaces::programName();
+    const QString name = platform::LlamaServerPaths::programName();
     QString found = QStandardPaths::findExecutable(name, {QStringLiteral(ENGINE_FOLDER)});
     if (found.isEmpty())
         found = QStandardPaths::findExecutable(name);
@@ -56,8 +56,8 @@ EnginePlaces::EnginePlaces() {
         QFile::link(*program, path(u"bin/llama-server"_s));
 }
 
-platform::LlamaServerPlaces EnginePlaces::places() const {
-    platform::LlamaServerPlaces places;
+platform::LlamaServerPaths EnginePlaces::places() const {
+    platform::LlamaServerPaths places;
     places.dataFolders = {path(u"data"_s)};
     places.programFolders = {path(u"bin"_s)};
     places.runtimeFolders = {path(u"run"_s)};

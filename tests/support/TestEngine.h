@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/LanguageModel/LlamaServer/LlamaServerPlaces.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 #include "tests/support/ModelMaker.h"
 
 #include <QTemporaryDir>
@@ -19,7 +19,7 @@ class EnginePlaces {
 public:
     EnginePlaces();
 
-    platform::LlamaServerPlaces places() const;
+    platform::LlamaServerPaths places() const;
 
     void setModel(const TinyModel& model) const { setModelFile(modelFile(model)); }
     void setModelFile(const QByteArray& bytes) const;

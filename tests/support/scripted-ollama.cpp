@@ -154,7 +154,7 @@ bool readSettings(Settings& settings) {
     const QCommandLineOption latency(u"latency"_s, u"Wait before a reply."_s, u"ms"_s, u"300"_s);
     const QCommandLineOption hold(u"hold"_s, u"Words before a reply stands still."_s, u"number"_s,
                                   u"-1"_s);
-    const QCommandLineOption reply(u"reply"_s, u"Text of a reply."_s, u"file"_s);
+    const QCommandLineOption reply(u"reply"_s, u"TextSnapshot of a reply."_s, u"file"_s);
     parser.addOptions({port, rate, models, latency, hold, reply});
     parser.process(*QCoreApplication::instance());
     settings.port = parser.value(port).toUShort();

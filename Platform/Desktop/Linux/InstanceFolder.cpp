@@ -31,10 +31,10 @@ QString temporaryFolder() {
 
 /// Opens a folder, made if need be, that is the user's own and closed to all others. In a folder
 /// that all may write to, another user may have put something of that name there first.
-OwnedFile openPrivate(const QString& path) {
+UniqueFd openPrivate(const QString& path) {
     const QByteArray name = QFile::encodeName(path);
     mkdir(name.constData(), 0700);
-    OwnedFile folder(open(name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd folder(open(name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!folder || fstat(folder.get(), &status) != 0 || status.st_uid != geteuid() ||
         (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
@@ -44,7 +44,7 @@ OwnedFile openPrivate(const QString& path) {
 
 } // namespace
 
-OwnedFile::~OwnedFile() {
+UniqueFd::~UniqueFd() {
     if (m_file >= 0)
         close(m_file);
 }
@@ -60,8 +60,8 @@ std::optional<InstanceFolder> InstanceFolder::open(const QString& applicationId)
     return std::nullopt;
 }
 
-OwnedFile InstanceFolder::takeLock() const {
-    OwnedFile lock(
+UniqueFd InstanceFolder::takeLock() const {
+    UniqueFd lock(
         openat(m_folder.get(), lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock || flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
         return {};

@@ -12,18 +12,18 @@
 namespace platform {
 
 /// A file descriptor that is closed with its owner.
-class OwnedFile {
+class UniqueFd {
 public:
-    OwnedFile() = default;
-    explicit OwnedFile(int file)
+    UniqueFd() = default;
+    explicit UniqueFd(int file)
         : m_file(file) {}
-    OwnedFile(OwnedFile&& other) noexcept
+    UniqueFd(UniqueFd&& other) noexcept
         : m_file(std::exchange(other.m_file, -1)) {}
-    OwnedFile& operator=(OwnedFile&& other) noexcept {
+    UniqueFd& operator=(UniqueFd&& other) noexcept {
         std::swap(m_file, other.m_file);
         return *this;
     }
-    ~OwnedFile();
+    ~UniqueFd();
 
     explicit operator bool() const { return m_file >= 0; }
     int get() const { return m_file; }
@@ -41,16 +41,16 @@ public:
     static std::optional<InstanceFolder> open(const QString& applicationId);
 
     /// Takes the lock of the folder, without waiting; no file when another process has it.
-    OwnedFile takeLock() const;
+    UniqueFd takeLock() const;
     /// The socket's address: of any length of path.
     sockaddr_un socketAddress() const;
     void removeSocket() const;
 
 private:
-    explicit InstanceFolder(OwnedFile folder)
+    explicit InstanceFolder(UniqueFd folder)
         : m_folder(std::move(folder)) {}
 
-    OwnedFile m_folder;
+    UniqueFd m_folder;
 };
 
 } // namespace platform

@@ -48,10 +48,9 @@ std::optional<QColor> colorOf(const QVariant& value) {
     argument.beginStructure();
     argument >> red >> green >> blue;
     argument.endStructure();
-    for (const double part : {red, green, blue}) {
+    for (const double part : {red, green, blue})
         if (!(part >= 0 && part <= 1)) // not a number is out of range, too
             return std::nullopt;
-    }
     return QColor(QColor::fromRgbF(static_cast<float>(red), static_cast<float>(green),
                                    static_cast<float>(blue))
                       .rgb());

@@ -30,8 +30,8 @@ constexpr std::chrono::milliseconds betweenAttempts{10};
 /// More starts than these at one moment are no user's.
 constexpr size_t mostPeers = 32;
 
-OwnedFile makeSocket() {
-    return OwnedFile(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+UniqueFd makeSocket() {
+    return UniqueFd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
 
 const sockaddr* generic(const sockaddr_un& address) {
@@ -62,7 +62,7 @@ bool waitToRead(int socket, const QDeadlineTimer& deadline) {
 /// Asks the running instance to come to the front; true once it has answered.
 bool handOver(const InstanceFolder& folder, const QByteArray& token,
               const QDeadlineTimer& deadline) {
-    const OwnedFile socket = makeSocket();
+    const UniqueFd socket = makeSocket();
     const sockaddr_un address = folder.socketAddress();
     if (!socket || connect(socket.get(), generic(address), sizeof address) != 0 ||
         !isOwnPeer(socket.get()) ||
@@ -120,17 +120,17 @@ public:
 private:
     /// Another start, until its request has come.
     struct Peer {
-        explicit Peer(OwnedFile file)
+        explicit Peer(UniqueFd file)
             : socket(std::move(file))
             , notifier(socket.get(), QSocketNotifier::Read) {}
 
-        OwnedFile socket;
+        UniqueFd socket;
         QSocketNotifier notifier;
     };
 
     void listenForOthers() {
         m_folder->removeSocket(); // of an instance that was killed
-        OwnedFile listener = makeSocket();
+        UniqueFd listener = makeSocket();
         const sockaddr_un address = m_folder->socketAddress();
         if (listener && bind(listener.get(), generic(address), sizeof address) == 0 &&
             listen(listener.get(), 8) == 0)
@@ -138,7 +138,7 @@ private:
     }
 
     void accept() {
-        OwnedFile socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        UniqueFd socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (!socket || !isOwnPeer(socket.get()))
             return;
         if (m_peers.size() >= mostPeers)
@@ -175,8 +175,8 @@ private:
 
     QString m_applicationId;
     std::optional<InstanceFolder> m_folder;
-    OwnedFile m_lock;
-    OwnedFile m_listener;
+    UniqueFd m_lock;
+    UniqueFd m_listener;
     std::function<void(const QByteArray&)> m_activated;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::vector<std::unique_ptr<Peer>> m_peers;

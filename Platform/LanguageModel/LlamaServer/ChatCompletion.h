@@ -3,7 +3,7 @@
 
 #include "Platform/LanguageModel/GenerationOptions.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
-#include "Platform/Text/Text.h"
+#include "Platform/Text/TextSnapshot.h"
 
 #include <QByteArray>
 #include <QList>
@@ -15,7 +15,7 @@ namespace platform {
 /// One turn that the model has answered.
 struct AnsweredTurn {
     QString prompt;
-    Text reply;
+    TextSnapshot reply;
 };
 
 /// What a turn cost the engine.

@@ -29,10 +29,9 @@ QByteArrayList changedEnvironment(const EngineProcess::EnvironmentChanges& chang
                          [&](const QByteArray& prefix) { return entry.startsWith(prefix); }))
             variables.append(entry);
     }
-    for (const QByteArray& entry : changes.defaults) {
+    for (const QByteArray& entry : changes.defaults)
         if (!qEnvironmentVariableIsSet(entry.left(entry.indexOf('=')).constData()))
             variables.append(entry);
-    }
     return variables;
 }
 

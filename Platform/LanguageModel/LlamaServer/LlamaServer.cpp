@@ -2,7 +2,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
 
 #include "Platform/Http/HttpError.h"
-#include "Platform/Http/Pause.h"
+#include "Platform/Http/SleepFor.h"
 #include "Platform/LanguageModel/LlamaServer/EngineFolder.h"
 #include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
 
@@ -49,7 +49,7 @@ Kind reasonOfEnd(int signal, const QByteArray& output) {
 
 } // namespace
 
-LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPlaces places,
+LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths places,
                          std::chrono::seconds idleTime)
     : m_network(network)
     , m_places(std::move(places))
@@ -69,7 +69,7 @@ Task<HttpClient> LlamaServer::ready() {
             start->isReady = true;
             break;
         }
-        co_await pause(m_network, wait);
+        co_await sleepFor(m_network, wait);
         wait = std::min(wait * 5 / 4, longestWait);
     }
     co_return client();
@@ -123,7 +123,7 @@ Task<void> LlamaServer::settle() {
     for (auto waited = 0ms; waited < longestEnd; waited += shortestWait) {
         if (!start || !start->process || !start->process->isRunning())
             co_return;
-        co_await pause(m_network, shortestWait);
+        co_await sleepFor(m_network, shortestWait);
     }
 }
 

@@ -5,7 +5,7 @@
 #include "Platform/Http/HttpClient.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
-#include "Platform/LanguageModel/LlamaServer/LlamaServerPlaces.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 
 #include <memory>
 
@@ -22,7 +22,7 @@ class EngineProcess;
 class LlamaServer : public std::enable_shared_from_this<LlamaServer> {
 public:
     /// Touches nothing of the system.
-    LlamaServer(NetworkThread& network, LlamaServerPlaces places, std::chrono::seconds idleTime);
+    LlamaServer(NetworkThread& network, LlamaServerPaths places, std::chrono::seconds idleTime);
     ~LlamaServer();
 
     /// The engine, able to answer; it is started where it is not running, and waited for while it
@@ -50,7 +50,7 @@ private:
     HttpClient client() const;
 
     NetworkThread& m_network;
-    LlamaServerPlaces m_places;
+    LlamaServerPaths m_places;
     LlamaServerCommand m_command;
     std::unique_ptr<EngineFolder> m_folder;
     std::shared_ptr<Start> m_start;

@@ -19,7 +19,7 @@ Task<void> warmUp(std::shared_ptr<LlamaServer> server) {
 
 } // namespace
 
-LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPlaces places,
+LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths places,
                                    std::chrono::seconds idleTime)
     : m_scope(network.scope())
     , m_places(std::move(places))
@@ -40,7 +40,7 @@ std::unique_ptr<SystemLanguageModel>
 makeSystemLanguageModel(const SystemLanguageModelContext& context) {
     return std::make_unique<LlamaServerModel>(
         context.network,
-        LlamaServerPlaces::fromEnvironment(context.applicationFolder, context.programFolder));
+        LlamaServerPaths::fromEnvironment(context.applicationFolder, context.programFolder));
 }
 
 } // namespace platform

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Http/NetworkThread.h"
-#include "Platform/LanguageModel/LlamaServer/LlamaServerPlaces.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 
 #include <chrono>
@@ -22,7 +22,7 @@ public:
     static constexpr std::chrono::minutes defaultIdleTime{5};
 
     /// The network thread outlives the calls made here, but not necessarily the object.
-    LlamaServerModel(NetworkThread& network, LlamaServerPlaces places,
+    LlamaServerModel(NetworkThread& network, LlamaServerPaths places,
                      std::chrono::seconds idleTime = defaultIdleTime);
     ~LlamaServerModel() override;
 
@@ -31,7 +31,7 @@ public:
 
 private:
     TaskScope& m_scope;
-    LlamaServerPlaces m_places;
+    LlamaServerPaths m_places;
     std::shared_ptr<LlamaServer> m_server;
 };
 

@@ -76,9 +76,9 @@ LlamaServerSession::LlamaServerSession(std::shared_ptr<LlamaServer> server, Task
     m_conversation->instructions = std::move(instructions);
 }
 
-AsyncStream<Text> LlamaServerSession::streamResponse(const QString& prompt,
-                                                     const GenerationOptions& options) {
-    auto [stream, continuation] = makeStream<Text>();
+AsyncStream<TextSnapshot> LlamaServerSession::streamResponse(const QString& prompt,
+                                                             const GenerationOptions& options) {
+    auto [stream, continuation] = makeStream<TextSnapshot>();
     m_scope.start(answer(m_conversation, prompt, options, continuation));
     return std::move(stream);
 }
@@ -88,7 +88,8 @@ std::optional<TurnTimings> LlamaServerSession::lastTimings() const {
 }
 
 Task<void> LlamaServerSession::answer(std::shared_ptr<Conversation> conversation, QString prompt,
-                                      GenerationOptions options, StreamContinuation<Text> reply) {
+                                      GenerationOptions options,
+                                      StreamContinuation<TextSnapshot> reply) {
     if (conversation->isAnswering) {
         reply.finish(std::make_exception_ptr(LlamaServerError(Kind::Busy)));
         co_return;
@@ -96,7 +97,7 @@ Task<void> LlamaServerSession::answer(std::shared_ptr<Conversation> conversation
     conversation->isAnswering = true;
     std::exception_ptr error;
     try {
-        Text text = co_await converse(conversation, prompt, options, reply);
+        TextSnapshot text = co_await converse(conversation, prompt, options, reply);
         conversation->turns.append({prompt, std::move(text)});
     } catch (...) {
         error = std::current_exception();
@@ -106,8 +107,9 @@ Task<void> LlamaServerSession::answer(std::shared_ptr<Conversation> conversation
     reply.finish(error);
 }
 
-Task<Text> LlamaServerSession::converse(std::shared_ptr<Conversation> conversation, QString prompt,
-                                        GenerationOptions options, StreamContinuation<Text> reply) {
+Task<TextSnapshot> LlamaServerSession::converse(std::shared_ptr<Conversation> conversation,
+                                                QString prompt, GenerationOptions options,
+                                                StreamContinuation<TextSnapshot> reply) {
     TextBuilder text;
     bool isComplete = false;
     try {

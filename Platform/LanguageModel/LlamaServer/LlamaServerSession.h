@@ -18,8 +18,8 @@ public:
     /// @param scope where turns run: the network thread's.
     LlamaServerSession(std::shared_ptr<LlamaServer> server, TaskScope& scope, QString instructions);
 
-    AsyncStream<Text> streamResponse(const QString& prompt,
-                                     const GenerationOptions& options) override;
+    AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
+                                             const GenerationOptions& options) override;
 
     /// What the last turn cost. To be read when its stream has ended and before the next turn.
     std::optional<TurnTimings> lastTimings() const;
@@ -28,9 +28,10 @@ private:
     /// What a turn needs; it holds this and not the session. Network thread.
     struct Conversation;
     static Task<void> answer(std::shared_ptr<Conversation> conversation, QString prompt,
-                             GenerationOptions options, StreamContinuation<Text> reply);
-    static Task<Text> converse(std::shared_ptr<Conversation> conversation, QString prompt,
-                               GenerationOptions options, StreamContinuation<Text> reply);
+                             GenerationOptions options, StreamContinuation<TextSnapshot> reply);
+    static Task<TextSnapshot> converse(std::shared_ptr<Conversation> conversation, QString prompt,
+                                       GenerationOptions options,
+                                       StreamContinuation<TextSnapshot> reply);
 
     TaskScope& m_scope;
     std::shared_ptr<Conversation> m_conversation;

@@ -3,9 +3,9 @@
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/TaskScope.h"
+#include "tests/support/TestMain.h"
 
 #include <QBasicTimer>
-#include <QTest>
 
 #include <thread>
 
@@ -239,5 +239,5 @@ void AsyncStreamTests::aHundredThousandReadyElementsNeedNoDeepStack() {
     QCOMPARE(seen->elements.size(), 100'000);
 }
 
-QTEST_GUILESS_MAIN(AsyncStreamTests)
+TELLWICK_TEST(AsyncStreamTests, EventLoop)
 #include "AsyncStreamTests.moc"

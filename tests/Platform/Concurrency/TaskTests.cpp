@@ -2,8 +2,7 @@
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/TaskScope.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 #include <condition_variable>
 #include <deque>
@@ -291,5 +290,5 @@ void TaskTests::aTaskThatACancellationEndsEndsQuietly() {
     QTRY_COMPARE(value.use_count(), 1);
 }
 
-QTEST_GUILESS_MAIN(TaskTests)
+TELLWICK_TEST(TaskTests, EventLoop)
 #include "TaskTests.moc"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/AppearanceSettings.h"
 #include "Platform/Observation/Observer.h"
+#include "tests/support/TestMain.h"
 
 #include <QGuiApplication>
 #include <QPalette>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -180,5 +180,5 @@ void AppearanceSettingsTests::settlingAsksTheSource() {
     QCOMPARE(m_source->settled, 1);
 }
 
-QTEST_MAIN(AppearanceSettingsTests)
+TELLWICK_TEST(AppearanceSettingsTests, Widgets)
 #include "AppearanceSettingsTests.moc"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/ApplicationInformation.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -35,5 +34,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ApplicationInformationTests)
+TELLWICK_TEST(ApplicationInformationTests, EventLoop)
 #include "ApplicationInformationTests.moc"

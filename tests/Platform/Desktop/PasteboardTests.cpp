@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/Pasteboard.h"
+#include "tests/support/TestMain.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -49,5 +49,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PasteboardTests)
+TELLWICK_TEST(PasteboardTests, Widgets)
 #include "PasteboardTests.moc"

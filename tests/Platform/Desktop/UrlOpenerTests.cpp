@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/UrlOpener.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -64,5 +63,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UrlOpenerTests)
+TELLWICK_TEST(UrlOpenerTests, EventLoop)
 #include "UrlOpenerTests.moc"

@@ -3,9 +3,9 @@
 #include "Platform/Http/HttpError.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TaskRunner.h"
+#include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace platform;
 using tests::runTask;
@@ -288,7 +288,8 @@ void HttpClientTests::linesComeWholeHoweverTheyAreCut() {
 
 void HttpClientTests::linesAreReadOnTheNetworkThreadToo() {
     m_server->enqueue(Script::streamed("a\nb\n"));
-    const auto outcome = runTask(*m_main, there(m_network->scope(), readLines(client(), HttpRequest())));
+    const auto outcome =
+        runTask(*m_main, there(m_network->scope(), readLines(client(), HttpRequest())));
     QCOMPARE(outcome.value, (QByteArrayList{"a", "b"}));
 }
 
@@ -360,5 +361,5 @@ void HttpClientTests::aLargeRequestBodyIsSentWhole() {
     QCOMPARE(m_server->request().body.size(), body.size());
 }
 
-QTEST_GUILESS_MAIN(HttpClientTests)
+TELLWICK_TEST(HttpClientTests, EventLoop)
 #include "HttpClientTests.moc"

@@ -3,9 +3,9 @@
 #include "Platform/Http/HttpError.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TaskRunner.h"
+#include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace platform;
 using tests::runTask;
@@ -332,5 +332,5 @@ void HttpFaultTests::aHugeLengthIsNotTrusted() {
     QCOMPARE(outcome.value->fault, Kind::ConnectionLost);
 }
 
-QTEST_GUILESS_MAIN(HttpFaultTests)
+TELLWICK_TEST(HttpFaultTests, EventLoop)
 #include "HttpFaultTests.moc"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Http/LineSplitter.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using platform::LineSplitter;
 
@@ -144,5 +143,5 @@ void LineSplitterTests::aFloodOfShortLinesIsCutInLinearTime() {
     QCOMPARE(count, 2'000'000);
 }
 
-QTEST_GUILESS_MAIN(LineSplitterTests)
+TELLWICK_TEST(LineSplitterTests, EventLoop)
 #include "LineSplitterTests.moc"

@@ -3,9 +3,9 @@
 #include "Platform/Http/HttpClient.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TaskRunner.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
-#include <QTest>
 
 using namespace platform;
 using tests::runTask;
@@ -197,5 +197,5 @@ void NetworkThreadTests::cancellingATaskOnTheThreadClosesItsConnection() {
     QTRY_VERIFY(server.clientClosed());
 }
 
-QTEST_GUILESS_MAIN(NetworkThreadTests)
+TELLWICK_TEST(NetworkThreadTests, EventLoop)
 #include "NetworkThreadTests.moc"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Json/JsonVisitor.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 
@@ -143,5 +142,5 @@ void JsonVisitorTests::theErrorHasASentenceForTheUser() {
         QStringLiteral("The data could not be read because it is not in the expected format."));
 }
 
-QTEST_GUILESS_MAIN(JsonVisitorTests)
+TELLWICK_TEST(JsonVisitorTests, EventLoop)
 #include "JsonVisitorTests.moc"

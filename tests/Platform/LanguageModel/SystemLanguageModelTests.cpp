@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using Availability = SystemLanguageModel::Availability;
@@ -47,5 +46,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemLanguageModelTests)
+TELLWICK_TEST(SystemLanguageModelTests, EventLoop)
 #include "SystemLanguageModelTests.moc"

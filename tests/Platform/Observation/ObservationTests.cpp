@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Observation/Observed.h"
 #include "Platform/Observation/Observer.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 
@@ -183,5 +182,5 @@ void ObservationTests::flushShowsAChangeAtOnceAndOnlyOnce() {
     QCOMPARE(seen, (QList<int>{0, 1}));
 }
 
-QTEST_GUILESS_MAIN(ObservationTests)
+TELLWICK_TEST(ObservationTests, EventLoop)
 #include "ObservationTests.moc"

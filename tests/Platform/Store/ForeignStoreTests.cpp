@@ -2,10 +2,10 @@
 // What somebody else has put where the store should be is reported and never written over.
 #include "Platform/Store/StoreError.h"
 #include "tests/Platform/Store/TestRecord.h"
+#include "tests/support/TestMain.h"
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -238,5 +238,5 @@ void ForeignStoreTests::aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
     QCOMPARE(bytesOf(m_file), bytes);
 }
 
-QTEST_GUILESS_MAIN(ForeignStoreTests)
+TELLWICK_TEST(ForeignStoreTests, EventLoop)
 #include "ForeignStoreTests.moc"

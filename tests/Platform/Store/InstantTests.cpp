@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/Instant.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace std::chrono;
@@ -102,5 +101,5 @@ void InstantTests::aClockThatStandsOrStepsBackStillGivesALaterInstant() {
     QVERIFY(laterThan(noon, noon - hours(1)) == noon + microseconds(1));
 }
 
-QTEST_GUILESS_MAIN(InstantTests)
+TELLWICK_TEST(InstantTests, EventLoop)
 #include "InstantTests.moc"

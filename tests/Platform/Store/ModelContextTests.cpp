@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Observation/Observer.h"
 #include "tests/Platform/Store/TestRecord.h"
+#include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -386,5 +386,5 @@ void ModelContextTests::aRecordThatAnotherProgramDeletedIsWrittenAgain() {
     QCOMPARE(ours.fetch<Note>(), QList{note});
 }
 
-QTEST_GUILESS_MAIN(ModelContextTests)
+TELLWICK_TEST(ModelContextTests, EventLoop)
 #include "ModelContextTests.moc"

@@ -2,10 +2,10 @@
 #include "Platform/Store/StoreError.h"
 #include "tests/Platform/Store/FaultyFiles.h"
 #include "tests/Platform/Store/TestRecord.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <signal.h>
 #include <sqlite3.h>
@@ -391,5 +391,5 @@ void StoreFaultTests::twoProgramsSavingAtOnceLoseNothing() {
     QCOMPARE(found, (Lines{{u"0"_s, last}, {u"1"_s, last}}));
 }
 
-QTEST_GUILESS_MAIN(StoreFaultTests)
+TELLWICK_TEST(StoreFaultTests, EventLoop)
 #include "StoreFaultTests.moc"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The store as a file: where it lies, who may read it, what it looks like from outside.
 #include "tests/Platform/Store/TestRecord.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -172,5 +172,5 @@ void StoreFileTests::theDataFolderIsTheConfiguredOneOrTheUsualOne() {
         qputenv("XDG_DATA_HOME", previous);
 }
 
-QTEST_GUILESS_MAIN(StoreFileTests)
+TELLWICK_TEST(StoreFileTests, EventLoop)
 #include "StoreFileTests.moc"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/TextList.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -85,5 +84,5 @@ void TextListTests::whatIsNoListOfTextsIsNone() {
     QVERIFY(!textListFromJson(json));
 }
 
-QTEST_GUILESS_MAIN(TextListTests)
+TELLWICK_TEST(TextListTests, EventLoop)
 #include "TextListTests.moc"

@@ -1,34 +1,34 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Text/InlineMarkdown.h"
+#include "tests/support/TestMain.h"
 
 #include <QRandomGenerator>
-#include <QTest>
 
 #include <algorithm>
 #include <ctime>
 
 using namespace Qt::StringLiterals;
+using platform::AttributedString;
 using platform::InlineMarkdown;
-using platform::StyledText;
 
 namespace {
 
 /// Writes a styled text out for comparison: each range between braces after the letters of its
 /// styles (s, e, c, d for struck out) and a link's target between vertical bars.
-QString written(const StyledText& styled) {
+QString written(const AttributedString& styled) {
     QString out;
     qsizetype done = 0;
-    for (const StyledText::Range& range : styled.ranges) {
+    for (const AttributedString::Range& range : styled.ranges) {
         out += styled.text.mid(done, range.start - done) + u'{';
-        if (range.styles & StyledText::Strong)
+        if (range.styles & AttributedString::Strong)
             out += u's';
-        if (range.styles & StyledText::Emphasis)
+        if (range.styles & AttributedString::Emphasis)
             out += u'e';
-        if (range.styles & StyledText::Code)
+        if (range.styles & AttributedString::Code)
             out += u'c';
-        if (range.styles & StyledText::Strikethrough)
+        if (range.styles & AttributedString::Strikethrough)
             out += u'd';
-        if (range.styles & StyledText::Link)
+        if (range.styles & AttributedString::Link)
             out += u'|' + range.target + u'|';
         out += u':' + styled.text.mid(range.start, range.length) + u'}';
         done = range.end();
@@ -303,7 +303,7 @@ void InlineMarkdownTests::textWithoutMarkupCharactersIsUnchanged() {
         const int length = random.bounded(120);
         for (int i = 0; i < length; ++i)
             source += alphabet[random.bounded(int(alphabet.size()))];
-        const StyledText parsed = InlineMarkdown::parse(source);
+        const AttributedString parsed = InlineMarkdown::parse(source);
         QCOMPARE(parsed.text, source);
         QVERIFY(parsed.ranges.empty());
     }
@@ -335,7 +335,7 @@ void InlineMarkdownTests::allWhiteSpaceSurvivesAnyMixtureOfMarkup() {
 void InlineMarkdownTests::everyBeginningParsedStepByStepEqualsTheWhole() {
     const QString source = variedText();
     for (const int step : {1, 2, 3, 7}) {
-        StyledText grown;
+        AttributedString grown;
         InlineMarkdown::Position position;
         for (qsizetype length = 0; length <= source.size(); length += step) {
             const QStringView beginning = QStringView(source).left(length);
@@ -355,7 +355,7 @@ void InlineMarkdownTests::aLongBlockGrowingStepByStepEqualsTheWhole() {
         source += u"some *words* in\r\n a line "_s;
     source += QString(40000, u'x') + u" **\U0001f600"_s + QString(20000, u' ') +
               QString(10000, QChar(0x4e2d)) + u"\n\n*end*"_s;
-    StyledText grown;
+    AttributedString grown;
     InlineMarkdown::Position position;
     for (qsizetype length = 0; length <= source.size(); length += 611) {
         const QStringView beginning = QStringView(source).left(length);
@@ -403,7 +403,7 @@ void InlineMarkdownTests::hostileTextCostsNoMoreThanItsLength() {
     const auto cost = [&](qsizetype size) {
         const QString source = piece.repeated(size / piece.size());
         const std::clock_t begin = std::clock();
-        const StyledText parsed = InlineMarkdown::parse(source);
+        const AttributedString parsed = InlineMarkdown::parse(source);
         const std::clock_t spent = std::clock() - begin;
         if (parsed.text.size() > source.size() + 1)
             qFatal("more text than there was");
@@ -422,10 +422,10 @@ void InlineMarkdownTests::hostileTextCostsNoMoreThanItsLength() {
 }
 
 void InlineMarkdownTests::rangesAreSortedAndDoNotOverlap() {
-    const StyledText parsed = InlineMarkdown::parse(variedText());
+    const AttributedString parsed = InlineMarkdown::parse(variedText());
     qsizetype end = 0;
     QVERIFY(!parsed.ranges.empty());
-    for (const StyledText::Range& range : parsed.ranges) {
+    for (const AttributedString::Range& range : parsed.ranges) {
         QVERIFY(range.start >= end);
         QVERIFY(range.length > 0);
         QVERIFY(range.styles);
@@ -434,5 +434,5 @@ void InlineMarkdownTests::rangesAreSortedAndDoNotOverlap() {
     QVERIFY(end <= parsed.text.size());
 }
 
-QTEST_APPLESS_MAIN(InlineMarkdownTests)
+TELLWICK_TEST(InlineMarkdownTests, Nothing)
 #include "InlineMarkdownTests.moc"

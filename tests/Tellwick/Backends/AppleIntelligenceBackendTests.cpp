@@ -3,9 +3,9 @@
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Tellwick/Backends/AppleIntelligenceBackend.h"
+#include "tests/support/TestMain.h"
 
 #include <QProcess>
-#include <QTest>
 
 #include <thread>
 
@@ -25,18 +25,18 @@ public:
 struct AskedTurn {
     QString prompt;
     GenerationOptions options;
-    StreamContinuation<Text> reply;
+    StreamContinuation<TextSnapshot> reply;
 
-    void say(QStringView snapshot) const { reply.yield(Text(snapshot)); }
+    void say(QStringView snapshot) const { reply.yield(TextSnapshot(snapshot)); }
 };
 
 class ScriptedSession final : public LanguageModelSession {
 public:
-    AsyncStream<Text> streamResponse(const QString& prompt,
-                                     const GenerationOptions& options) override {
+    AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
+                                             const GenerationOptions& options) override {
         if (refusal)
             std::rethrow_exception(refusal);
-        auto [stream, continuation] = makeStream<Text>();
+        auto [stream, continuation] = makeStream<TextSnapshot>();
         turns.push_back({prompt, options, continuation});
         return std::move(stream);
     }
@@ -212,8 +212,8 @@ void AppleIntelligenceBackendTests::afterAResetTheNextRequestMakesASessionWithIt
 
 void AppleIntelligenceBackendTests::theHistoryIsNeverSent() {
     const QList<ChatMessage> history{
-        ChatMessage(ChatMessage::Role::user, Text(u"an earlier question")),
-        ChatMessage(ChatMessage::Role::assistant, Text(u"an earlier answer"))};
+        ChatMessage(ChatMessage::Role::user, TextSnapshot(u"an earlier question")),
+        ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"an earlier answer"))};
     ask(u"now"_s, u"A"_s, history);
     QCOMPARE(m_model->instructions, QStringList{u"A"_s});
     QCOMPARE(m_model->sessions.front()->turns.size(), std::size_t{1});
@@ -330,7 +330,8 @@ void AppleIntelligenceBackendTests::calledOffTheMainThreadItStopsTheProgram() {
     QFETCH(QString, operation);
     QProcess child;
     child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(QCoreApplication::applicationFilePath(), {u"--off-main-thread"_s, operation});
+    child.start(QCoreApplication::applicationFilePath(),
+                {u"AppleIntelligenceBackendTests"_s, u"--off-main-thread"_s, operation});
     QVERIFY(child.waitForFinished(20'000));
     const QByteArray said = child.readAll();
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
@@ -356,13 +357,13 @@ int callOffTheMainThread(const QString& operation) {
 
 } // namespace
 
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+static int run(int argc, char** argv) {
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 3 && arguments.at(1) == u"--off-main-thread")
         return callOffTheMainThread(arguments.at(2));
     AppleIntelligenceBackendTests tests;
     return QTest::qExec(&tests, argc, argv);
 }
+TELLWICK_TEST_FUNCTION(AppleIntelligenceBackendTests, EventLoop, run)
 
 #include "AppleIntelligenceBackendTests.moc"

@@ -5,9 +5,9 @@
 #include "Tellwick/Backends/ModelManager.h"
 #include "Tellwick/Backends/OllamaBackend.h"
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace platform;
@@ -199,5 +199,5 @@ void ModelManagerServerTests::endingEverythingDuringARefreshTakesNoTime() {
     QVERIFY2(timer.elapsed() < 1000, "the end waits for the refresh");
 }
 
-QTEST_GUILESS_MAIN(ModelManagerServerTests)
+TELLWICK_TEST(ModelManagerServerTests, EventLoop)
 #include "ModelManagerServerTests.moc"

@@ -2,8 +2,7 @@
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Tellwick/Backends/ModelManager.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace tellwick;
@@ -27,7 +26,7 @@ public:
     const ModelInfo& info() const override { return m_info; }
     bool isAvailable() const override { return true; }
     ReplyStream streamResponse(const QString&, const QList<ChatMessage>&, const QString&) override {
-        return makeStream<Text>().stream;
+        return makeStream<TextSnapshot>().stream;
     }
     void reset() override {}
 
@@ -257,5 +256,5 @@ void ModelManagerTests::aScopeThatEndsMidRefreshLetsTheManagerGo() {
     QVERIFY(manager.expired());
 }
 
-QTEST_GUILESS_MAIN(ModelManagerTests)
+TELLWICK_TEST(ModelManagerTests, EventLoop)
 #include "ModelManagerTests.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/Tellwick/Backends/OllamaFixture.h"
+#include "tests/support/TestMain.h"
 
 #include <QJsonArray>
 #include <QLocale>
@@ -21,7 +22,7 @@ using Role = ChatMessage::Role;
 namespace {
 
 ChatMessage message(Role role, QStringView content) {
-    return {role, Text(content)};
+    return {role, TextSnapshot(content)};
 }
 
 } // namespace
@@ -201,7 +202,7 @@ void OllamaBackendTests::theRequestHoldsTheConversationAsItWasWhenAsked() {
     OllamaBackend asked = m_fixture->backend();
     QList<ChatMessage> history = {message(Role::user, u"before")};
     const auto reply = m_fixture->watch(asked.streamResponse(u"Hi"_s, history, QString()));
-    history[0].content = Text(u"after");
+    history[0].content = TextSnapshot(u"after");
     history.append(message(Role::assistant, u"more"));
     QTRY_VERIFY(reply->hasEnded);
     QCOMPARE(m_fixture->sentDocument()[u"messages"].toArray().size(), 3);
@@ -292,5 +293,5 @@ void OllamaBackendTests::proxiesOfTheEnvironmentAreNotUsed() {
     QCOMPARE(proxy.requestCount(), 0);
 }
 
-QTEST_GUILESS_MAIN(OllamaBackendTests)
+TELLWICK_TEST(OllamaBackendTests, EventLoop)
 #include "OllamaBackendTests.moc"

@@ -3,6 +3,7 @@
 #include "Platform/Json/JsonVisitor.h"
 #include "Tellwick/Backends/OllamaError.h"
 #include "tests/Tellwick/Backends/OllamaFixture.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -23,10 +24,9 @@ qint64 residentMemory() {
     QFile file(u"/proc/self/status"_s);
     if (!file.open(QIODevice::ReadOnly))
         return -1;
-    for (const QByteArray& row : file.readAll().split('\n')) {
+    for (const QByteArray& row : file.readAll().split('\n'))
         if (row.startsWith("VmRSS:"))
             return row.mid(6).simplified().split(' ').value(0).toLongLong() * 1024;
-    }
     return -1;
 }
 
@@ -283,7 +283,7 @@ void OllamaReplyTests::aHundredThousandLinesThatNobodyReadsCostMemoryInProportio
 
     struct Count {
         int elements = 0;
-        Text last;
+        TextSnapshot last;
     };
     const auto count = std::make_shared<Count>();
     constexpr auto drain = [](ReplyStream all, std::shared_ptr<Count> seen) -> Task<int> {
@@ -311,5 +311,5 @@ void OllamaReplyTests::endingTheNetworkThreadEndsRepliesAtOnce() {
     QTRY_VERIFY(m_fixture->server->clientClosed(0) && m_fixture->server->clientClosed(1));
 }
 
-QTEST_GUILESS_MAIN(OllamaReplyTests)
+TELLWICK_TEST(OllamaReplyTests, EventLoop)
 #include "OllamaReplyTests.moc"

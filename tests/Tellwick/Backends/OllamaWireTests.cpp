@@ -2,11 +2,11 @@
 #include "Platform/Json/JsonVisitor.h"
 #include "Tellwick/Backends/OllamaError.h"
 #include "Tellwick/Backends/OllamaWire.h"
+#include "tests/support/TestMain.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
 
 #include <optional>
 
@@ -265,5 +265,5 @@ void OllamaWireTests::theErrorsDescribeThemselves() {
              u"Ollama returned an unexpected status (301)."_s);
 }
 
-QTEST_GUILESS_MAIN(OllamaWireTests)
+TELLWICK_TEST(OllamaWireTests, EventLoop)
 #include "OllamaWireTests.moc"

@@ -4,8 +4,7 @@
 #include "Tellwick/Backends/AppleIntelligenceBackend.h"
 #include "tests/support/StreamProbe.h"
 #include "tests/support/TestEngine.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace tellwick;
@@ -113,8 +112,8 @@ void OnDeviceReplyTests::aResetBeginsAConversationWithItsOwnSystemPrompt() {
 void OnDeviceReplyTests::theHistoryIsNotSent() {
     m_places->recordPrompts();
     const auto heard = ask(u"now"_s, u"A"_s,
-                           {ChatMessage(ChatMessage::Role::user, Text(u"earlier")),
-                            ChatMessage(ChatMessage::Role::assistant, Text(u"answer"))});
+                           {ChatMessage(ChatMessage::Role::user, TextSnapshot(u"earlier")),
+                            ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"answer"))});
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     QCOMPARE(m_places->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
 }
@@ -152,5 +151,5 @@ void OnDeviceReplyTests::afterAFailureAndAResetTheNextTurnIsAnswered() {
     expectAnswer(u"one"_s);
 }
 
-QTEST_GUILESS_MAIN(OnDeviceReplyTests)
+TELLWICK_TEST(OnDeviceReplyTests, EventLoop)
 #include "OnDeviceReplyTests.moc"

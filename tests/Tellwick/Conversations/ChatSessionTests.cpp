@@ -2,10 +2,10 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Store/ModelContext.h"
 #include "Tellwick/Conversations/ChatSession.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace platform;
 using namespace tellwick;
@@ -56,18 +56,19 @@ void ChatSessionTests::theStoreHasOneTableWithTheThreeAttributes() {
 
 void ChatSessionTests::messagesBecomeTwoListsSideBySide() {
     ChatSession session;
-    session.setMessages(
-        {ChatMessage(Role::user, Text(u"Hello")), ChatMessage(Role::assistant, Text(u"Hi there")),
-         ChatMessage(Role::user, Text(u"Hello")), ChatMessage(Role::assistant, Text())});
+    session.setMessages({ChatMessage(Role::user, TextSnapshot(u"Hello")),
+                         ChatMessage(Role::assistant, TextSnapshot(u"Hi there")),
+                         ChatMessage(Role::user, TextSnapshot(u"Hello")),
+                         ChatMessage(Role::assistant, TextSnapshot())});
     QCOMPARE(session.roles.value(),
              (QStringList{u"user"_s, u"assistant"_s, u"user"_s, u"assistant"_s}));
     QCOMPARE(session.contents.value(), (QStringList{u"Hello"_s, u"Hi there"_s, u"Hello"_s, u""_s}));
 }
 
 void ChatSessionTests::messagesComeBackWithFreshIdentities() {
-    const ChatMessage user(Role::user, Text(u"Hello"));
+    const ChatMessage user(Role::user, TextSnapshot(u"Hello"));
     ChatSession session;
-    session.setMessages({user, ChatMessage(Role::assistant, Text(u"Hi"))});
+    session.setMessages({user, ChatMessage(Role::assistant, TextSnapshot(u"Hi"))});
     const auto first = session.messages();
     const auto second = session.messages();
     QCOMPARE(first.size(), 2);
@@ -95,7 +96,7 @@ void ChatSessionTests::textsComeBackExactly() {
     };
     QList<ChatMessage> messages;
     for (const QString& text : texts)
-        messages.append(ChatMessage(Role::user, Text(text)));
+        messages.append(ChatMessage(Role::user, TextSnapshot(text)));
     {
         ModelContext context(container);
         const auto session = std::make_shared<ChatSession>();
@@ -195,5 +196,5 @@ void ChatSessionTests::theFileLiesInTheFolderOfTheUsersData() {
         qputenv("XDG_DATA_HOME", previous);
 }
 
-QTEST_GUILESS_MAIN(ChatSessionTests)
+TELLWICK_TEST(ChatSessionTests, EventLoop)
 #include "ChatSessionTests.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a turn does from its start to its end, and what it leaves in the store.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 
@@ -248,7 +249,7 @@ void ChatTurnTests::anOldTurnTouchesNoMessageThatIsNotItsReply() {
     const auto& turn = conversation().ask(u"one"_s);
     QList<ChatMessage> others;
     for (int i = 0; i < count; ++i)
-        others.append(ChatMessage(i % 2 ? Role::assistant : Role::user, Text(u"other")));
+        others.append(ChatMessage(i % 2 ? Role::assistant : Role::user, TextSnapshot(u"other")));
     controller().messages = others;
     turn.say(u"1");
     if (fails)
@@ -349,5 +350,5 @@ void ChatTurnTests::aReplyOfAMillionCharactersInAHundredThousandElements() {
     QVERIFY(storedContents().last() == builder.text().view());
 }
 
-QTEST_GUILESS_MAIN(ChatTurnTests)
+TELLWICK_TEST(ChatTurnTests, EventLoop)
 #include "ChatTurnTests.moc"

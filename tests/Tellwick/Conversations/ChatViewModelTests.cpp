@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the controller's operations do at once; what a turn does later is in ChatTurnTests.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace tellwick;
@@ -293,5 +294,5 @@ void ChatViewModelTests::whatNotifiesAndWhatDoesNot() {
     QCOMPARE(modes, 1);
 }
 
-QTEST_GUILESS_MAIN(ChatViewModelTests)
+TELLWICK_TEST(ChatViewModelTests, EventLoop)
 #include "ChatViewModelTests.moc"

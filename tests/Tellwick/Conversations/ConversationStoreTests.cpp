@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The controller and its record in the store: the start, the new chat, and a store that fails.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 
@@ -260,5 +261,5 @@ void ConversationStoreTests::startingFromALongConversationIsQuick() {
     }
 }
 
-QTEST_GUILESS_MAIN(ConversationStoreTests)
+TELLWICK_TEST(ConversationStoreTests, EventLoop)
 #include "ConversationStoreTests.moc"

@@ -20,9 +20,9 @@ public:
 struct AskedTurn {
     QString prompt;
     qsizetype session; ///< the number of the session, from 0
-    platform::StreamContinuation<platform::Text> reply;
+    platform::StreamContinuation<platform::TextSnapshot> reply;
 
-    void say(QStringView snapshot) const { reply.yield(platform::Text(snapshot)); }
+    void say(QStringView snapshot) const { reply.yield(platform::TextSnapshot(snapshot)); }
     void end() const { reply.finish(); }
     void fail() const { reply.finish(std::make_exception_ptr(ScriptedError())); }
 };
@@ -54,9 +54,9 @@ private:
             : m_model(model)
             , m_number(number) {}
 
-        platform::AsyncStream<platform::Text>
+        platform::AsyncStream<platform::TextSnapshot>
         streamResponse(const QString& prompt, const platform::GenerationOptions&) override {
-            auto [stream, continuation] = platform::makeStream<platform::Text>();
+            auto [stream, continuation] = platform::makeStream<platform::TextSnapshot>();
             m_model.turns.push_back({prompt, m_number, continuation});
             return std::move(stream);
         }

@@ -17,9 +17,9 @@ public:
         QString prompt;
         QList<tellwick::ChatMessage> history;
         QString systemPrompt;
-        platform::StreamContinuation<platform::Text> reply;
+        platform::StreamContinuation<platform::TextSnapshot> reply;
 
-        void say(QStringView snapshot) const { reply.yield(platform::Text(snapshot)); }
+        void say(QStringView snapshot) const { reply.yield(platform::TextSnapshot(snapshot)); }
         void end() const { reply.finish(); }
         template <class Error>
         void fail(Error error) const {
@@ -76,7 +76,7 @@ private:
                                              const QString& systemPrompt) override {
             if (const auto refusal = std::exchange(m_server.refusal, nullptr))
                 std::rethrow_exception(refusal);
-            auto [stream, continuation] = platform::makeStream<platform::Text>();
+            auto [stream, continuation] = platform::makeStream<platform::TextSnapshot>();
             m_server.requests.push_back(
                 {m_info.name(), prompt, history, systemPrompt, continuation});
             return std::move(stream);

@@ -2,6 +2,7 @@
 // Turns with the models of a local server: what they are handed, how they fail, and what a change
 // of the selection does to them.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/TestMain.h"
 
 #include <QProcess>
 
@@ -270,10 +271,12 @@ void ServerTurnTests::aFloodOfElementsCanBeStopped() {
     QTimer click;
     click.setSingleShot(true);
     qsizetype sizeAtClick = 0;
-    QObject::connect(&click, &QTimer::timeout, &click, [&] {
-        sizeAtClick = controller().messages.value().last().content.size();
-        controller().stop();
-    });
+    QObject::connect(
+        &click, &QTimer::timeout, &click,
+        [&] {
+            sizeAtClick = controller().messages.value().last().content.size();
+            controller().stop();
+        });
     const auto notifier = controller().messages.addNotifier([&] {
         if (!click.isActive() && sizeAtClick == 0)
             click.start(0);
@@ -317,7 +320,8 @@ void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram() {
     QFETCH(QString, operation);
     QProcess child;
     child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(QCoreApplication::applicationFilePath(), {u"--off-main-thread"_s, operation});
+    child.start(QCoreApplication::applicationFilePath(),
+                {u"ServerTurnTests"_s, u"--off-main-thread"_s, operation});
     QVERIFY(child.waitForFinished(20'000));
     const QByteArray said = child.readAll();
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
@@ -347,13 +351,13 @@ int callOffTheMainThread(const QString& operation) {
 
 } // namespace
 
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+static int run(int argc, char** argv) {
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 3 && arguments.at(1) == u"--off-main-thread")
         return callOffTheMainThread(arguments.at(2));
     ServerTurnTests tests;
     return QTest::qExec(&tests, argc, argv);
 }
+TELLWICK_TEST_FUNCTION(ServerTurnTests, EventLoop, run)
 
 #include "ServerTurnTests.moc"

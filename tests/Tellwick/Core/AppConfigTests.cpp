@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Core/AppConfig.h"
+#include "tests/support/TestMain.h"
 
-#include <QTest>
 #include <QUrl>
 
 #include <thread>
@@ -141,5 +141,5 @@ void AppConfigTests::theWebsiteIsAnAddress() {
     QVERIFY(!AppConfig::copyright().isEmpty());
 }
 
-QTEST_GUILESS_MAIN(AppConfigTests)
+TELLWICK_TEST(AppConfigTests, EventLoop)
 #include "AppConfigTests.moc"

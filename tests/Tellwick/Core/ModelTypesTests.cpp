@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Core/ModelBackend.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace tellwick;
 using namespace Qt::StringLiterals;
-using platform::Text;
+using platform::TextSnapshot;
 
 class ModelTypesTests final : public QObject {
     Q_OBJECT
@@ -22,16 +21,16 @@ private Q_SLOTS:
 };
 
 void ModelTypesTests::messagesWithTheSameTextHaveDifferentIdentities() {
-    const ChatMessage a(ChatMessage::Role::user, Text(u"same"));
-    const ChatMessage b(ChatMessage::Role::user, Text(u"same"));
+    const ChatMessage a(ChatMessage::Role::user, TextSnapshot(u"same"));
+    const ChatMessage b(ChatMessage::Role::user, TextSnapshot(u"same"));
     QVERIFY(a.id() != b.id());
     QCOMPARE(a.id().version(), QUuid::Random);
 }
 
 void ModelTypesTests::aCopyIsTheSameMessageAndItsContentMayChange() {
-    const ChatMessage message(ChatMessage::Role::assistant, Text());
+    const ChatMessage message(ChatMessage::Role::assistant, TextSnapshot());
     ChatMessage copy = message;
-    copy.content = Text(u"more");
+    copy.content = TextSnapshot(u"more");
     QCOMPARE(copy.id(), message.id());
     QVERIFY(copy.role() == ChatMessage::Role::assistant);
     QVERIFY(message.content.isEmpty());
@@ -78,5 +77,5 @@ void ModelTypesTests::aServersModelNameStandsUnchangedInItsIdentifier() {
     QCOMPARE(ModelInfo::ollamaID(u"Org/Name Ü:Tag"_s), u"ollama-Org/Name Ü:Tag"_s);
 }
 
-QTEST_GUILESS_MAIN(ModelTypesTests)
+TELLWICK_TEST(ModelTypesTests, EventLoop)
 #include "ModelTypesTests.moc"

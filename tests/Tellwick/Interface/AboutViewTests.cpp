@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Divider.h"
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/Label.h"
-#include "Platform/Widgets/TextButton.h"
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/TextButton.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "tests/Tellwick/Interface/TestWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QAbstractButton>
 
@@ -272,5 +273,5 @@ void AboutViewTests::thereIsNoControlButTheLink() {
     QCOMPARE(f.view->findChildren<QAbstractButton*>().size(), 1);
 }
 
-QTEST_MAIN(AboutViewTests)
+TELLWICK_TEST(AboutViewTests, Widgets)
 #include "AboutViewTests.moc"

@@ -3,9 +3,9 @@
 #include "tests/Tellwick/Interface/AccessibleDesktop.h"
 #include "tests/Tellwick/Interface/BusElement.h"
 #include "tests/support/LoopbackServer.h"
+#include "tests/support/TestMain.h"
 
 #include <QDBusVariant>
-#include <QTest>
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -105,11 +105,10 @@ void AccessibilityBusTests::init() {
             say(R"({"models":[{"name":"llama3.2:3b","size":2019393189},{"name":"bare","size":1}]})");
             return;
         }
-        for (const char* word : {"It ", "is **really** ", "simple."}) {
+        for (const char* word : {"It ", "is **really** ", "simple."})
             if (!connection.waitForEvent(m_words) || !say(QByteArray(R"({"message":{"content":")") +
                                                           word + R"("},"done":false})" + "\n"))
                 return;
-        }
         if (connection.waitForEvent(m_words))
             say("{\"message\":{\"content\":\"\"},\"done\":true}\n");
     };
@@ -319,5 +318,5 @@ void AccessibilityBusTests::theKeyboardStaysInsideWhatLiesOnTop() {
     EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
 }
 
-QTEST_GUILESS_MAIN(AccessibilityBusTests)
+TELLWICK_TEST(AccessibilityBusTests, EventLoop)
 #include "AccessibilityBusTests.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The message field of the chat screen, the button beside it, and where the keyboard goes.
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QInputMethodEvent>
 #include <QScrollBar>
@@ -207,5 +208,5 @@ void ChatInputTests::returnDuringACompositionDoesNotSend() {
     QCOMPARE(m->conversation.contents(), (QStringList{u"かな"_s, QString()}));
 }
 
-QTEST_MAIN(ChatInputTests)
+TELLWICK_TEST(ChatInputTests, Widgets)
 #include "ChatInputTests.moc"

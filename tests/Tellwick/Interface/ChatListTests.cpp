@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // How the chat screen shows a conversation and follows it: sending, stopping, scrolling.
-#include "Platform/Widgets/TextView.h"
+#include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 
@@ -351,7 +352,7 @@ void ChatListTests::aShorterTextScrollsToTheEnd() {
 void ChatListTests::aChangeOfAnOlderMessageScrollsNothing() {
     openWith(12);
     m->vm().messages.mutate(
-        [](auto& list) { list[0].content = platform::Text(u"Another beginning"); });
+        [](auto& list) { list[0].content = platform::TextSnapshot(u"Another beginning"); });
     m->flush();
     QCOMPARE(m->bubbles().first(), u"You: Another beginning"_s);
     QCOMPARE(m->column()->scrollPosition(), 0);
@@ -386,5 +387,5 @@ void ChatListTests::aSelectionSurvivesTheGrowthOfTheReply() {
     QCOMPARE(text->selectedText(), u"reply"_s);
 }
 
-QTEST_MAIN(ChatListTests)
+TELLWICK_TEST(ChatListTests, Widgets)
 #include "ChatListTests.moc"

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // What opens over the chat screen: the alert, the menu, the models' popover and the About sheet.
-#include "Platform/Widgets/Alert.h"
-#include "Platform/Widgets/Divider.h"
-#include "Platform/Widgets/Menu.h"
-#include "Platform/Widgets/Popover.h"
-#include "Platform/Widgets/PullDownButton.h"
-#include "Platform/Widgets/Sheet.h"
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/PullDownButton.h"
+#include "Platform/Widgets/Overlays/Alert.h"
+#include "Platform/Widgets/Overlays/Menu.h"
+#include "Platform/Widgets/Overlays/Popover.h"
+#include "Platform/Widgets/Overlays/Sheet.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
 
 using namespace Qt::StringLiterals;
 using platform::Alert;
@@ -334,5 +335,5 @@ void ChatOverlayTests::theWindowClosesWhileAScreenIsOpen() {
     QVERIFY(!m->overlays()->isPresenting());
 }
 
-QTEST_MAIN(ChatOverlayTests)
+TELLWICK_TEST(ChatOverlayTests, Widgets)
 #include "ChatOverlayTests.moc"

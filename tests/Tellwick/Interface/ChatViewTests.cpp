@@ -2,15 +2,16 @@
 // The chat screen at rest: the empty conversation, the writing modes, a new chat. What is typed is
 // in ChatInputTests, how the screen follows a conversation in ChatListTests, what opens over it in
 // ChatOverlayTests.
-#include "Platform/Widgets/Chip.h"
-#include "Platform/Widgets/Divider.h"
-#include "Platform/Widgets/HeaderBar.h"
-#include "Platform/Widgets/HorizontalStrip.h"
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/Label.h"
+#include "Platform/Widgets/Controls/Chip.h"
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/HeaderBar.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Scrolling/HorizontalStrip.h"
 #include "Tellwick/Interface/GreetingBubble.h"
 #include "Tellwick/Interface/ModeBar.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
 
 using namespace Qt::StringLiterals;
 using platform::ColorRole;
@@ -256,7 +257,7 @@ void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave() {
     const auto arrange = [&] {
         m->vm().activeMode = AppConfig::writingModes().first(); // a new chat has none
         if (hasMessages)
-            m->vm().messages = {{tellwick::ChatMessage::Role::user, platform::Text(u"Hi")}};
+            m->vm().messages = {{tellwick::ChatMessage::Role::user, platform::TextSnapshot(u"Hi")}};
         m->vm().isGenerating = isGenerating;
     };
     arrange();
@@ -288,5 +289,5 @@ void ChatViewTests::newChatKeepsTheDraftAndGivesTheFocusToTheField() {
     QVERIFY(m->conversation.stored().first().contents.isEmpty());
 }
 
-QTEST_MAIN(ChatViewTests)
+TELLWICK_TEST(ChatViewTests, Widgets)
 #include "ChatViewTests.moc"

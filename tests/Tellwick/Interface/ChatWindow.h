@@ -2,10 +2,10 @@
 #pragma once
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/GrowingTextField.h"
-#include "Platform/Widgets/IconButton.h"
-#include "Platform/Widgets/LazyColumn.h"
-#include "Platform/Widgets/OverlayHost.h"
+#include "Platform/Widgets/Controls/GrowingTextField.h"
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
+#include "Platform/Widgets/Scrolling/LazyColumn.h"
 #include "Tellwick/Interface/ChatView.h"
 #include "Tellwick/Interface/ContentView.h"
 #include "Tellwick/Interface/TellwickApp.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The window's root view over a real store: the first start, a later appearance, a restart.
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QFile>
@@ -186,5 +187,5 @@ void ContentViewTests::theGroundFollowsTheTheme() {
     QCOMPARE(ground(), dark);
 }
 
-QTEST_MAIN(ContentViewTests)
+TELLWICK_TEST(ContentViewTests, Widgets)
 #include "ContentViewTests.moc"

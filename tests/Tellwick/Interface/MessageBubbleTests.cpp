@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Contrast.h"
-#include "Platform/Widgets/TextView.h"
+#include "Platform/Widgets/Look/Contrast.h"
+#include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
 #include "tests/Tellwick/Interface/TestWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QClipboard>
 #include <QMimeData>
 
 using namespace Qt::StringLiterals;
+using platform::AttributedString;
 using platform::ColorRole;
-using platform::StyledText;
 using platform::TextView;
 using platform::Theme;
 using tellwick::ChatMessage;
@@ -22,7 +23,7 @@ namespace {
 struct Fixture : tests::TestWindow {
     Fixture(Role role, QStringView content, int width = 500)
         : TestWindow({width, 600})
-        , message(role, platform::Text(content))
+        , message(role, platform::TextSnapshot(content))
         , bubble(new MessageBubble(environment, message, window.get())) {
         fit(width);
         window->show();
@@ -32,7 +33,7 @@ struct Fixture : tests::TestWindow {
 
     /// Shows another content, as the list does.
     void say(QStringView content) {
-        message.content = platform::Text(content);
+        message.content = platform::TextSnapshot(content);
         bubble->setMessage(message);
         fit(bubble->width());
     }
@@ -127,27 +128,27 @@ void MessageBubbleTests::theTextIsShownByRole_data() {
     plain("underscores within a word", Role::assistant, u"under__score"_s);
     plain("an asterisk alone", Role::assistant, u"2 * 3"_s);
     QTest::newRow("a bold word") << Role::assistant << u"say **this** now"_s << u"say this now"_s
-                                 << 4 << 4 << int(StyledText::Strong);
+                                 << 4 << 4 << int(AttributedString::Strong);
     QTest::newRow("a word between two underscores")
         << Role::assistant << u"say __this__ now"_s << u"say this now"_s << 4 << 4
-        << int(StyledText::Strong);
+        << int(AttributedString::Strong);
     QTest::newRow("an emphasised word") << Role::assistant << u"say *this*"_s << u"say this"_s << 4
-                                        << 4 << int(StyledText::Emphasis);
+                                        << 4 << int(AttributedString::Emphasis);
     QTest::newRow("single underscores beside a marker")
         << Role::assistant << u"2 * _word_"_s << u"2 * word"_s << 4 << 4
-        << int(StyledText::Emphasis);
+        << int(AttributedString::Emphasis);
     QTest::newRow("code in a list below a heading")
         << Role::assistant << u"# Title\n- item `code`"_s << u"# Title\n- item code"_s << 15 << 4
-        << int(StyledText::Code);
+        << int(AttributedString::Code);
     QTest::newRow("struck out beside a marker") << Role::assistant << u"* ~~gone~~"_s << u"* gone"_s
-                                                << 2 << 4 << int(StyledText::Strikethrough);
+                                                << 2 << 4 << int(AttributedString::Strikethrough);
     QTest::newRow("a link") << Role::assistant << u"[here](https://a.example) it is"_s
-                            << u"here it is"_s << 0 << 4 << int(StyledText::Link);
+                            << u"here it is"_s << 0 << 4 << int(AttributedString::Link);
     QTest::newRow("blanks and breaks about a marker")
         << Role::assistant << u"  a  \n\n\tb  **c** "_s << u"  a  \n\n\tb  c "_s << 11 << 1
-        << int(StyledText::Strong);
+        << int(AttributedString::Strong);
     QTest::newRow("a fence") << Role::assistant << u"> a\n---\n**b**"_s << u"> a\n---\nb"_s << 8
-                             << 1 << int(StyledText::Strong);
+                             << 1 << int(AttributedString::Strong);
 }
 
 void MessageBubbleTests::theTextIsShownByRole() {
@@ -158,7 +159,7 @@ void MessageBubbleTests::theTextIsShownByRole() {
     QFETCH(int, length);
     QFETCH(int, style);
     const Fixture f(role, content);
-    const StyledText& text = f.text()->content();
+    const AttributedString& text = f.text()->content();
     QCOMPARE(text.text, shown);
     if (style == 0) {
         QVERIFY(text.ranges.empty());
@@ -370,5 +371,5 @@ void MessageBubbleTests::itIsReadOutWithItsSpeaker() {
     QVERIFY(f.screen().shows(name, QAccessible::ListItem));
 }
 
-QTEST_MAIN(MessageBubbleTests)
+TELLWICK_TEST(MessageBubbleTests, Widgets)
 #include "MessageBubbleTests.moc"

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/IconView.h"
-#include "Platform/Widgets/Label.h"
+#include "Platform/Widgets/Controls/IconView.h"
+#include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Interface/ModelsWindow.h"
+#include "tests/support/TestMain.h"
 
 #include <QPointer>
 
@@ -381,5 +382,5 @@ void ModelsViewTests::theScreenMayGoInTheMiddleOfARefresh() {
     QVERIFY(!m->manager().isRefreshing.value());
 }
 
-QTEST_MAIN(ModelsViewTests)
+TELLWICK_TEST(ModelsViewTests, Widgets)
 #include "ModelsViewTests.moc"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/IconButton.h"
-#include "Platform/Widgets/ScrollView.h"
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "Tellwick/Interface/ModelRow.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Conversations/Conversation.h"

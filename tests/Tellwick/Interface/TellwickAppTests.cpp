@@ -6,6 +6,7 @@
 #include "Tellwick/Interface/ContentView.h"
 #include "Tellwick/Interface/TellwickApp.h"
 #include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/TestMain.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -154,5 +155,5 @@ void TellwickAppTests::theEndOfTheProgramTakesNoTime() {
     QVERIFY(clock.elapsed() < 2000);
 }
 
-QTEST_MAIN(TellwickAppTests)
+TELLWICK_TEST(TellwickAppTests, Widgets)
 #include "TellwickAppTests.moc"

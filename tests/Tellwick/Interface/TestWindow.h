@@ -4,8 +4,8 @@
 #include "Platform/Desktop/ApplicationInformation.h"
 #include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/UrlOpener.h"
-#include "Platform/Widgets/OverlayHost.h"
-#include "Platform/Widgets/Theme.h"
+#include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Tellwick/Interface/Environment.h"
 #include "tests/Tellwick/Interface/ScreenReader.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "PrivateBus.h"
+#include "tests/Platform/Desktop/Linux/PrivateBus.h"
 
 #include <QFile>
 #include <QStandardPaths>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ScriptedPortal.h"
+#include "tests/Platform/Desktop/Linux/ScriptedPortal.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -65,10 +65,9 @@ bool ScriptedPortal::handleMessage(const QDBusMessage& message, const QDBusConne
         return true;
     }
     PortalSettings asked;
-    for (const QString& group : m_questions.constLast()) {
+    for (const QString& group : m_questions.constLast())
         if (m_settings.contains(group))
             asked.insert(group, m_settings.value(group));
-    }
     return connection.send(
         message.createReply(m_answer.isValid() ? m_answer : QVariant::fromValue(asked)));
 }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/AppearanceSettings.h"
 #include "Platform/Desktop/Linux/SessionBus.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -52,5 +52,5 @@ void SessionBusTests::appearanceStartsWithoutABus() {
     QVERIFY(!settings.isDark());
 }
 
-QTEST_MAIN(SessionBusTests)
+TELLWICK_TEST(SessionBusTests, Widgets)
 #include "SessionBusTests.moc"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/Linux/SettingsPortal.h"
-#include "PrivateBus.h"
-#include "ScriptedPortal.h"
+#include "tests/Platform/Desktop/Linux/PrivateBus.h"
+#include "tests/Platform/Desktop/Linux/ScriptedPortal.h"
+#include "tests/support/TestMain.h"
 
 #include <QDBusMessage>
 #include <QDeadlineTimer>
-#include <QTest>
 
 #include <cmath>
 #include <limits>
@@ -327,5 +327,5 @@ void SettingsPortalTests::anEndedSourceTellsNothing() {
     QVERIFY(m_told.isEmpty());
 }
 
-QTEST_MAIN(SettingsPortalTests)
+TELLWICK_TEST(SettingsPortalTests, Widgets)
 #include "SettingsPortalTests.moc"

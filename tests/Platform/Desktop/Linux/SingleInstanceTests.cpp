@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/SingleInstance.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <signal.h>
 #include <sys/socket.h>
@@ -362,5 +362,5 @@ void SingleInstanceTests::aHandOverIsQuick() {
     QCOMPARE(second->line(), "handed over");
 }
 
-QTEST_GUILESS_MAIN(SingleInstanceTests)
+TELLWICK_TEST(SingleInstanceTests, EventLoop)
 #include "SingleInstanceTests.moc"

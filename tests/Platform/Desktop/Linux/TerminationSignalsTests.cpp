@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/TerminationSignals.h"
+#include "tests/support/TestMain.h"
 
 #include <QProcess>
-#include <QTest>
 #include <QThread>
 
 #include <signal.h>
@@ -139,5 +139,5 @@ void TerminationSignalsTests::childrenStartWithNoneOfIt() {
     QCOMPARE(child.readAll(), QByteArray());
 }
 
-QTEST_GUILESS_MAIN(TerminationSignalsTests)
+TELLWICK_TEST(TerminationSignalsTests, EventLoop)
 #include "TerminationSignalsTests.moc"

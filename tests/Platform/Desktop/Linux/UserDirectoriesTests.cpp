@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/UserDirectories.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QMap>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -72,5 +72,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UserDirectoriesTests)
+TELLWICK_TEST(UserDirectoriesTests, EventLoop)
 #include "UserDirectoriesTests.moc"

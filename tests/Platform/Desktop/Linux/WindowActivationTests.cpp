@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/WindowActivation.h"
+#include "tests/support/TestMain.h"
 
 #include <QSignalSpy>
-#include <QTest>
 #include <QWindow>
 
 using namespace platform;
@@ -74,5 +74,5 @@ void WindowActivationTests::theTokenIsUsedOnce() {
     QVERIFY(!qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
 }
 
-QTEST_MAIN(WindowActivationTests)
+TELLWICK_TEST(WindowActivationTests, Widgets)
 #include "WindowActivationTests.moc"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/WindowActivation.h"
+#include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTest>
 #include <QWindow>
 
 #include <cstdio>
@@ -59,10 +59,9 @@ public:
     /// Takes in what was sent to everybody until now.
     void look() {
         while (const std::unique_ptr<xcb_generic_event_t, Free> event{
-            xcb_poll_for_event(m_connection)}) {
+            xcb_poll_for_event(m_connection)})
             if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE)
                 take(*reinterpret_cast<const xcb_client_message_event_t*>(event.get()));
-        }
     }
 
     /// The last startup information; complete once it holds a NUL.
@@ -224,7 +223,7 @@ void X11ActivationTests::theDesktopLearnsThatTheStartIsOver() {
     QCOMPARE(QByteArray(m_onlooker->startupInformation().constData()), message);
 }
 
-int main(int argc, char* argv[]) {
+static int run(int argc, char** argv) {
     // Qt asks what the window manager can do when it opens the display: so that comes first.
     const QString program = QStandardPaths::findExecutable(u"openbox"_s);
     if (program.isEmpty() || !qEnvironmentVariableIsSet("DISPLAY")) {
@@ -244,5 +243,6 @@ int main(int argc, char* argv[]) {
     manager.waitForFinished(watchdog);
     return result;
 }
+TELLWICK_TEST_FUNCTION(X11ActivationTests, Nothing, run)
 
 #include "X11ActivationTests.moc"

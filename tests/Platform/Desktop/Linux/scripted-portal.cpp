@@ -3,7 +3,7 @@
 // and that no motion is wanted.
 //
 //   scripted-portal light|dark
-#include "ScriptedPortal.h"
+#include "tests/Platform/Desktop/Linux/ScriptedPortal.h"
 
 #include <QCoreApplication>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/ChatCompletion.h"
+#include "tests/support/TestMain.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -27,7 +27,8 @@ private Q_SLOTS:
 
 void ChatCompletionTests::aRequestHoldsTheWholeConversationInOrder() {
     const QByteArray body = chatRequestBody(
-        u"Be kind."_s, {{u"one"_s, Text(u"first")}, {u"two"_s, Text(u"second")}}, u"three"_s, {});
+        u"Be kind."_s, {{u"one"_s, TextSnapshot(u"first")}, {u"two"_s, TextSnapshot(u"second")}},
+        u"three"_s, {});
     const QJsonObject request = QJsonDocument::fromJson(body).object();
     QStringList messages;
     for (const auto& value : request[u"messages"].toArray())
@@ -141,5 +142,5 @@ void ChatCompletionTests::anErrorBodyIsReadOrStandsForAnUnknownFailure() {
     QCOMPARE(int(readChatFailure(QByteArray())), int(Kind::NoAnswer));
 }
 
-QTEST_GUILESS_MAIN(ChatCompletionTests)
+TELLWICK_TEST(ChatCompletionTests, EventLoop)
 #include "ChatCompletionTests.moc"

@@ -4,9 +4,9 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 #include "tests/support/StreamProbe.h"
 #include "tests/support/TestEngine.h"
+#include "tests/support/TestMain.h"
 
 #include <QFile>
-#include <QTest>
 
 #include <signal.h>
 
@@ -212,5 +212,5 @@ void EngineFaultsTests::optionsInTheEnvironmentHaveNoEffect() {
     qunsetenv("LLAMA_ARG_CHAT_TEMPLATE");
 }
 
-QTEST_GUILESS_MAIN(EngineFaultsTests)
+TELLWICK_TEST(EngineFaultsTests, EventLoop)
 #include "EngineFaultsTests.moc"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/EngineFolder.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -139,5 +139,5 @@ void EngineFolderTests::withoutAnyPlaceThereIsNoFolder() {
     QVERIFY(!EngineFolder::create({in(u"missing/parent"_s)}));
 }
 
-QTEST_GUILESS_MAIN(EngineFolderTests)
+TELLWICK_TEST(EngineFolderTests, EventLoop)
 #include "EngineFolderTests.moc"

@@ -5,6 +5,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 #include "tests/support/StreamProbe.h"
 #include "tests/support/TestEngine.h"
+#include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,7 +13,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTest>
 
 #include <signal.h>
 
@@ -26,7 +26,7 @@ constexpr int limit = 30'000; // milliseconds; the machine may be busy with othe
 
 /// A program with a conversation under way, as the tests end it in many ways.
 struct Chat {
-    explicit Chat(const LlamaServerPlaces& places,
+    explicit Chat(const LlamaServerPaths& places,
                   std::chrono::seconds idleTime = LlamaServerModel::defaultIdleTime)
         : model(network, places, idleTime)
         , session(model.makeSession(u"Be kind."_s)) {}
@@ -161,7 +161,7 @@ void EngineLifetimeTests::theEngineEndsWithTheProgram() {
     QFETCH(int, signal);
     QProcess program;
     program.start(QCoreApplication::applicationFilePath(),
-                  {u"--chat"_s, m_places->path(QString())});
+                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_places->path(QString())});
     QVERIFY(program.waitForReadyRead(limit));
     QCOMPARE(program.readLine(), QByteArray("answering\n"));
     const QList<qint64> children = childrenOf(program.processId());
@@ -175,7 +175,7 @@ void EngineLifetimeTests::theEngineEndsWithTheProgram() {
 void EngineLifetimeTests::theNextStartSweepsWhatAKilledProgramLeft() {
     QProcess program;
     program.start(QCoreApplication::applicationFilePath(),
-                  {u"--chat"_s, m_places->path(QString())});
+                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_places->path(QString())});
     QVERIFY(program.waitForReadyRead(limit));
     program.kill();
     QVERIFY(program.waitForFinished(limit));
@@ -219,7 +219,7 @@ namespace {
 /// What the child process of some tests does: a conversation in the folders of the test, until it
 /// is ended from outside.
 int chatUntilTheEnd(const QString& folder) {
-    LlamaServerPlaces places;
+    LlamaServerPaths places;
     places.dataFolders = {folder + u"/data"_s};
     places.programFolders = {folder + u"/bin"_s};
     places.runtimeFolders = {folder + u"/run"_s};
@@ -235,13 +235,13 @@ int chatUntilTheEnd(const QString& folder) {
 
 } // namespace
 
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+static int run(int argc, char** argv) {
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 3 && arguments.at(1) == u"--chat")
         return chatUntilTheEnd(arguments.at(2));
     EngineLifetimeTests tests;
     return QTest::qExec(&tests, argc, argv);
 }
+TELLWICK_TEST_FUNCTION(EngineLifetimeTests, EventLoop, run)
 
 #include "EngineLifetimeTests.moc"

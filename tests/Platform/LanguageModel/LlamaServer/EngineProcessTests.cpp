@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
+#include "tests/support/TestMain.h"
 
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -127,7 +127,8 @@ private Q_SLOTS:
     /// A script that hands over to the program by exec, as the engine's wrapper does.
     void theProcessEndsWhenTheProgramIsKilled() {
         QProcess program;
-        program.start(QCoreApplication::applicationFilePath(), {u"--start-engine"_s});
+        program.start(QCoreApplication::applicationFilePath(),
+                      {u"EngineProcessTests"_s, u"--start-engine"_s});
         QVERIFY(program.waitForReadyRead(20'000));
         const qint64 engine = program.readLine().trimmed().toLongLong();
         QVERIFY(engine > 0);
@@ -138,8 +139,7 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+static int run(int argc, char** argv) {
     if (QCoreApplication::arguments().value(1) == u"--start-engine") {
         const auto process = shell(u"cd / && exec sleep 600"_s);
         printf("%d\n", static_cast<int>(process->id()));
@@ -149,5 +149,6 @@ int main(int argc, char** argv) {
     EngineProcessTests tests;
     return QTest::qExec(&tests, argc, argv);
 }
+TELLWICK_TEST_FUNCTION(EngineProcessTests, EventLoop, run)
 
 #include "EngineProcessTests.moc"

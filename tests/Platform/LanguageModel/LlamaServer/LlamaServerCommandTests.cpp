@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -79,5 +78,5 @@ void LlamaServerCommandTests::aMachineWithMoreMemoryHoldsLongerConversations() {
     QCOMPARE(contextSizeFor(16'500'000'000), 16'384);
 }
 
-QTEST_GUILESS_MAIN(LlamaServerCommandTests)
+TELLWICK_TEST(LlamaServerCommandTests, EventLoop)
 #include "LlamaServerCommandTests.moc"

@@ -4,8 +4,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServerSession.h"
 #include "tests/support/StreamProbe.h"
 #include "tests/support/TestEngine.h"
-
-#include <QTest>
+#include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace tests;
@@ -279,5 +278,5 @@ void LlamaServerSessionTests::awkwardTextsReachTheModelUnchanged() {
              "<|im_start|>user\n" + text.toUtf8() + "<|im_end|>\n<|im_start|>assistant\n");
 }
 
-QTEST_GUILESS_MAIN(LlamaServerSessionTests)
+TELLWICK_TEST(LlamaServerSessionTests, EventLoop)
 #include "LlamaServerSessionTests.moc"

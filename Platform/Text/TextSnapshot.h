@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace platform {
+
+/// An immutable text in UTF-16 that is cheap to copy, also while it grows elsewhere.
+///
+/// A reply arrives as thousands of texts, each the whole reply so far. They all share one buffer
+/// that a TextBuilder appends to, and differ in length only: a copy costs a reference, and keeping
+/// all of them costs no more memory than a small multiple of the longest.
+///
+/// Texts may be read on any thread, also while the builder that made them goes on.
+class TextSnapshot {
+public:
+    /// The empty text.
+    TextSnapshot() = default;
+    /// A text of its own with a copy of these characters.
+    explicit TextSnapshot(QStringView characters);
+
+    /// The characters. Valid as long as this text or a copy of it.
+    QStringView view() const;
+    /// A string of its own with the same characters. Costs a copy.
+    QString toString() const { return view().toString(); }
+
+    qsizetype size() const { return m_size; }
+    bool isEmpty() const { return m_size == 0; }
+
+    /// Whether this text begins with the whole of `earlier`. Costs nothing when both come from the
+    /// same buffer, as successive snapshots of a growing text nearly always do; else a comparison.
+    bool continues(const TextSnapshot& earlier) const;
+
+    friend bool operator==(const TextSnapshot& a, const TextSnapshot& b) {
+        return a.m_size == b.m_size && a.continues(b);
+    }
+
+private:
+    friend class TextBuilder;
+    struct Buffer;
+    TextSnapshot(std::shared_ptr<const Buffer> buffer, qsizetype size);
+
+    std::shared_ptr<const Buffer> m_buffer;
+    qsizetype m_size = 0;
+};
+
+/// Builds a text by appending, and hands out what it has so far at any moment.
+///
+/// Used by one thread at a time. It never changes characters that it has handed out: it writes
+/// behind them, or moves on to a larger buffer.
+class TextBuilder {
+public:
+    /// Adds characters at the end. Amortised cost: their number.
+    void append(QStringView characters);
+
+    /// The whole text so far, at no cost.
+    TextSnapshot text() const;
+
+private:
+    void reserve(qsizetype size);
+
+    std::shared_ptr<TextSnapshot::Buffer> m_buffer;
+    qsizetype m_size = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/Accessible.h"
+
+#include <QAccessibleWidget>
+#include <QWidget>
+
+namespace platform {
+
+namespace {
+
+class ElementInterface final : public QAccessibleWidget {
+public:
+    ElementInterface(QWidget* widget, const AccessibleElement& element)
+        : QAccessibleWidget(widget, element.accessibleRole()) {}
+
+    QString text(QAccessible::Text kind) const override {
+        auto text = QAccessibleWidget::text(kind);
+        if (text.isEmpty() && kind == QAccessible::Name)
+            text = element().accessibleText();
+        else if (text.isEmpty() && kind == QAccessible::Description)
+            text = element().accessibleDetail();
+        // Without a description, a tool tip stands in for it: one that says the name again is
+        // noise.
+        if (kind == QAccessible::Description && text == this->text(QAccessible::Name))
+            text.clear();
+        return text;
+    }
+
+    QAccessible::Role role() const override { return element().accessibleRole(); }
+
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        element().addAccessibleState(state);
+        return state;
+    }
+
+    QStringList actionNames() const override {
+        return element().accessibleActions() + QAccessibleWidget::actionNames();
+    }
+
+    void doAction(const QString& name) override {
+        if (element().accessibleActions().contains(name)) {
+            if (widget()->isEnabled())
+                element().performAccessibleAction(name);
+        } else {
+            QAccessibleWidget::doAction(name);
+        }
+    }
+
+private:
+    AccessibleElement& element() const { return dynamic_cast<AccessibleElement&>(*object()); }
+};
+
+QAccessibleInterface* elementInterface(const QString&, QObject* object) {
+    auto* widget = qobject_cast<QWidget*>(object);
+    const auto* element = dynamic_cast<AccessibleElement*>(object);
+    return widget != nullptr && element != nullptr ? new ElementInterface(widget, *element)
+                                                   : nullptr;
+}
+
+} // namespace
+
+void AccessibleElement::install() {
+    QAccessible::installFactory(elementInterface);
+}
+
+} // namespace platform

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/GrowingTextField.h"
+
+#include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QAccessibleWidget>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocumentFragment>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+constexpr int longWord = 2000;
+
+/// Whether a text holds a word that the editor would take far too long to break: it looks at the
+/// whole rest of the word for each line of it.
+bool hasLongWord(QStringView text) {
+    qsizetype length = 0;
+    for (const QChar character : text) {
+        length = character.isSpace() ? 0 : length + 1;
+        if (length > longWord)
+            return true;
+    }
+    return false;
+}
+
+/// What the editor paints on. Assistive technology meets the field alone: there is the focus, which
+/// Qt reports of this one as well.
+class ViewportAccessible final : public QAccessibleWidget {
+public:
+    using QAccessibleWidget::QAccessibleWidget;
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.invisible = true;
+        state.focusable = false;
+        state.focused = false;
+        return state;
+    }
+};
+
+QAccessibleInterface* makeViewportAccessible(const QString&, QObject* object) {
+    const auto* field = object ? qobject_cast<GrowingTextField*>(object->parent()) : nullptr;
+    auto* widget = qobject_cast<QWidget*>(object);
+    return field && widget == field->viewport() ? new ViewportAccessible(widget) : nullptr;
+}
+
+} // namespace
+
+GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
+    : QPlainTextEdit(parent)
+    , m_theme(theme)
+    , m_bar(new OverlayScrollBar(theme, this)) {
+    QAccessible::installFactory(makeViewportAccessible); // once for all fields
+    setFrameShape(QFrame::NoFrame);
+    // The editor asks for one pixel more than its lines take, or else it scrolls.
+    setViewportMargins(Theme::fieldPaddingX, Theme::fieldPaddingY, Theme::fieldPaddingX,
+                       Theme::fieldPaddingY - 1);
+    viewport()->setAutoFillBackground(false);
+    document()->setDocumentMargin(0);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    breakLinesFor({});
+    setTabChangesFocus(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+
+    connect(this, &QPlainTextEdit::textChanged, this, [this] {
+        if (document()->characterCount() < longWord)
+            breakLinesFor({});
+        alignText();
+        fitHeight();
+        if (m_edited && !m_isSetting)
+            m_edited(text());
+    });
+    QScrollBar* lines = verticalScrollBar();
+    connect(lines, &QScrollBar::rangeChanged, this, [this, lines](int from, int to) {
+        m_bar->setRange(from, to);
+        m_bar->setPageStep(lines->pageStep());
+    });
+    connect(lines, &QScrollBar::valueChanged, this, [this](int value) {
+        m_bar->setValue(value);
+        m_bar->flash();
+    });
+    connect(m_bar, &QAbstractSlider::valueChanged, lines, &QScrollBar::setValue);
+    observe(this, [this] { applyTheme(); });
+}
+
+void GrowingTextField::applyTheme() {
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, Qt::transparent);
+    colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
+    colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::SecondaryLabel));
+    colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
+    colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
+    setPalette(colours);
+    setFont(m_theme.font(TextStyle::Body));
+    fitHeight();
+    update();
+}
+
+// Text
+
+QString GrowingTextField::text() const {
+    // Not toPlainText(), which turns no-break spaces into blanks.
+    QString text = document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    text.replace(QChar::LineSeparator, u'\n');
+    return text;
+}
+
+void GrowingTextField::setText(const QString& text) {
+    if (text == this->text())
+        return;
+    if (m_isComposing)
+        QGuiApplication::inputMethod()->reset();
+    m_isComposing = false;
+    m_isSetting = true;
+    breakLinesFor(text);
+    setPlainText(text);
+    m_isSetting = false;
+    moveCursor(QTextCursor::End);
+}
+
+bool GrowingTextField::canInsertFromMimeData(const QMimeData* source) const {
+    return source->hasText() || source->hasHtml();
+}
+
+void GrowingTextField::insertFromMimeData(const QMimeData* source) {
+    QString text = source->text();
+    if (text.isEmpty() && source->hasHtml())
+        text = QTextDocumentFragment::fromHtml(source->html()).toPlainText();
+    text.replace("\r\n"_L1, "\n"_L1);
+    text.replace(u'\r', u'\n');
+    text.remove(QChar::Null);
+    if (hasLongWord(text))
+        breakLinesFor(text);
+    textCursor().insertText(text);
+    ensureCursorVisible();
+}
+
+/// Lines break between words, but anywhere in a text with a word of thousands of characters.
+void GrowingTextField::breakLinesFor(QStringView text) {
+    const QTextOption::WrapMode mode =
+        hasLongWord(text) ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
+    if (wordWrapMode() != mode)
+        setWordWrapMode(mode);
+}
+
+/// Text that begins in a script read from the right lies right.
+void GrowingTextField::alignText() {
+    QTextBlock block = document()->begin();
+    while (block.isValid() && block.length() <= 1)
+        block = block.next();
+    const bool right = block.isValid() && block.text().isRightToLeft();
+    QTextOption option = document()->defaultTextOption();
+    const Qt::Alignment alignment = right ? Qt::AlignRight : Qt::AlignLeft;
+    if (option.alignment() != alignment) {
+        option.setAlignment(alignment);
+        document()->setDefaultTextOption(option);
+    }
+}
+
+// Size
+
+/// How far the first lines reach; looks at no more of the text than these.
+GrowingTextField::Extent GrowingTextField::extent() const {
+    Extent extent;
+    const QAbstractTextDocumentLayout* layout = document()->documentLayout();
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        const qreal height = layout->blockBoundingRect(block).height(); // lays it out, too
+        const int lines = std::max(1, block.layout()->lineCount());
+        if (extent.lines + lines > maximumLines) {
+            const int room = maximumLines - extent.lines;
+            if (room > 0) {
+                const QTextLine last = block.layout()->lineAt(room - 1);
+                extent.height += last.y() + last.height();
+            }
+            extent.lines = maximumLines;
+            extent.isWhole = false;
+            return extent;
+        }
+        extent.lines += lines;
+        extent.height += height;
+    }
+    return extent;
+}
+
+int GrowingTextField::visibleLines() const {
+    return std::max(1, extent().lines);
+}
+
+QSize GrowingTextField::sizeHint() const {
+    const qreal line = QFontMetricsF(font()).lineSpacing();
+    const auto content = static_cast<int>(std::ceil(std::max(line, extent().height)));
+    return {200, content + 2 * Theme::fieldPaddingY};
+}
+
+QSize GrowingTextField::minimumSizeHint() const {
+    return {80, sizeHint().height()};
+}
+
+void GrowingTextField::fitHeight() {
+    const int height = sizeHint().height();
+    if (height != m_height) {
+        m_height = height;
+        updateGeometry();
+    }
+}
+
+void GrowingTextField::resizeEvent(QResizeEvent* event) {
+    QPlainTextEdit::resizeEvent(event);
+    fitHeight();
+    // A line that was added scrolled the first one away before there was room for it.
+    if (extent().isWhole && height() >= m_height)
+        verticalScrollBar()->setValue(0);
+    const int inset = Theme::fieldPaddingY;
+    const int barWidth = m_bar->sizeHint().width();
+    m_bar->setGeometry(width() - barWidth, inset, barWidth, height() - 2 * inset);
+}
+
+// Keyboard
+
+void GrowingTextField::inputMethodEvent(QInputMethodEvent* event) {
+    m_isComposing = !event->preeditString().isEmpty();
+    QPlainTextEdit::inputMethodEvent(event);
+    fitHeight();
+}
+
+void GrowingTextField::commitComposition() {
+    QGuiApplication::inputMethod()->commit();
+    if (!m_isComposing)
+        return;
+    // The input method left it to the field.
+    QInputMethodEvent commit;
+    commit.setCommitString(textCursor().block().layout()->preeditAreaText());
+    inputMethodEvent(&commit);
+}
+
+void GrowingTextField::handleReturn(QKeyEvent* event) {
+    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    if (modifiers == Qt::NoModifier) {
+        if (m_isComposing)
+            commitComposition();
+        else if (m_submit)
+            m_submit();
+    } else if (modifiers == Qt::ShiftModifier || modifiers == Qt::AltModifier) {
+        if (m_isComposing)
+            commitComposition();
+        textCursor().insertBlock();
+        ensureCursorVisible();
+    } else {
+        event->ignore();
+    }
+}
+
+void GrowingTextField::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        handleReturn(event);
+        return;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        if (verticalScrollBar()->maximum() == 0) {
+            event->ignore();
+            return;
+        }
+        break;
+    default:
+        break;
+    }
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+void GrowingTextField::focusInEvent(QFocusEvent* event) {
+    QPlainTextEdit::focusInEvent(event);
+    m_showsFocus =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    update();
+}
+
+void GrowingTextField::focusOutEvent(QFocusEvent* event) {
+    QPlainTextEdit::focusOutEvent(event);
+    m_showsFocus = false;
+    update();
+}
+
+// The rest
+
+void GrowingTextField::contextMenuEvent(QContextMenuEvent* event) {
+    if (m_openContextMenu)
+        m_openContextMenu(event->globalPos());
+    else
+        QPlainTextEdit::contextMenuEvent(event);
+}
+
+bool GrowingTextField::event(QEvent* event) {
+    if (event->type() == QEvent::Paint) {
+        paintGround(); // what lies around the viewport, and under it
+        return true;
+    }
+    return QPlainTextEdit::event(event);
+}
+
+void GrowingTextField::paintGround() {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const qreal radius = std::min<qreal>(Theme::fieldRadius, height() / 2.0);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_theme.color(ColorRole::Field));
+    painter.drawRoundedRect(rect(), radius, radius);
+    if (m_showsFocus) {
+        constexpr qreal ring = Theme::focusRingWidth - 1;
+        painter.setPen(QPen(m_theme.color(ColorRole::FocusRing), ring));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(ring / 2, ring / 2, -ring / 2, -ring / 2),
+                                radius - ring / 2, radius - ring / 2);
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Widgets/Controls/Button.h"
+
+namespace platform {
+
+/// A row of an inset list that can be pressed anywhere: a title, a detail below it or none, and a
+/// mark at the trailing end or none.
+class ListRow : public Button {
+    Q_OBJECT
+
+public:
+    /// What stands at the trailing end: a text or a symbol. `name` is what it means to assistive
+    /// technology, after the detail.
+    struct Mark {
+        QString text;
+        QString icon;
+        ColorRole color = ColorRole::SecondaryLabel;
+        QString name;
+
+        bool operator==(const Mark&) const = default;
+    };
+
+    explicit ListRow(const Theme& theme, QWidget* parent = nullptr);
+
+    void setTitle(const QString& title);
+    QString title() const { return text(); }
+    /// Empty: the title stands alone.
+    void setDetail(const QString& detail);
+    const QString& detail() const { return m_detail; }
+    void setMark(const Mark& mark);
+    const Mark& mark() const { return m_mark; }
+    /// Whether this is the chosen row of its list.
+    void setSelected(bool isSelected);
+    bool isSelected() const { return m_isSelected; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
+    QAccessible::Role accessibleRole() const override { return QAccessible::ListItem; }
+    void addAccessibleState(QAccessible::State& state) const override;
+    QString accessibleDetail() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString m_detail;
+    Mark m_mark;
+    bool m_isSelected = false;
+};
+
+} // namespace platform

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Overlays/Menu.h"
+
+#include <QPointer>
+
+#include <functional>
+#include <vector>
+
+namespace platform {
+
+class OverlayHost;
+
+/// A symbol that opens a menu: on the press of the pointer, whose release over an entry chooses it,
+/// or by Space, Return and Down.
+class PullDownButton final : public IconButton {
+    Q_OBJECT
+
+public:
+    /// The host outlives the button's use.
+    PullDownButton(const Theme& theme, QString name, QString icon, qreal points, OverlayHost& host,
+                   QWidget* parent = nullptr);
+
+    /// `entries` is asked each time the menu opens.
+    void setEntries(std::function<std::vector<MenuEntry>()> entries);
+    /// The open menu; none: null.
+    Menu* menu() const { return m_menu; }
+    void openMenu(bool startsAtFirst);
+
+    QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
+    void addAccessibleState(QAccessible::State& state) const override;
+    QStringList accessibleActions() const override;
+    void performAccessibleAction(const QString& name) override;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    OverlayHost& m_host;
+    std::function<std::vector<MenuEntry>()> m_entries;
+    QPointer<Menu> m_menu;
+};
+
+} // namespace platform

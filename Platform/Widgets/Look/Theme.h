@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Observation/Observed.h"
+#include "Platform/Widgets/Look/Icons.h"
+#include "Platform/Widgets/Look/Motion.h"
+
+#include <QColor>
+#include <QFont>
+
+#include <array>
+#include <optional>
+
+namespace platform {
+
+/// What a colour is for. Widgets name a role; the theme knows the colour.
+enum class ColorRole {
+    // Text and symbols.
+    Accent,         ///< links' and chips' text, selected marks: readable on every ground
+    Label,          ///< primary text
+    SecondaryLabel, ///< subtitles, details, placeholders
+    TertiaryLabel,  ///< the quietest text; on the window's ground only
+    Red,
+    Orange,
+    Link,
+    // Grounds: opaque.
+    Window,
+    Popover, ///< popovers and menus
+    Sheet,   ///< sheets and alerts
+    Card,    ///< the rows of an inset list
+    Header,  ///< the window's header bar
+    // The accent as a ground, dark enough for white text, and what stands on it.
+    AccentFill,
+    OnAccent,
+    // Fills over a ground: translucent, but for the user's bubble.
+    UserBubble,
+    AssistantBubble, ///< secondary at 0.15
+    GreetingBubble,  ///< secondary at 0.12
+    Field,           ///< secondary at 0.1
+    Chip,            ///< accent at 0.1
+    ModeBar,         ///< accent at 0.08
+    Hover,           ///< under a button or a row beneath the pointer
+    Pressed,
+    Selection,         ///< behind selected text
+    SelectionOnAccent, ///< behind selected text of the user's bubble
+    // Lines and overlays.
+    Divider,
+    Outline, ///< hairline round a popover, sheet or menu
+    FocusRing,
+    Scrim,  ///< over the window beneath a sheet or an alert
+    Shadow, ///< the darkest tone of a shadow
+    ScrollThumb,
+    Count_
+};
+
+/// The text styles of the program, as ratios of the desktop's own font.
+enum class TextStyle { LargeTitle, Title2, Body, Subheadline, Footnote, Caption };
+
+/// Every colour, text style and size of the interface, for the light and the dark scheme.
+///
+/// One object, made at the program's start and passed by reference to every widget; it outlives
+/// them. All reads are tracked by observe(): a widget that reads the theme there is up to date when
+/// the desktop's scheme, accent or font changes. Main thread only.
+class Theme {
+public:
+    /// A light theme over the application's font, with our own accent.
+    Theme();
+
+    // Colours.
+
+    /// The colour of a role; some are translucent (see ColorRole).
+    QColor color(ColorRole role) const;
+
+    bool isDark() const { return m_dark; }
+    void setDark(bool dark);
+
+    /// The desktop's accent colour; none: our own blue. What is shown is the nearest tone of it
+    /// that gives text enough contrast.
+    void setAccent(std::optional<QColor> accent);
+
+    // Text.
+
+    QFont font(TextStyle style, QFont::Weight weight = QFont::Normal) const;
+    /// The desktop's monospaced font in the size of a style.
+    QFont monospacedFont(TextStyle style) const;
+    /// The height of the body style's em in device-independent pixels.
+    qreal bodySize() const;
+
+    /// The font of the body style: the desktop's. Set again when the desktop changes it.
+    void setBodyFont(const QFont& font);
+
+    /// A length that goes with the text (13 points: the body's em) in device-independent pixels.
+    qreal scaled(qreal points) const;
+    /// The side of the square for a symbol that stands in a font of so many points.
+    int symbolSize(qreal points) const;
+    /// The side of the square for a symbol beside text of a style.
+    int symbolSize(TextStyle style) const;
+
+    // Symbols and motion.
+
+    const Icons& icons() const { return m_icons; }
+
+    Motion& motion() { return m_motion; }
+    const Motion& motion() const { return m_motion; }
+
+    // Sizes in device-independent pixels.
+
+    static constexpr int defaultPadding = 16; ///< around a column
+    static constexpr int defaultSpacing = 8;  ///< between the parts of a row
+    static constexpr int bubbleRadius = 18;
+    static constexpr int bubblePaddingX = 12;
+    static constexpr int bubblePaddingY = 8;
+    static constexpr int bubbleFreeSide = 60;
+    static constexpr int columnWidth = 700;
+    static constexpr int rowSpacing = 12;
+    static constexpr int greetingRadius = 16;
+    static constexpr int fieldRadius = 20;
+    static constexpr int fieldPaddingX = 12;
+    static constexpr int fieldPaddingY = 8;
+    static constexpr int chipPaddingX = 14;
+    static constexpr int chipPaddingY = 8;
+    static constexpr int overlayRadius = 12;
+    static constexpr int menuRadius = 8;
+    static constexpr int cardRadius = 10;
+    static constexpr int controlRadius = 6;
+    static constexpr int focusRingWidth = 3;
+
+private:
+    using Palette = std::array<QColor, static_cast<size_t>(ColorRole::Count_)>;
+
+    void rebuild();
+    static Palette palette(bool dark, const QColor& accent);
+
+    Observed<bool> m_dark{false};
+    Observed<int> m_revision{0}; // of the palette
+    std::optional<QColor> m_accent;
+    Palette m_palette;
+    Observed<QFont> m_bodyFont;
+    mutable std::optional<QFont> m_monospaced;
+    Icons m_icons;
+    Motion m_motion;
+};
+
+} // namespace platform

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Overlays/OverlayHost.h"
+
+#include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Look/Contrast.h"
+#include "Platform/Widgets/Overlays/OverlaySurface.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QEvent>
+#include <QGraphicsOpacityEffect>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QVariantAnimation>
+#include <QWindow>
+
+#include <algorithm>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto openingTime = 160ms;
+constexpr auto closingTime = 120ms;
+constexpr int rise = 8; // pixels that a surface travels while it opens
+
+/// Runs `step` with values from 0 to 1, then `finished`; at once with 1 if there is no time.
+QVariantAnimation* animate(QObject* owner, std::chrono::milliseconds time,
+                           std::function<void(qreal)> step, std::function<void()> finished) {
+    if (time == time.zero()) {
+        step(1);
+        finished();
+        return nullptr;
+    }
+    auto* animation = new QVariantAnimation(owner);
+    animation->setStartValue(0.0);
+    animation->setEndValue(1.0);
+    animation->setDuration(static_cast<int>(time.count()));
+    animation->setEasingCurve(QEasingCurve::OutCubic);
+    QObject::connect(animation, &QVariantAnimation::valueChanged, owner,
+                     [step = std::move(step)](const QVariant& value) { step(value.toReal()); });
+    QObject::connect(animation, &QVariantAnimation::finished, owner, std::move(finished));
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+    return animation;
+}
+
+} // namespace
+
+OverlayHost::OverlayHost(const Theme& theme, QWidget* covered)
+    : QWidget(covered)
+    , m_theme(theme) {
+    hide();
+    setGeometry(covered->rect());
+    covered->installEventFilter(this);
+    observe(this, [this] {
+        [[maybe_unused]] const auto tracked = m_theme.color(ColorRole::Scrim);
+        update();
+    });
+}
+
+OverlayHost::~OverlayHost() {
+    // The surfaces go with us as children; they must not ask us to be dismissed meanwhile.
+    for (auto& shown : m_shown)
+        shown.surface->m_host = nullptr;
+}
+
+OverlaySurface* OverlayHost::top() const {
+    return m_shown.empty() ? nullptr : m_shown.back().surface;
+}
+
+bool OverlayHost::isDimmed() const {
+    return std::any_of(
+        m_shown.begin(), m_shown.end(),
+        [](const Shown& shown) { return shown.surface->dimsGround(); });
+}
+
+Qt::FocusReason OverlayHost::focusReason() const {
+    // Opened from the keyboard, the surface shows at once where the keyboard is.
+    return m_lastInputWasKey ? Qt::TabFocusReason : Qt::PopupFocusReason;
+}
+
+void OverlayHost::add(OverlaySurface* surface, std::function<void()> onDismissed) {
+    surface->m_host = this;
+    m_shown.push_back({surface, QApplication::focusWidget(), std::move(onDismissed)});
+    surface->setParent(this);
+    updateVisibility();
+    place(*surface);
+    surface->show();
+    surface->raise();
+    auto* focus = surface->initialFocus();
+    (focus != nullptr ? focus : surface)->setFocus(focusReason());
+    fadeScrim();
+    animateIn(*surface);
+    QAccessibleEvent event(surface, surface->openingEvent());
+    QAccessible::updateAccessibility(&event);
+}
+
+void OverlayHost::dismiss(OverlaySurface* surface) {
+    const auto isIt = [surface](const Shown& shown) { return shown.surface == surface; };
+    while (std::any_of(m_shown.begin(), m_shown.end(), isIt)) {
+        const auto gone = std::move(m_shown.back());
+        m_shown.pop_back();
+        gone.surface->m_host = nullptr;
+        animateOut(*gone.surface);
+        giveFocusBack(gone);
+        gone.surface->hide();
+        gone.surface->deleteLater();
+        fadeScrim();
+        updateVisibility();
+        if (gone.onDismissed)
+            gone.onDismissed();
+    }
+}
+
+void OverlayHost::giveFocusBack(const Shown& gone) {
+    auto* now = QApplication::focusWidget();
+    if (now != nullptr && now != gone.surface && !gone.surface->isAncestorOf(now))
+        return; // somebody has taken it meanwhile
+    auto* before = gone.focusBefore.data();
+    if (before != nullptr && before->isVisible() && before->isEnabled())
+        before->setFocus(focusReason());
+    else if (!m_shown.empty())
+        m_shown.back().surface->setFocus(focusReason());
+}
+
+void OverlayHost::pressedOutside() {
+    if (auto* surface = top(); surface != nullptr && surface->closesOnOutsideClick())
+        dismiss(surface);
+}
+
+void OverlayHost::place(OverlaySurface& surface) {
+    surface.setBodyGeometry(surface.place(rect()));
+}
+
+void OverlayHost::animateIn(OverlaySurface& surface) {
+    const auto time = m_theme.motion().duration(openingTime);
+    if (time == time.zero())
+        return;
+    auto* effect = new QGraphicsOpacityEffect(&surface);
+    effect->setOpacity(0);
+    surface.setGraphicsEffect(effect);
+    auto* moving = &surface;
+    const auto step = [this, moving, effect](qreal share) {
+        effect->setOpacity(share);
+        place(*moving);
+        moving->move(moving->pos() + QPoint(0, qRound((1 - share) * rise)));
+    };
+    animate(moving, time, step, [moving] { moving->setGraphicsEffect(nullptr); });
+    step(0);
+}
+
+void OverlayHost::animateOut(OverlaySurface& surface) {
+    const auto time = m_theme.motion().duration(closingTime);
+    if (time == time.zero() || !surface.isVisible())
+        return;
+    const auto ghost = std::make_shared<Ghost>(Ghost{surface.grab(), surface.geometry(), 1.0});
+    m_ghosts.push_back(ghost);
+    animate(
+        this, time,
+        [this, ghost](qreal share) {
+            ghost->opacity = 1 - share;
+            update(ghost->geometry);
+        },
+        [this, ghost] {
+            std::erase(m_ghosts, ghost);
+            updateVisibility();
+        });
+}
+
+void OverlayHost::fadeScrim() {
+    const auto from = m_scrim;
+    const auto to = isDimmed() ? 1.0 : 0.0;
+    delete m_scrimAnimation.data();
+    if (from == to)
+        return;
+    const auto time = m_theme.motion().duration(to > from ? openingTime : closingTime);
+    m_scrimAnimation = animate(
+        this, time,
+        [this, from, to](qreal share) {
+            m_scrim = from + (to - from) * share;
+            update();
+        },
+        [this] { updateVisibility(); });
+}
+
+void OverlayHost::updateVisibility() {
+    // While the last surface fades the window beneath already hears the pointer.
+    setAttribute(Qt::WA_TransparentForMouseEvents, m_shown.empty());
+    const bool isNeeded = !m_shown.empty() || !m_ghosts.empty() || m_scrim > 0;
+    if (isNeeded && isHidden()) {
+        setGeometry(parentWidget()->rect());
+        setVisible(true);
+        raise();
+        if (auto* handle = window()->windowHandle(); handle != m_watchedWindow) {
+            handle->installEventFilter(this);
+            m_watchedWindow = handle;
+        }
+    } else if (!isNeeded) {
+        setVisible(false);
+    }
+}
+
+bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_watchedWindow) {
+        if (event->type() == QEvent::KeyPress)
+            m_lastInputWasKey = true;
+        else if (event->type() == QEvent::MouseButtonPress)
+            m_lastInputWasKey = false;
+    } else if (event->type() == QEvent::Resize) {
+        setGeometry(parentWidget()->rect());
+        for (auto& shown : m_shown)
+            place(*shown.surface);
+    } else if (event->type() == QEvent::ChildAdded) {
+        raise();
+    }
+    return false;
+}
+
+void OverlayHost::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+    pressedOutside();
+}
+
+void OverlayHost::wheelEvent(QWheelEvent* event) {
+    event->accept();
+}
+
+void OverlayHost::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    if (m_scrim > 0)
+        painter.fillRect(event->rect(), withOpacity(m_theme.color(ColorRole::Scrim), m_scrim));
+    for (const auto& ghost : m_ghosts) {
+        painter.setOpacity(ghost->opacity);
+        painter.drawPixmap(ghost->geometry.topLeft(), ghost->picture);
+    }
+}
+
+} // namespace platform

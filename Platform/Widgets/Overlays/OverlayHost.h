@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Widgets/Look/Theme.h"
+
+#include <QPixmap>
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace platform {
+
+class OverlaySurface;
+
+/// The layer over a window's content on which menus, popovers, sheets and alerts are shown. Nothing
+/// leaves the window, so it looks the same under every compositor.
+///
+/// Make one a window, as a child of the widget to cover; it keeps to that widget's size, stays on
+/// top of its siblings, and is hidden while nothing is shown.
+class OverlayHost final : public QWidget {
+    Q_OBJECT
+
+public:
+    OverlayHost(const Theme& theme, QWidget* covered);
+    ~OverlayHost() override;
+
+    /// Shows a surface above all others and moves the focus into it. `onDismissed` is called once
+    /// when it has been closed, in whatever way, after the focus has gone back to where it was; not
+    /// called if the host goes first.
+    template <class Surface>
+    Surface* present(std::unique_ptr<Surface> surface, std::function<void()> onDismissed = {}) {
+        auto* shown = surface.release();
+        add(shown, std::move(onDismissed));
+        return shown;
+    }
+
+    /// Closes a surface and all that were opened over it; one that is not shown: does nothing.
+    void dismiss(OverlaySurface* surface);
+
+    /// Whether anything is shown.
+    bool isPresenting() const { return !m_shown.empty(); }
+    /// The surface on top; none: null.
+    OverlaySurface* top() const;
+
+    /// A click beside the surface on top.
+    void pressedOutside();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    struct Shown {
+        OverlaySurface* surface;
+        QPointer<QWidget> focusBefore;
+        std::function<void()> onDismissed;
+    };
+    /// The picture of a surface that is gone, while it fades.
+    struct Ghost {
+        QPixmap picture;
+        QRect geometry;
+        qreal opacity;
+    };
+
+    void add(OverlaySurface* surface, std::function<void()> onDismissed);
+    void place(OverlaySurface& surface);
+    void giveFocusBack(const Shown& gone);
+    void animateIn(OverlaySurface& surface);
+    void animateOut(OverlaySurface& surface);
+    void fadeScrim();
+    void updateVisibility();
+    bool isDimmed() const;
+    Qt::FocusReason focusReason() const;
+
+    const Theme& m_theme;
+    std::vector<Shown> m_shown; // bottom up
+    std::vector<std::shared_ptr<Ghost>> m_ghosts;
+    qreal m_scrim = 0; // 0 to 1
+    QPointer<QObject> m_scrimAnimation;
+    QPointer<QObject> m_watchedWindow;
+    bool m_lastInputWasKey = false;
+};
+
+} // namespace platform

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Text/InlineMarkdown.h"
+#include "Platform/Text/TextSnapshot.h"
+#include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Text/TextFlow.h"
+#include "Platform/Widgets/Text/TextLinks.h"
+
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <QUrl>
+#include <QWidget>
+
+#include <functional>
+
+namespace platform {
+
+/// Text to read: plain or with inline Markdown, selected with the pointer, made for text that
+/// grows.
+///
+/// Given longer and longer beginnings of one text, it lays out and repaints only what changed, and
+/// keeps the user's selection. Drag, double click (word), triple click (paragraph) and Shift-click
+/// select; Ctrl-A and Ctrl-C work while it has the focus; other keys are left to its parents. Links
+/// to the web and to mail addresses look and act as links; with the keyboard, Tab goes from link to
+/// link and Return opens one. It has no margins and paints no ground.
+class TextView : public QWidget {
+    Q_OBJECT
+
+public:
+    /// What the text stands on decides its colours.
+    enum class Ground {
+        Window, ///< or a light fill over it
+        Accent, ///< the accent's fill
+    };
+
+    TextView(const Theme& theme, Ground ground, QWidget* parent = nullptr);
+    ~TextView() override;
+
+    /// Shows a text as it is.
+    void setPlainText(const TextSnapshot& text);
+    /// Shows a text with its inline Markdown read (InlineMarkdown).
+    void setMarkdown(const TextSnapshot& text);
+
+    /// What is shown.
+    const AttributedString& content() const { return m_flow.content(); }
+
+    /// The size that the text takes when its lines break at `maximumWidth`: as wide as its widest
+    /// line. A view that is then made that wide keeps these lines.
+    QSize sizeWithin(int maximumWidth);
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    bool hasSelection() const { return !selection().isEmpty(); }
+    TextSpan selection() const;
+    QString selectedText() const;
+    void select(TextSpan span);
+    void selectAll();
+    void clearSelection() { select({}); }
+    /// Puts the selected text on the clipboard; does nothing without a selection.
+    void copySelection() const;
+
+    /// Called for a context menu, by the pointer or by its key, with a point on the screen. Without
+    /// it, none opens.
+    void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
+
+    /// Called when the user opens a link: an http, https or mailto address.
+    void onLinkActivated(std::function<void(const QUrl&)> open) { m_openLink = std::move(open); }
+
+    /// The role that assistive technology is told; a text of several lines is StaticText.
+    void setAccessibleRole(QAccessible::Role role) { m_accessibleRole = role; }
+    QAccessible::Role accessibleRole() const { return m_accessibleRole; }
+
+    /// The text laid out, for the accessible interface.
+    const TextFlow& flow() const { return m_flow; }
+
+protected:
+    bool event(QEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void applyTheme();
+    void replaceTail(qsizetype from, const AttributedString& tail);
+    void noteLinks(qsizetype from, const AttributedString& tail);
+    void fit(int width) const;
+    void startSelection(qsizetype position, TextUnit unit);
+    void extendSelection(qsizetype position);
+    void updateSpan(TextSpan span);
+    void showCursorFor(const QPointF& point);
+    void setFocusedLink(TextSpan link);
+
+    const Theme& m_theme;
+    const Ground m_ground;
+    mutable TextFlow m_flow; // its width is a cache of the last question about heights
+
+    TextSnapshot m_source;
+    bool m_isMarkdown = false;
+    InlineMarkdown::Position m_parsed;
+    qsizetype m_firstLink = -1;
+
+    TextSpan m_anchor;  // where a selection began: the unit that was clicked
+    TextSpan m_reached; // the unit it was drawn to
+    TextUnit m_unit = TextUnit::Character;
+    bool m_isSelecting = false;
+    QElapsedTimer m_sinceDoubleClick;
+    QPoint m_pressed;
+    TextSpan m_pressedLink;
+    TextSpan m_focusedLink;
+
+    std::function<void(QPoint)> m_openContextMenu;
+    std::function<void(const QUrl&)> m_openLink;
+    QAccessible::Role m_accessibleRole = QAccessible::StaticText;
+};
+
+} // namespace platform

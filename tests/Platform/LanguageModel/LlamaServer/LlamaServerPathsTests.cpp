@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
+#include "tests/support/TestMain.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace platform;
+using namespace Qt::StringLiterals;
+using Reason = SystemLanguageModel::Availability::UnavailableReason;
+
+class LlamaServerPathsTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void withAModelAndAnEngineItIsAvailable();
+    void withoutAModelItIsNotReady();
+    void withoutAnEngineItIsNotEnabled();
+    void withNeitherTheMissingEngineComesFirst();
+    void aModelLargerThanTheMemoryMakesTheMachineNotEligibleWhateverElseHolds();
+    void whatIsPutThereOrTakenAwayCountsAtTheNextQuestion();
+    void aLinkToTheModelServes();
+    void whatIsNoModelFileIsPassedOver_data();
+    void whatIsNoModelFileIsPassedOver();
+    void theUsersOwnFileComesBeforeTheSystems();
+    void theApplicationsOwnEngineComesBeforePath();
+    void anEngineThatMayNotBeRunIsPassedOver();
+    void theFoldersComeFromTheEnvironment();
+    void unsetVariablesHaveTheirUsualMeaning();
+    void relativeFoldersDoNotCount();
+    void theMachinesMemoryIsKnown();
+    void aQuestionCostsWellUnderAMillisecond();
+
+private:
+    QString in(const QString& path) const { return m_folder->filePath(path); }
+    void write(const QString& path, const QByteArray& bytes = "x") const;
+    void writeProgram(const QString& path) const;
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    LlamaServerPaths m_places;
+};
+
+void LlamaServerPathsTests::init() {
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_places.dataFolders = {in(u"home/chat"_s), in(u"system/chat"_s)};
+    m_places.programFolders = {in(u"libexec"_s), in(u"bin"_s)};
+    m_places.machineMemory = 1'000;
+}
+
+void LlamaServerPathsTests::write(const QString& path, const QByteArray& bytes) const {
+    QDir().mkpath(QFileInfo(in(path)).path());
+    QFile file(in(path));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+void LlamaServerPathsTests::writeProgram(const QString& path) const {
+    write(path, "#!/bin/sh\n");
+    QFile::setPermissions(in(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+void LlamaServerPathsTests::withAModelAndAnEngineItIsAvailable() {
+    write(u"home/chat/models/on-device.gguf"_s);
+    writeProgram(u"bin/llama-server"_s);
+    QVERIFY(m_places.availability().isAvailable());
+    QCOMPARE(m_places.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+    QCOMPARE(m_places.program().value(), in(u"bin/llama-server"_s));
+}
+
+void LlamaServerPathsTests::withoutAModelItIsNotReady() {
+    writeProgram(u"bin/llama-server"_s);
+    QVERIFY(m_places.availability().unavailableReason() == Reason::modelNotReady);
+}
+
+void LlamaServerPathsTests::withoutAnEngineItIsNotEnabled() {
+    write(u"home/chat/models/on-device.gguf"_s);
+    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+}
+
+void LlamaServerPathsTests::withNeitherTheMissingEngineComesFirst() {
+    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+}
+
+void LlamaServerPathsTests::aModelLargerThanTheMemoryMakesTheMachineNotEligibleWhateverElseHolds() {
+    write(u"home/chat/models/on-device.gguf"_s, QByteArray(1'001, 'x'));
+    QVERIFY(m_places.availability().unavailableReason() == Reason::deviceNotEligible);
+    writeProgram(u"bin/llama-server"_s);
+    QVERIFY(m_places.availability().unavailableReason() == Reason::deviceNotEligible);
+    m_places.machineMemory = 1'001;
+    QVERIFY(m_places.availability().isAvailable());
+}
+
+void LlamaServerPathsTests::whatIsPutThereOrTakenAwayCountsAtTheNextQuestion() {
+    writeProgram(u"bin/llama-server"_s);
+    QVERIFY(!m_places.availability().isAvailable());
+    write(u"home/chat/models/on-device.gguf"_s);
+    QVERIFY(m_places.availability().isAvailable());
+    QFile::remove(in(u"bin/llama-server"_s));
+    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+}
+
+void LlamaServerPathsTests::aLinkToTheModelServes() {
+    write(u"elsewhere.gguf"_s);
+    QDir().mkpath(in(u"home/chat/models"_s));
+    const QString link = in(u"home/chat/models/on-device.gguf"_s);
+    QVERIFY(QFile::link(in(u"elsewhere.gguf"_s), link));
+    QCOMPARE(m_places.modelFile().value(), link);
+}
+
+void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver_data() {
+    QTest::addColumn<QString>("kind");
+    for (const char* kind : {"a dangling link", "a folder", "an empty file", "a pipe"})
+        QTest::newRow(kind) << QString::fromLatin1(kind);
+}
+
+void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver() {
+    QFETCH(QString, kind);
+    const QString path = in(u"home/chat/models/on-device.gguf"_s);
+    QDir().mkpath(in(u"home/chat/models"_s));
+    if (kind == u"a dangling link")
+        QVERIFY(QFile::link(in(u"nowhere"_s), path));
+    else if (kind == u"a folder")
+        QVERIFY(QDir().mkdir(path));
+    else if (kind == u"a pipe")
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else
+        write(u"home/chat/models/on-device.gguf"_s, QByteArray());
+    QVERIFY(!m_places.modelFile());
+
+    write(u"system/chat/models/on-device.gguf"_s);
+    QCOMPARE(m_places.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
+}
+
+void LlamaServerPathsTests::theUsersOwnFileComesBeforeTheSystems() {
+    write(u"home/chat/models/on-device.gguf"_s);
+    write(u"system/chat/models/on-device.gguf"_s);
+    QCOMPARE(m_places.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+}
+
+void LlamaServerPathsTests::theApplicationsOwnEngineComesBeforePath() {
+    writeProgram(u"bin/llama-server"_s);
+    writeProgram(u"libexec/llama-server"_s);
+    QCOMPARE(m_places.program().value(), in(u"libexec/llama-server"_s));
+}
+
+void LlamaServerPathsTests::anEngineThatMayNotBeRunIsPassedOver() {
+    write(u"libexec/llama-server"_s);
+    QVERIFY(!m_places.program());
+    writeProgram(u"bin/llama-server"_s);
+    QCOMPARE(m_places.program().value(), in(u"bin/llama-server"_s));
+}
+
+void LlamaServerPathsTests::theFoldersComeFromTheEnvironment() {
+    qputenv("XDG_DATA_HOME", "/data/home");
+    qputenv("XDG_DATA_DIRS", "/data/one:/data/two/");
+    qputenv("XDG_RUNTIME_DIR", "/run/me");
+    qputenv("PATH", "/opt/bin:/usr/bin");
+    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
+    QCOMPARE(places.dataFolders,
+             (QStringList{u"/data/home/chat"_s, u"/data/one/chat"_s, u"/data/two/chat"_s}));
+    QCOMPARE(places.programFolders, (QStringList{u"/app/libexec"_s, u"/opt/bin"_s, u"/usr/bin"_s}));
+    QCOMPARE(places.runtimeFolders,
+             (QStringList{u"/run/me/chat"_s, u"/tmp/chat-"_s + QString::number(getuid())}));
+}
+
+void LlamaServerPathsTests::unsetVariablesHaveTheirUsualMeaning() {
+    qputenv("HOME", "/home/someone");
+    qputenv("XDG_DATA_HOME", "");
+    qunsetenv("XDG_DATA_DIRS");
+    qunsetenv("XDG_RUNTIME_DIR");
+    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
+    QCOMPARE(places.dataFolders, (QStringList{u"/home/someone/.local/share/chat"_s,
+                                              u"/usr/local/share/chat"_s, u"/usr/share/chat"_s}));
+    QCOMPARE(places.runtimeFolders, QStringList{u"/tmp/chat-"_s + QString::number(getuid())});
+}
+
+void LlamaServerPathsTests::relativeFoldersDoNotCount() {
+    qputenv("XDG_DATA_HOME", "data");
+    qputenv("XDG_DATA_DIRS", "share:/data/one::../two");
+    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
+    QCOMPARE(places.dataFolders, QStringList{u"/data/one/chat"_s});
+}
+
+void LlamaServerPathsTests::theMachinesMemoryIsKnown() {
+    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
+    QVERIFY(places.machineMemory > 100'000'000);
+}
+
+void LlamaServerPathsTests::aQuestionCostsWellUnderAMillisecond() {
+    write(u"system/chat/models/on-device.gguf"_s);
+    writeProgram(u"bin/llama-server"_s);
+    for (int i = 0; i < 10; ++i)
+        m_places.programFolders.prepend(in(u"empty%1"_s.arg(i)));
+    constexpr int questions = 200;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < questions; ++i)
+        QVERIFY(m_places.availability().isAvailable());
+    const double microseconds = static_cast<double>(timer.nsecsElapsed()) / 1'000 / questions;
+    qInfo("%.0f µs a question", microseconds);
+    QVERIFY(microseconds < 1'000);
+}
+
+TELLWICK_TEST(LlamaServerPathsTests, EventLoop)
+#include "LlamaServerPathsTests.moc"

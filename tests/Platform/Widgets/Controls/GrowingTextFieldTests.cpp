@@ -1,0 +1,463 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/GrowingTextField.h"
+#include "tests/support/TestMain.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QElapsedTimer>
+#include <QInputMethodEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+using namespace platform;
+
+namespace {
+
+/// A window that has the field at its lower edge, bound to an owner's text.
+struct Fixture {
+    struct Window : QWidget {
+        QList<int> keys;
+        void keyPressEvent(QKeyEvent* event) override {
+            if (event->key() != Qt::Key_Control)
+                keys.append(event->key());
+        }
+    };
+    Theme theme;
+    Window window;
+    QVBoxLayout layout{&window};
+    QLineEdit other;
+    GrowingTextField field{theme};
+    QString draft;
+    int edits = 0;
+    int submits = 0;
+
+    Fixture() {
+        layout.addWidget(&other);
+        layout.addStretch();
+        layout.addWidget(&field);
+        field.setPlaceholderText(u"Message"_s);
+        field.setAccessibleName(u"Message"_s);
+        field.onTextEdited([this](const QString& text) {
+            ++edits;
+            draft = text;
+            field.setText(draft); // as an owner's binding does
+        });
+        field.onSubmit([this] { ++submits; });
+        window.resize(400, 400);
+        window.show();
+        window.activateWindow();
+        if (!QTest::qWaitForWindowActive(&window))
+            qFatal("no active window");
+        field.setFocus();
+    }
+    ~Fixture() { layout.removeWidget(&field); }
+
+    void compose(const QString& preedit, const QString& commit = {}) {
+        QInputMethodEvent event(preedit, {});
+        event.setCommitString(commit);
+        QCoreApplication::sendEvent(&field, &event);
+    }
+    void paste(QMimeData* data) {
+        QGuiApplication::clipboard()->setMimeData(data);
+        QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+    }
+};
+
+} // namespace
+
+class GrowingTextFieldTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void typingTellsTheOwner();
+    void returnSubmitsAndChangesNothing();
+    void shiftReturnAndAltReturnMakeALine_data();
+    void shiftReturnAndAltReturnMakeALine();
+    void controlReturnIsLeftToTheWindow();
+    void returnWhileComposingCommitsAndDoesNotSubmit();
+    void shiftReturnWhileComposingCommitsAndMakesALine();
+    void aCompositionIsNoTextUntilItIsCommitted();
+    void handingBackTheTextDoesNotDisturbAComposition();
+    void tabLeavesTheField();
+    void escapeIsLeftToTheWindow();
+    void pageKeysAreLeftToTheWindowUntilTheFieldScrolls();
+    void theFieldGrowsFromOneToSixLinesThenScrolls();
+    void wrappedLinesCountAsLines();
+    void theFieldShrinksAgain();
+    void allLinesAreSeenWhileThereIsRoom();
+    void aNarrowerFieldWrapsAndGrows();
+    void settingATextTellsNobodyAndPutsTheCursorAtItsEnd();
+    void settingAnEqualTextKeepsCursorSelectionAndUndo();
+    void theCursorStaysWhileTypingInTheMiddle();
+    void undoTakesBackAndRedoBringsBack();
+    void pastedRichTextBecomesPlain();
+    void pastedHtmlAloneBecomesPlain();
+    void pastedLineBreaksAreLineFeeds();
+    void aVeryLongPasteIsQuick_data();
+    void aVeryLongPasteIsQuick();
+    void linesBreakBetweenWordsAgainAfterALongWordIsGone();
+    void typingAfterAVeryLongPasteIsQuick();
+    void oddSpacesSurvive();
+    void rightToLeftTextLiesRight();
+    void theContextMenuIsTheOwnersIfItWants();
+    void assistiveTechnologyFindsAnEditableTextByItsName();
+    void theThemeIsFollowed();
+};
+
+void GrowingTextFieldTests::typingTellsTheOwner() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"hello"_s);
+    QCOMPARE(f.draft, u"hello"_s);
+    QCOMPARE(f.edits, 5);
+    QCOMPARE(f.field.text(), u"hello"_s);
+}
+
+void GrowingTextFieldTests::returnSubmitsAndChangesNothing() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"hello"_s);
+    QTest::keyClick(&f.field, Qt::Key_Return);
+    QTest::keyClick(&f.field, Qt::Key_Enter, Qt::KeypadModifier);
+    QCOMPARE(f.submits, 2);
+    QCOMPARE(f.field.text(), u"hello"_s);
+    QVERIFY(f.window.keys.isEmpty());
+}
+
+void GrowingTextFieldTests::shiftReturnAndAltReturnMakeALine_data() {
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::newRow("Shift") << Qt::KeyboardModifiers(Qt::ShiftModifier);
+    QTest::newRow("Alt") << Qt::KeyboardModifiers(Qt::AltModifier);
+}
+
+void GrowingTextFieldTests::shiftReturnAndAltReturnMakeALine() {
+    QFETCH(Qt::KeyboardModifiers, modifiers);
+    Fixture f;
+    QTest::keyClicks(&f.field, u"a"_s);
+    QTest::keyClick(&f.field, Qt::Key_Return, modifiers);
+    QTest::keyClicks(&f.field, u"b"_s);
+    QCOMPARE(f.draft, u"a\nb"_s);
+    QCOMPARE(f.submits, 0);
+}
+
+void GrowingTextFieldTests::controlReturnIsLeftToTheWindow() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"a"_s);
+    QTest::keyClick(&f.field, Qt::Key_Return, Qt::ControlModifier);
+    QCOMPARE(f.submits, 0);
+    QCOMPARE(f.draft, u"a"_s);
+    QCOMPARE(f.window.keys, QList<int>{Qt::Key_Return});
+}
+
+void GrowingTextFieldTests::returnWhileComposingCommitsAndDoesNotSubmit() {
+    Fixture f;
+    f.compose(u"n"_s);
+    f.compose(u"\u306b\u307b"_s);
+    QVERIFY(f.field.isComposing());
+    QTest::keyClick(&f.field, Qt::Key_Return);
+    QCOMPARE(f.submits, 0);
+    QVERIFY(!f.field.isComposing());
+    QCOMPARE(f.draft, u"\u306b\u307b"_s);
+    QTest::keyClick(&f.field, Qt::Key_Return);
+    QCOMPARE(f.submits, 1);
+    // The way of input methods that take the key themselves.
+    f.compose(u"\u3093"_s);
+    f.compose({}, u"\u65e5\u672c"_s);
+    QVERIFY(!f.field.isComposing());
+    QCOMPARE(f.submits, 1);
+    QCOMPARE(f.draft, u"\u306b\u307b\u65e5\u672c"_s);
+}
+
+void GrowingTextFieldTests::shiftReturnWhileComposingCommitsAndMakesALine() {
+    Fixture f;
+    f.compose(u"\u306b"_s);
+    QTest::keyClick(&f.field, Qt::Key_Return, Qt::ShiftModifier);
+    QCOMPARE(f.draft, u"\u306b\n"_s);
+    QCOMPARE(f.submits, 0);
+}
+
+void GrowingTextFieldTests::aCompositionIsNoTextUntilItIsCommitted() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"a"_s);
+    f.compose(u"\u306b"_s);
+    QCOMPARE(f.field.text(), u"a"_s);
+    f.compose({});
+    QVERIFY(!f.field.isComposing());
+    QCOMPARE(f.draft, u"a"_s);
+}
+
+void GrowingTextFieldTests::handingBackTheTextDoesNotDisturbAComposition() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"ab"_s);
+    f.field.moveCursor(QTextCursor::Left);
+    f.compose(u"\u306b"_s);
+    f.field.setText(f.draft);
+    QVERIFY(f.field.isComposing());
+    QCOMPARE(f.field.textCursor().block().layout()->preeditAreaText(), u"\u306b"_s);
+    f.compose({}, u"x"_s);
+    QCOMPARE(f.draft, u"axb"_s);
+    // Another text ends it.
+    f.compose(u"\u306b"_s);
+    f.field.setText({});
+    QVERIFY(!f.field.isComposing());
+    QTest::keyClick(&f.field, Qt::Key_Return);
+    QCOMPARE(f.submits, 1);
+}
+
+void GrowingTextFieldTests::tabLeavesTheField() {
+    Fixture f;
+    QTest::keyClick(&f.field, Qt::Key_Tab);
+    QVERIFY(!f.field.hasFocus());
+    QCOMPARE(f.field.text(), QString());
+    f.field.setFocus();
+    QTest::keyClick(&f.field, Qt::Key_Backtab);
+    QVERIFY(!f.field.hasFocus());
+}
+
+void GrowingTextFieldTests::escapeIsLeftToTheWindow() {
+    Fixture f;
+    QTest::keyClick(&f.field, Qt::Key_Escape);
+    QCOMPARE(f.window.keys, QList<int>{Qt::Key_Escape});
+}
+
+void GrowingTextFieldTests::pageKeysAreLeftToTheWindowUntilTheFieldScrolls() {
+    Fixture f;
+    QTest::keyClick(&f.field, Qt::Key_PageUp);
+    QTest::keyClick(&f.field, Qt::Key_PageDown);
+    QCOMPARE(f.window.keys, (QList<int>{Qt::Key_PageUp, Qt::Key_PageDown}));
+    f.field.setText(u"a\n"_s.repeated(30));
+    QTRY_VERIFY(f.field.height() > 60 && f.field.verticalScrollBar()->maximum() > 0);
+    QTest::keyClick(&f.field, Qt::Key_PageUp);
+    QCOMPARE(f.window.keys.size(), 2);
+    QVERIFY(f.field.textCursor().blockNumber() < 29);
+}
+
+void GrowingTextFieldTests::theFieldGrowsFromOneToSixLinesThenScrolls() {
+    Fixture f;
+    QTRY_COMPARE(f.field.height(), f.field.sizeHint().height());
+    const int one = f.field.height();
+    const int line = one - 2 * Theme::fieldPaddingY;
+    QVERIFY(qAbs(line - QFontMetricsF(f.field.font()).lineSpacing()) <= 1);
+    for (int lines = 2; lines <= 9; ++lines) {
+        QTest::keyClick(&f.field, Qt::Key_Return, Qt::ShiftModifier);
+        const int shown = std::min(lines, 6);
+        QCOMPARE(f.field.visibleLines(), shown);
+        QTRY_COMPARE(f.field.height(), f.field.sizeHint().height());
+        QVERIFY2(qAbs(f.field.height() - one - (shown - 1) * line) <= shown,
+                 qPrintable(u"%1 lines are %2 high"_s.arg(lines).arg(f.field.height())));
+        QCOMPARE(f.field.verticalScrollBar()->maximum() > 0, lines > 6);
+    }
+}
+
+void GrowingTextFieldTests::wrappedLinesCountAsLines() {
+    Fixture f;
+    f.field.setText(u"word "_s.repeated(40));
+    QVERIFY(f.field.visibleLines() > 2);
+    f.field.setText(QString(10000, u'x'));
+    QCOMPARE(f.field.visibleLines(), 6);
+}
+
+void GrowingTextFieldTests::theFieldShrinksAgain() {
+    Fixture f;
+    const int one = f.field.sizeHint().height();
+    f.field.setText(u"a\nb\nc"_s);
+    QTRY_VERIFY(f.field.height() > one);
+    f.field.setText({});
+    QTRY_COMPARE(f.field.height(), one);
+}
+
+void GrowingTextFieldTests::allLinesAreSeenWhileThereIsRoom() {
+    Fixture f;
+    for (int lines = 2; lines <= 6; ++lines) {
+        QTest::keyClick(&f.field, Qt::Key_Return, Qt::ShiftModifier);
+        QTRY_COMPARE(f.field.height(), f.field.sizeHint().height());
+        QCOMPARE(f.field.verticalScrollBar()->value(), 0);
+        QVERIFY(f.field.viewport()->rect().contains(f.field.cursorRect().center()));
+    }
+}
+
+void GrowingTextFieldTests::aNarrowerFieldWrapsAndGrows() {
+    Fixture f;
+    f.field.setText(u"some words that fit into one line"_s);
+    QTRY_COMPARE(f.field.visibleLines(), 1);
+    f.window.resize(200, 400);
+    QTRY_VERIFY(f.field.visibleLines() > 1);
+    QTRY_COMPARE(f.field.height(), f.field.sizeHint().height());
+}
+
+void GrowingTextFieldTests::settingATextTellsNobodyAndPutsTheCursorAtItsEnd() {
+    Fixture f;
+    f.field.setText(u"from elsewhere"_s);
+    QCOMPARE(f.edits, 0);
+    QCOMPARE(f.field.text(), u"from elsewhere"_s);
+    QVERIFY(f.field.textCursor().atEnd());
+    QTest::keyClicks(&f.field, u"!"_s);
+    QCOMPARE(f.draft, u"from elsewhere!"_s);
+}
+
+void GrowingTextFieldTests::settingAnEqualTextKeepsCursorSelectionAndUndo() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"one two"_s);
+    QTextCursor cursor = f.field.textCursor();
+    cursor.setPosition(1);
+    cursor.setPosition(3, QTextCursor::KeepAnchor);
+    f.field.setTextCursor(cursor);
+    f.field.setText(u"one two"_s);
+    QCOMPARE(f.field.textCursor().selectedText(), u"ne"_s);
+    QVERIFY(f.field.document()->isUndoAvailable());
+}
+
+void GrowingTextFieldTests::theCursorStaysWhileTypingInTheMiddle() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"ad"_s);
+    QTest::keyClick(&f.field, Qt::Key_Left);
+    QTest::keyClicks(&f.field, u"bc"_s);
+    QCOMPARE(f.draft, u"abcd"_s);
+    QCOMPARE(f.field.textCursor().position(), 3);
+}
+
+void GrowingTextFieldTests::undoTakesBackAndRedoBringsBack() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"hello"_s);
+    QTest::keyClick(&f.field, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(f.draft, QString());
+    QTest::keyClick(&f.field, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(f.draft, u"hello"_s);
+}
+
+void GrowingTextFieldTests::pastedRichTextBecomesPlain() {
+    Fixture f;
+    auto* data = new QMimeData;
+    data->setHtml(u"<b style='font-size:40px;color:red'>bold</b>"_s);
+    data->setText(u"bold"_s);
+    f.paste(data);
+    QCOMPARE(f.draft, u"bold"_s);
+    QTextCursor cursor = f.field.textCursor();
+    cursor.movePosition(QTextCursor::Left);
+    QVERIFY(!cursor.charFormat().hasProperty(QTextFormat::FontWeight));
+    QCOMPARE(f.field.visibleLines(), 1);
+}
+
+void GrowingTextFieldTests::pastedHtmlAloneBecomesPlain() {
+    Fixture f;
+    auto* data = new QMimeData;
+    data->setHtml(u"<p>one <i>two</i></p><p>three</p>"_s);
+    f.paste(data);
+    QCOMPARE(f.draft, u"one two\nthree"_s);
+}
+
+void GrowingTextFieldTests::pastedLineBreaksAreLineFeeds() {
+    Fixture f;
+    auto* data = new QMimeData;
+    data->setText(u"a\r\nb\rc\nd\u2028e"_s);
+    f.paste(data);
+    QCOMPARE(f.draft, u"a\nb\nc\nd\ne"_s);
+}
+
+void GrowingTextFieldTests::aVeryLongPasteIsQuick_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("lines") << u"A line of a long text that somebody pastes.\n"_s.repeated(20000);
+    QTest::newRow("no blanks") << QString(300'000, u'x');
+    QTest::newRow("paragraphs") << (u"many words "_s.repeated(100) + u'\n').repeated(900);
+}
+
+void GrowingTextFieldTests::aVeryLongPasteIsQuick() {
+    QFETCH(QString, text);
+    Fixture f;
+    auto* data = new QMimeData;
+    data->setText(text);
+    QElapsedTimer timer;
+    timer.start();
+    f.paste(data);
+    f.field.repaint();
+    const qint64 spent = timer.elapsed();
+    QCOMPARE(f.draft.size(), text.size());
+    QVERIFY2(spent < 2000, qPrintable(QString::number(spent)));
+    if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
+        qInfo("%lld ms for %lld characters", spent, qlonglong(text.size()));
+}
+
+void GrowingTextFieldTests::linesBreakBetweenWordsAgainAfterALongWordIsGone() {
+    Fixture f;
+    const auto wrap = f.field.wordWrapMode();
+    f.field.setText(QString(5000, u'x'));
+    QVERIFY(f.field.wordWrapMode() != wrap);
+    QTest::keyClick(&f.field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&f.field, u"word"_s);
+    QCOMPARE(f.field.wordWrapMode(), wrap);
+    f.field.setText(u"many words "_s.repeated(1000));
+    QCOMPARE(f.field.wordWrapMode(), wrap);
+}
+
+void GrowingTextFieldTests::typingAfterAVeryLongPasteIsQuick() {
+    Fixture f;
+    f.field.setText(u"A line of a long text that somebody pastes.\n"_s.repeated(20000));
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 10; ++i) {
+        QTest::keyClick(&f.field, Qt::Key_X);
+        f.field.repaint();
+    }
+    const qint64 each = timer.elapsed() / 10;
+    QVERIFY2(each < 200, qPrintable(QString::number(each)));
+    if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
+        qInfo("%lld ms a key at 880,000 characters", each);
+}
+
+void GrowingTextFieldTests::oddSpacesSurvive() {
+    Fixture f;
+    f.field.setText(u"10\u00a0km\u2009\u3000\t."_s);
+    QCOMPARE(f.field.text(), u"10\u00a0km\u2009\u3000\t."_s);
+}
+
+void GrowingTextFieldTests::rightToLeftTextLiesRight() {
+    Fixture f;
+    f.field.setText(u"\u05e9\u05dc\u05d5\u05dd"_s);
+    f.field.moveCursor(QTextCursor::Start);
+    QTRY_VERIFY(f.field.cursorRect().left() > f.field.viewport()->width() / 2);
+    f.field.setText(u"left"_s);
+    f.field.moveCursor(QTextCursor::Start);
+    QTRY_VERIFY(f.field.cursorRect().left() < 5);
+}
+
+void GrowingTextFieldTests::theContextMenuIsTheOwnersIfItWants() {
+    Fixture f;
+    QPoint opened;
+    f.field.onContextMenu([&](QPoint point) { opened = point; });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, {77, 88});
+    QCoreApplication::sendEvent(f.field.viewport(), &event);
+    QCOMPARE(opened, QPoint(77, 88));
+}
+
+void GrowingTextFieldTests::assistiveTechnologyFindsAnEditableTextByItsName() {
+    Fixture f;
+    QTest::keyClicks(&f.field, u"hello"_s);
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&f.field);
+    QCOMPARE(accessible->text(QAccessible::Name), u"Message"_s);
+    QCOMPARE(accessible->role(), QAccessible::EditableText);
+    QVERIFY(accessible->state().editable);
+    QVERIFY(accessible->textInterface());
+    QCOMPARE(accessible->textInterface()->text(0, 5), u"hello"_s);
+}
+
+void GrowingTextFieldTests::theThemeIsFollowed() {
+    Fixture f;
+    const QColor light = f.field.palette().color(QPalette::Text);
+    const int height = f.field.sizeHint().height();
+    f.theme.setDark(true);
+    QTRY_VERIFY(f.field.palette().color(QPalette::Text) != light);
+    QFont large = f.theme.font(TextStyle::Body);
+    if (large.pixelSize() > 0)
+        large.setPixelSize(large.pixelSize() * 2);
+    else
+        large.setPointSizeF(large.pointSizeF() * 2);
+    f.theme.setBodyFont(large);
+    QTRY_VERIFY(f.field.sizeHint().height() > height + 10);
+}
+
+TELLWICK_TEST(GrowingTextFieldTests, Widgets)
+#include "GrowingTextFieldTests.moc"

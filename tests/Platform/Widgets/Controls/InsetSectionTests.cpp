@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/InsetCard.h"
+#include "Platform/Widgets/Controls/InsetSection.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/ListRow.h"
+#include "tests/support/TestMain.h"
+
+#include <QAccessible>
+
+using namespace Qt::StringLiterals;
+using platform::ListRow;
+
+class InsetSectionTests final : public QObject {
+    Q_OBJECT
+
+    platform::Theme m_theme;
+
+private Q_SLOTS:
+    void rowsStandInOrderWithLinesBetween() {
+        platform::InsetSection section(m_theme, u"Other Models"_s, u"For advanced users."_s);
+        QList<QWidget*> rows;
+        for (int i = 0; i < 3; ++i) {
+            auto* row = new ListRow(m_theme);
+            row->setTitle(QString::number(i));
+            rows << row;
+        }
+        section.setRows(rows);
+        section.resize(360, 400);
+        section.show();
+        QVERIFY(rows.at(0)->y() < rows.at(1)->y());
+        QVERIFY(rows.at(1)->y() < rows.at(2)->y());
+        QCOMPARE(section.findChildren<platform::Divider*>().size(), 2);
+    }
+
+    void rowsThatStayKeepTheirWidgets() {
+        platform::InsetSection section(m_theme, u"Other Models"_s, {});
+        const QPointer<QWidget> first(new ListRow(m_theme));
+        const QPointer<QWidget> second(new ListRow(m_theme));
+        section.setRows({first, second});
+        section.setRows({second});
+        QTRY_VERIFY(first.isNull());
+        QVERIFY(!second.isNull());
+        QCOMPARE(section.rows(), QList<QWidget*>{second});
+        QCOMPARE(section.findChildren<platform::Divider*>().size(), 0);
+    }
+
+    void aRowIsPressedAnywhere() {
+        ListRow row(m_theme);
+        row.setTitle(u"llama3"_s);
+        row.resize(320, row.sizeHint().height());
+        row.show();
+        int presses = 0;
+        row.setAction([&] { ++presses; });
+        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(2, 2));
+        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(318, row.height() - 2));
+        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(200, row.height() / 2));
+        QCOMPARE(presses, 3);
+    }
+
+    void aRowWithADetailIsHigher() {
+        ListRow row(m_theme);
+        row.setTitle(u"llama3"_s);
+        const auto alone = row.sizeHint().height();
+        row.setDetail(u"4.7 GB"_s);
+        QVERIFY(row.sizeHint().height() > alone);
+        row.setDetail({});
+        QCOMPARE(row.sizeHint().height(), alone);
+    }
+
+    void assistiveTechnologySeesAListOfItems() {
+        platform::InsetSection section(m_theme, u"Other Models"_s, u"For advanced users."_s);
+        auto* row = new ListRow(m_theme);
+        row->setTitle(u"llama3:8b"_s);
+        row->setDetail(u"4.7 GB"_s);
+        row->setMark({.text = {},
+                      .icon = u"checkmark"_s,
+                      .color = platform::ColorRole::Accent,
+                      .name = u"Selected"_s});
+        row->setSelected(true);
+        section.setRows({row});
+        auto* list =
+            QAccessible::queryAccessibleInterface(section.findChild<platform::InsetCard*>());
+        QCOMPARE(list->role(), QAccessible::List);
+        QCOMPARE(list->text(QAccessible::Name), u"Other Models"_s);
+        auto* item = QAccessible::queryAccessibleInterface(row);
+        QCOMPARE(item->role(), QAccessible::ListItem);
+        QCOMPARE(item->text(QAccessible::Name), u"llama3:8b"_s);
+        QCOMPARE(item->text(QAccessible::Description), u"4.7 GB, Selected"_s);
+        QVERIFY(item->state().selectable);
+        QVERIFY(item->state().selected);
+        row->setMark({});
+        row->setSelected(false);
+        QCOMPARE(item->text(QAccessible::Description), u"4.7 GB"_s);
+        QVERIFY(!item->state().selected);
+    }
+
+    void theHeaderItemComesBeforeTheRows() {
+        QWidget window;
+        platform::InsetSection section(m_theme, u"Other Models"_s, {}, &window);
+        auto* row = new ListRow(m_theme);
+        section.setRows({row});
+        auto* refresh = new platform::IconButton(m_theme, u"Refresh"_s, u"arrow.clockwise"_s, 10);
+        section.setHeaderItem(refresh);
+        section.resize(300, 200);
+        window.resize(300, 200);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        refresh->setFocus();
+        QTest::keyClick(refresh, Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), row);
+    }
+};
+
+TELLWICK_TEST(InsetSectionTests, Widgets)
+#include "InsetSectionTests.moc"

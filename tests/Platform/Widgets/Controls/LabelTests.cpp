@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/Label.h"
+#include "tests/support/TestMain.h"
+
+#include <QAccessible>
+#include <QImage>
+
+using namespace Qt::StringLiterals;
+using platform::Label;
+using platform::TextStyle;
+
+namespace {
+
+/// The columns of a widget's picture, first and last, in which anything is painted.
+std::pair<int, int> inkColumns(QWidget& widget) {
+    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    widget.render(&image, {}, {}, QWidget::DrawChildren);
+    int first = image.width();
+    int last = -1;
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixelColor(x, y).alpha() > 0) {
+                first = std::min(first, x);
+                last = x;
+            }
+        }
+    }
+    return {first, last};
+}
+
+} // namespace
+
+class LabelTests final : public QObject {
+    Q_OBJECT
+
+    platform::Theme m_theme;
+
+private Q_SLOTS:
+    void aLineTakesTheSpaceOfItsText() {
+        Label label(m_theme, u"Private"_s, TextStyle::Body);
+        const auto narrow = label.sizeHint();
+        label.setText(u"Private and offline"_s);
+        QVERIFY(label.sizeHint().width() > narrow.width());
+        QCOMPARE(label.sizeHint().height(), narrow.height());
+        label.setIcon(u"cpu"_s);
+        QVERIFY(label.sizeHint().width() > narrow.width() + m_theme.symbolSize(TextStyle::Body));
+    }
+
+    void nothingOfALineIsElidedAtItsOwnSize_data() {
+        QTest::addColumn<int>("pixels");
+        for (int pixels = 9; pixels < 40; pixels += 3)
+            QTest::addRow("%d px", pixels) << pixels;
+    }
+    void nothingOfALineIsElidedAtItsOwnSize() {
+        QFETCH(int, pixels);
+        platform::Theme theme;
+        QFont font;
+        font.setPixelSize(pixels);
+        theme.setBodyFont(font);
+        // A full stop far from the rest of the text: gone if the end is elided.
+        Label whole(theme, u"Tellwick"_s, TextStyle::LargeTitle);
+        whole.resize(whole.sizeHint());
+        Label wide(theme, u"Tellwick"_s, TextStyle::LargeTitle);
+        wide.resize(whole.width() + 200, whole.height());
+        QCOMPARE(inkColumns(whole), inkColumns(wide));
+    }
+
+    void wrappedTextGrowsInHeightAsItNarrows() {
+        Label label(m_theme, u"one two three four five six seven eight nine ten"_s,
+                    TextStyle::Body);
+        label.setWrapping(true);
+        QVERIFY(label.hasHeightForWidth());
+        const auto wide = label.heightForWidth(1000);
+        QVERIFY(label.heightForWidth(120) >= 2 * wide);
+        QCOMPARE(label.heightForWidth(1000), wide);
+        label.setText(u"one\ntwo\nthree"_s);
+        QVERIFY(label.heightForWidth(1000) >= 3 * wide - 2);
+    }
+
+    void aWordThatIsTooLongForALineIsBroken() {
+        Label label(m_theme, QString(200, u'x'), TextStyle::Body);
+        label.setWrapping(true);
+        const auto line = label.heightForWidth(100000);
+        QVERIFY(label.heightForWidth(100) > 5 * line);
+    }
+
+    void rightToLeftTextLiesRight() {
+        Label label(m_theme, u"שלום"_s, TextStyle::Body);
+        label.resize(400, label.sizeHint().height());
+        QVERIFY(inkColumns(label).first > 300);
+        label.setWrapping(true);
+        QVERIFY(inkColumns(label).first > 300);
+        label.setText(u"hello"_s);
+        QVERIFY(inkColumns(label).second < 100);
+        label.setWrapping(false);
+        QVERIFY(inkColumns(label).second < 100);
+    }
+
+    void textLiesWhereItsAlignmentSays() {
+        Label label(m_theme, u"hello"_s, TextStyle::Body);
+        label.resize(400, label.sizeHint().height());
+        label.setTextAlignment(Qt::AlignHCenter);
+        auto [first, last] = inkColumns(label);
+        QVERIFY(qAbs((first + last) / 2 - 200) <= 2);
+        label.setTextAlignment(Qt::AlignTrailing);
+        QVERIFY(inkColumns(label).second > 390);
+    }
+
+    void aChangeOfTheFontChangesTheSize() {
+        platform::Theme theme;
+        Label label(theme, u"hello"_s, TextStyle::Body);
+        const auto before = label.sizeHint();
+        QFont font;
+        font.setPixelSize(40);
+        theme.setBodyFont(font);
+        QTRY_VERIFY(label.sizeHint().height() > before.height());
+    }
+
+    void assistiveTechnologyReadsTheText() {
+        Label label(m_theme, u"Private"_s, TextStyle::Body);
+        auto* interface = QAccessible::queryAccessibleInterface(&label);
+        QVERIFY(interface);
+        QCOMPARE(interface->role(), QAccessible::StaticText);
+        QCOMPARE(interface->text(QAccessible::Name), u"Private"_s);
+        label.setText(u"Offline"_s);
+        QCOMPARE(interface->text(QAccessible::Name), u"Offline"_s);
+        label.setHeading(true);
+        QCOMPARE(interface->role(), QAccessible::Heading);
+    }
+};
+
+TELLWICK_TEST(LabelTests, Widgets)
+#include "LabelTests.moc"

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/MenuRow.h"
+#include "Platform/Widgets/Controls/PullDownButton.h"
+#include "Platform/Widgets/Overlays/Menu.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
+#include "tests/support/TestMain.h"
+
+#include <QAccessible>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using platform::Menu;
+using platform::MenuEntry;
+using platform::MenuRow;
+
+namespace {
+
+struct Window {
+    Window() {
+        auto* column = new QVBoxLayout(&widget);
+        column->addWidget(button, 0, Qt::AlignRight);
+        column->addStretch();
+        column->addWidget(field);
+        button->setEntries([this] { return entries(); });
+        widget.resize(400, 500);
+        widget.show();
+        field->setFocus();
+    }
+
+    std::vector<MenuEntry> entries() {
+        const auto choose = [this](const QString& name) {
+            return [this, name] {
+                chosen << name;
+                wasOpenWhenChosen = host->isPresenting();
+            };
+        };
+        return {{u"Models"_s, u"cpu"_s, choose(u"Models"_s)},
+                MenuEntry::separator(),
+                {u"About"_s, u"info.circle"_s, choose(u"About"_s)}};
+    }
+
+    platform::Theme theme;
+    QWidget widget;
+    QLineEdit* field = new QLineEdit;
+    platform::OverlayHost* host = new platform::OverlayHost(theme, &widget);
+    platform::PullDownButton* button =
+        new platform::PullDownButton(theme, u"More"_s, u"ellipsis.circle"_s, 15, *host);
+    QStringList chosen;
+    bool wasOpenWhenChosen = false;
+};
+
+QString focusName() {
+    auto* focus = QApplication::focusWidget();
+    return focus == nullptr ? QString()
+                            : QAccessible::queryAccessibleInterface(focus)->text(QAccessible::Name);
+}
+
+} // namespace
+
+class MenuTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<Window> m;
+
+    static void press(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
+
+private Q_SLOTS:
+    void init() {
+        m.emplace();
+        QVERIFY(QTest::qWaitForWindowActive(&m->widget));
+    }
+    void cleanup() { m.reset(); }
+
+    void aPressOpensTheMenuBelowTheButton() {
+        QTest::mousePress(m->button, Qt::LeftButton);
+        auto* menu = m->button->menu();
+        QVERIFY(menu);
+        const auto body = menu->bodyRect().translated(menu->pos());
+        QVERIFY(m->host->rect().contains(body));
+        QVERIFY(body.top() >= m->button->geometry().bottom());
+        QCOMPARE(menu->findChildren<MenuRow*>().size(), 2);
+        QTest::mouseRelease(m->button, Qt::LeftButton);
+        QVERIFY(m->button->menu());
+    }
+
+    void aClickOnAnEntryClosesTheMenuAndRunsIt() {
+        QTest::mouseClick(m->button, Qt::LeftButton);
+        QTest::mouseClick(m->button->menu()->findChildren<MenuRow*>().at(1), Qt::LeftButton);
+        QCOMPARE(m->chosen, QStringList{u"About"_s});
+        QVERIFY(!m->wasOpenWhenChosen);
+        QVERIFY(!m->button->menu());
+        QVERIFY(m->field->hasFocus());
+    }
+
+    void aReleaseOverAnEntryChoosesIt() {
+        QTest::mousePress(m->button, Qt::LeftButton);
+        auto* row = m->button->menu()->findChildren<MenuRow*>().at(0);
+        const auto at = m->button->mapFromGlobal(row->mapToGlobal(row->rect().center()));
+        QTest::mouseMove(m->button, at);
+        QTest::mouseRelease(m->button, Qt::LeftButton, {}, at);
+        QCOMPARE(m->chosen, QStringList{u"Models"_s});
+    }
+
+    void arrowsWalkRoundAndReturnChooses() {
+        m->button->setFocus(Qt::TabFocusReason);
+        press(Qt::Key_Return);
+        QVERIFY(m->button->menu());
+        QCOMPARE(focusName(), u"Models"_s);
+        press(Qt::Key_Down);
+        QCOMPARE(focusName(), u"About"_s);
+        press(Qt::Key_Down);
+        QCOMPARE(focusName(), u"Models"_s);
+        press(Qt::Key_Up);
+        QCOMPARE(focusName(), u"About"_s);
+        press(Qt::Key_Home);
+        QCOMPARE(focusName(), u"Models"_s);
+        press(Qt::Key_End);
+        QCOMPARE(focusName(), u"About"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(m->chosen, QStringList{u"About"_s});
+        QVERIFY(m->button->hasFocus());
+    }
+
+    void everyOpeningKeyOpens_data() {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("return") << Qt::Key_Return;
+        QTest::newRow("space") << Qt::Key_Space;
+        QTest::newRow("down") << Qt::Key_Down;
+    }
+    void everyOpeningKeyOpens() {
+        QFETCH(Qt::Key, key);
+        m->button->setFocus(Qt::TabFocusReason);
+        press(key);
+        QVERIFY(m->button->menu());
+        press(Qt::Key_Escape);
+        QVERIFY(!m->button->menu());
+        QVERIFY(m->chosen.isEmpty());
+        QVERIFY(m->button->hasFocus());
+    }
+
+    void aMenuOpenedByThePointerStartsWithoutAChoice() {
+        QTest::mouseClick(m->button, Qt::LeftButton);
+        QCOMPARE(QApplication::focusWidget(), m->button->menu());
+        press(Qt::Key_Return);
+        QVERIFY(m->chosen.isEmpty());
+        press(Qt::Key_Up);
+        QCOMPARE(focusName(), u"About"_s);
+    }
+
+    void thePointerBringsTheFocusAlong() {
+        QTest::mouseClick(m->button, Qt::LeftButton);
+        auto* row = m->button->menu()->findChildren<MenuRow*>().at(1);
+        QTest::mouseMove(row, row->rect().center() - QPoint(2, 0));
+        QTest::mouseMove(row, row->rect().center());
+        QTRY_COMPARE(focusName(), u"About"_s);
+    }
+
+    void aClickBesideClosesTheMenu() {
+        QTest::mouseClick(m->button, Qt::LeftButton);
+        QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(10, 480));
+        QVERIFY(!m->button->menu());
+        QVERIFY(m->chosen.isEmpty());
+    }
+
+    void aContextMenuOpensWhereItIsAskedForButWithinTheWindow_data() {
+        QTest::addColumn<QPoint>("at");
+        QTest::newRow("middle") << QPoint(200, 200);
+        QTest::newRow("corner") << QPoint(398, 498);
+        QTest::newRow("outside") << QPoint(900, -50);
+    }
+    void aContextMenuOpensWhereItIsAskedForButWithinTheWindow() {
+        QFETCH(QPoint, at);
+        auto* menu = m->host->present(std::make_unique<Menu>(m->theme, u"Message"_s, m->entries(),
+                                                             m->widget.mapToGlobal(at)));
+        const auto body = menu->bodyRect().translated(menu->pos());
+        QVERIFY(m->host->rect().contains(body));
+        if (at == QPoint(200, 200))
+            QCOMPARE(body.topLeft(), at);
+        press(Qt::Key_Down);
+        press(Qt::Key_Return);
+        QCOMPARE(m->chosen, QStringList{u"Models"_s});
+    }
+
+    void assistiveTechnologySeesAMenuOfItems() {
+        auto* button = QAccessible::queryAccessibleInterface(m->button);
+        QCOMPARE(button->role(), QAccessible::ButtonMenu);
+        QVERIFY(button->state().hasPopup);
+        QVERIFY(button->state().collapsed);
+        button->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
+        QVERIFY(button->state().expanded);
+        auto* menu = QAccessible::queryAccessibleInterface(m->button->menu());
+        QCOMPARE(menu->role(), QAccessible::PopupMenu);
+        QCOMPARE(menu->text(QAccessible::Name), u"More"_s);
+        QStringList items;
+        for (int i = 0; i < menu->childCount(); ++i)
+            if (menu->child(i)->role() == QAccessible::MenuItem)
+                items << menu->child(i)->text(QAccessible::Name);
+        QCOMPARE(items, QStringList({u"Models"_s, u"About"_s}));
+    }
+};
+
+TELLWICK_TEST(MenuTests, Widgets)
+#include "MenuTests.moc"
