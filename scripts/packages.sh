@@ -11,6 +11,7 @@
 #         model    fetch the on-device model     headless show the window where there is no display
 #         test     run the tests                 bench    run the benchmarks
 #         package  make a Debian package         pictures picture the window for the documents
+#         bare     run commands on a bare Debian
 package_list() {
     cat <<'END'
 build     g++                      the C++20 compiler
@@ -57,6 +58,8 @@ pictures  fonts-inter              the font of the acted desktop
 pictures  fonts-dejavu-core        its monospaced font
 pictures  fonts-noto-color-emoji   emoji in messages
 pictures  iproute2                 brings up the loopback interface in the pictures' own network
+bare      debootstrap              makes a bare Debian in a folder
+bare      git                      tells what is committed
 package   dpkg-dev                 finds the packages of the libraries the program is linked with
 package   file                     tells programs from other files in the package
 END
