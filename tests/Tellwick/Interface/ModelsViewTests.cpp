@@ -3,6 +3,7 @@
 #include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Interface/ModelsWindow.h"
+#include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
 
 #include <QPointer>
@@ -207,17 +208,12 @@ void ModelsViewTests::aMarkStandsAtTheTrailingEndInItsColour() {
     QVERIFY(m->openOver({u"one"_s}));
     const auto paints = [this](const QString& name, ColorRole role) {
         auto* row = m->row(name);
-        const QRect end(row->width() - 30, 0, 30, row->height());
-        const QImage image = row->grab(end).toImage();
-        const QColor color = m->desktop.theme.color(role);
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (const QColor c = image.pixelColor(x, y);
-                    std::abs(c.red() - color.red()) + std::abs(c.green() - color.green()) +
-                        std::abs(c.blue() - color.blue()) <
-                    60)
-                    return true;
-        return false;
+        const auto painted = tests::PaintRecorder(*row).all();
+        return std::ranges::any_of(painted, [&](const auto& part) {
+            return part.color == m->desktop.theme.color(role) &&
+                   part.rect.left() > row->width() / 2 && part.rect.right() > row->width() - 30 &&
+                   part.rect.right() < row->width();
+        });
     };
     QVERIFY(paints(appleIntelligence, ColorRole::Accent));
     QVERIFY(paints(u"one"_s, ColorRole::Orange));
