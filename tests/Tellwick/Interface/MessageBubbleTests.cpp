@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Look/Contrast.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
@@ -179,8 +180,9 @@ void MessageBubbleTests::theUsersBubbleStandsRightInWhiteOnTheAccent() {
              f.desktop.theme.color(ColorRole::AccentFill));
     QCOMPARE(f.textColor(), QColor(Qt::white));
     f.desktop.theme.setDark(true);
-    QTRY_COMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
-                 f.desktop.theme.color(ColorRole::AccentFill));
+    platform::flushObservers(f.window.get());
+    QCOMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
+             f.desktop.theme.color(ColorRole::AccentFill));
     QCOMPARE(f.textColor(), QColor(Qt::white));
 }
 
