@@ -86,20 +86,10 @@ public:
         dropped.swap(m_state->buffer);
     }
 
-    class NextAwaiter {
+    class NextAwaiter : public WaitingAwaiter {
     public:
         explicit NextAwaiter(State& state)
             : m_state(state) {}
-        NextAwaiter(const NextAwaiter&) = delete;
-        NextAwaiter& operator=(const NextAwaiter&) = delete;
-        ~NextAwaiter() {
-            // The callback goes first: it must find the waiter whole.
-            m_onCancel.reset();
-            if (m_waiter)
-                m_waiter->detach();
-        }
-
-        bool await_ready() const noexcept { return false; }
 
         template <class Promise>
         bool await_suspend(std::coroutine_handle<Promise> awaiting) {
@@ -107,19 +97,20 @@ public:
             m_stop = context.stop;
             if (m_stop.stop_requested())
                 return false;
+            std::shared_ptr<Waiter> waiter;
             {
                 const std::scoped_lock lock(m_state.mutex);
                 const bool isReady = !m_state.buffer.empty() || m_state.isFinished;
                 if (isReady && !context.executor->shouldYield())
                     return false;
-                m_waiter = std::make_shared<Waiter>(*context.executor, awaiting);
+                waiter = makeWaiter(awaiting);
                 if (isReady) {
-                    m_waiter->resumeAfterOthers();
+                    waiter->resumeAfterOthers();
                     return true;
                 }
-                m_state.waiter = m_waiter;
+                m_state.waiter = waiter;
             }
-            m_onCancel.emplace(m_stop, Resume{m_waiter});
+            m_onCancel.emplace(m_stop, Resume{std::move(waiter)});
             return true;
         }
 
@@ -145,7 +136,6 @@ public:
 
         State& m_state;
         std::stop_token m_stop;
-        std::shared_ptr<Waiter> m_waiter;
         std::optional<std::stop_callback<Resume>> m_onCancel;
     };
 

@@ -9,21 +9,20 @@ Waiter::Waiter(Executor& executor, std::coroutine_handle<> coroutine)
     : m_executor(executor)
     , m_coroutine(coroutine) {}
 
-std::function<void()> Waiter::resumption() {
-    return [self = shared_from_this()] {
-        if (const auto coroutine = std::exchange(self->m_coroutine, nullptr))
+void Waiter::resumeBy(void (Executor::*post)(std::function<void()>)) {
+    // Posted under the lock: the executor is there as long as the coroutine is.
+    const std::scoped_lock lock(m_mutex);
+    if (!m_coroutine || std::exchange(m_isOnTheWay, true))
+        return;
+    (m_executor.*post)([self = shared_from_this()] {
+        if (const auto coroutine = self->take())
             coroutine.resume();
-    };
+    });
 }
 
-void Waiter::resume() {
-    if (isFirst())
-        m_executor.post(resumption());
-}
-
-void Waiter::resumeAfterOthers() {
-    if (isFirst())
-        m_executor.postAfterOthers(resumption());
+std::coroutine_handle<> Waiter::take() {
+    const std::scoped_lock lock(m_mutex);
+    return std::exchange(m_coroutine, nullptr);
 }
 
 } // namespace platform

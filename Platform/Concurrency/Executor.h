@@ -3,10 +3,10 @@
 
 #include <QtGlobal> // moc of Qt 6.4 cannot read <coroutine> unless a Qt header stands before it
 
-#include <atomic>
 #include <coroutine>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace platform {
@@ -38,30 +38,32 @@ public:
 
 /// A suspended coroutine that waits for something that other threads may bring about.
 ///
-/// The coroutine is resumed on its executor, once, by whoever calls resume() first; nothing happens
-/// if the coroutine has been destroyed by then. The awaiter that lives in the coroutine's frame
-/// owns the waiter and calls detach() when it ends, on the executor's thread.
+/// The coroutine is resumed on its executor, once, by whoever calls resume() first. The awaiter
+/// that lives in the coroutine's frame calls detach() when it ends, on the executor's thread; from
+/// then on resume() does nothing, so that those who still hold the waiter may outlive the executor.
 class Waiter final : public std::enable_shared_from_this<Waiter> {
 public:
     Waiter(Executor& executor, std::coroutine_handle<> coroutine);
 
     /// Resumes the coroutine by a later turn of its executor. Any thread; only the first call
     /// counts.
-    void resume();
+    void resume() { resumeBy(&Executor::post); }
 
     /// As resume(), behind the executor's other duties. On the executor's thread.
-    void resumeAfterOthers();
+    void resumeAfterOthers() { resumeBy(&Executor::postAfterOthers); }
 
-    /// The coroutine is about to go: nothing is resumed any more. On the executor's thread.
-    void detach() { m_coroutine = nullptr; }
+    /// The coroutine goes on by itself or is about to go: nothing is resumed any more. On the
+    /// executor's thread.
+    void detach() { take(); }
 
 private:
-    std::function<void()> resumption();
-    bool isFirst() { return !m_fired.exchange(true); }
+    void resumeBy(void (Executor::*post)(std::function<void()>));
+    std::coroutine_handle<> take();
 
     Executor& m_executor;
-    std::coroutine_handle<> m_coroutine;
-    std::atomic<bool> m_fired = false;
+    std::mutex m_mutex;
+    std::coroutine_handle<> m_coroutine; // null once it needs nobody to resume it
+    bool m_isOnTheWay = false;
 };
 
 } // namespace platform

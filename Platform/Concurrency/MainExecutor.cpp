@@ -11,18 +11,6 @@ namespace {
 
 const QEvent::Type workEventType = static_cast<QEvent::Type>(QEvent::registerEventType());
 
-class WorkEvent final : public QEvent {
-public:
-    explicit WorkEvent(std::function<void()> work)
-        : QEvent(workEventType)
-        , m_work(std::move(work)) {}
-
-    const std::function<void()>& work() const { return m_work; }
-
-private:
-    std::function<void()> m_work;
-};
-
 } // namespace
 
 MainExecutor::MainExecutor() = default;
@@ -30,7 +18,11 @@ MainExecutor::MainExecutor() = default;
 MainExecutor::~MainExecutor() = default;
 
 void MainExecutor::post(std::function<void()> work) {
-    QCoreApplication::postEvent(this, new WorkEvent(std::move(work)));
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_posted.push_back(std::move(work));
+    }
+    QCoreApplication::postEvent(this, new QEvent(workEventType));
 }
 
 void MainExecutor::postAfterOthers(std::function<void()> work) {
@@ -52,7 +44,13 @@ bool MainExecutor::shouldYield() const {
 bool MainExecutor::event(QEvent* event) {
     if (event->type() != workEventType)
         return QObject::event(event);
-    run(static_cast<WorkEvent*>(event)->work());
+    std::function<void()> work;
+    {
+        const std::scoped_lock lock(m_mutex);
+        work = std::move(m_posted.front());
+        m_posted.pop_front();
+    }
+    run(work);
     return true;
 }
 

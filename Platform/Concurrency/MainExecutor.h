@@ -8,16 +8,15 @@
 
 #include <chrono>
 #include <deque>
-
-class QThread;
+#include <mutex>
 
 namespace platform {
 
 /// The Qt event loop of the thread that constructs it, as an executor.
 ///
-/// Work is delivered as posted events. A task that finds one ready element after another is asked
-/// to yield after a few milliseconds, and goes on only when input, painting and timers have had
-/// their turn, so that a flood of elements never freezes the window.
+/// Each piece of work is begun by a posted event. A task that finds one ready element after another
+/// is asked to yield after a few milliseconds, and goes on only when input, painting and timers
+/// have had their turn, so that a flood of elements never freezes the window.
 class MainExecutor final : public QObject, public Executor {
 public:
     /// How long a task may keep the thread before it is asked to yield.
@@ -38,6 +37,8 @@ protected:
 private:
     void run(const std::function<void()>& work);
 
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_posted; // one an event; under the mutex
     std::deque<std::function<void()>> m_afterOthers;
     QElapsedTimer m_sinceTurnBegan;
     int m_turnDepth = 0;

@@ -19,6 +19,36 @@ struct TaskContext {
     std::stop_token stop;
 };
 
+/// The base of awaiters that suspend a task until another thread, or a later turn of this one,
+/// resumes it.
+///
+/// It detaches its waiter when it ends, be it resumed or destroyed with its task. What a derived
+/// class holds ends before that.
+class WaitingAwaiter {
+public:
+    WaitingAwaiter() = default;
+    WaitingAwaiter(const WaitingAwaiter&) = delete;
+    WaitingAwaiter& operator=(const WaitingAwaiter&) = delete;
+
+    bool await_ready() const noexcept { return false; }
+
+protected:
+    ~WaitingAwaiter() {
+        if (m_waiter)
+            m_waiter->detach();
+    }
+
+    /// What resumes the coroutine that is being suspended. Called once, by await_suspend().
+    template <class Promise>
+    std::shared_ptr<Waiter> makeWaiter(std::coroutine_handle<Promise> awaiting) {
+        m_waiter = std::make_shared<Waiter>(*awaiting.promise().context().executor, awaiting);
+        return m_waiter;
+    }
+
+private:
+    std::shared_ptr<Waiter> m_waiter;
+};
+
 template <class T>
 class Task;
 
@@ -155,29 +185,19 @@ inline Task<void> detail::TaskPromise<void>::get_return_object() {
 
 namespace detail {
 
-/// Gives the context of the awaiting task without suspending it.
-struct ContextAwaiter {
-    TaskContext context;
+struct IsCancelledAwaiter {
+    bool isCancelled = false;
 
     bool await_ready() const noexcept { return false; }
     template <class Promise>
     bool await_suspend(std::coroutine_handle<Promise> awaiting) {
-        context = awaiting.promise().context();
+        isCancelled = awaiting.promise().context().stop.stop_requested();
         return false;
     }
-    TaskContext await_resume() { return std::move(context); }
-};
-
-struct IsCancelledAwaiter : ContextAwaiter {
-    bool await_resume() const { return context.stop.stop_requested(); }
+    bool await_resume() const noexcept { return isCancelled; }
 };
 
 } // namespace detail
-
-/// `co_await currentContext()`: the executor and the cancellation of the running task.
-inline detail::ContextAwaiter currentContext() {
-    return {};
-}
 
 /// `co_await isCancelled()`: whether the running task has been cancelled. Does not suspend.
 inline detail::IsCancelledAwaiter isCancelled() {

@@ -10,7 +10,6 @@ namespace platform {
 class TaskHandle {
 public:
     void cancel() { m_stop.request_stop(); }
-    bool isCancelled() const { return m_stop.stop_requested(); }
     friend bool operator==(const TaskHandle& a, const TaskHandle& b) {
         return a.m_stop == b.m_stop;
     }
@@ -74,23 +73,15 @@ Task<void> runAndReport(Task<T> task, std::shared_ptr<RunOnState<T>> state) {
 }
 
 template <class T>
-class RunOnAwaiter {
+class RunOnAwaiter : public WaitingAwaiter {
 public:
     RunOnAwaiter(TaskScope& scope, Task<T> task)
         : m_scope(scope)
         , m_task(std::move(task)) {}
-    RunOnAwaiter(const RunOnAwaiter&) = delete;
-    RunOnAwaiter& operator=(const RunOnAwaiter&) = delete;
-    ~RunOnAwaiter() {
-        if (m_waiter)
-            m_waiter->detach();
-    }
 
-    bool await_ready() const noexcept { return false; }
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> awaiting) {
-        m_waiter = std::make_shared<Waiter>(*awaiting.promise().context().executor, awaiting);
-        m_state->waiter = m_waiter;
+        m_state->waiter = makeWaiter(awaiting);
         m_scope.start(runAndReport(std::move(m_task), m_state));
     }
     T await_resume() {
@@ -104,7 +95,6 @@ private:
     TaskScope& m_scope;
     Task<T> m_task;
     std::shared_ptr<RunOnState<T>> m_state = std::make_shared<RunOnState<T>>();
-    std::shared_ptr<Waiter> m_waiter;
 };
 
 } // namespace detail

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Backends/AppleIntelligenceBackend.h"
 
-#include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/Produce.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
 
 namespace tellwick {
@@ -12,22 +12,14 @@ namespace {
 using ReplyContinuation = platform::StreamContinuation<platform::TextSnapshot>;
 
 // Holds the session and the prompt, not the backend: a reset or the backend's end leaves it alone.
-platform::Task<void> produce(std::shared_ptr<platform::LanguageModelSession> session,
-                             QString prompt, ReplyContinuation reply) {
-    std::exception_ptr error;
-    try {
-        auto snapshots = session->streamResponse(prompt, platform::GenerationOptions());
-        while (auto snapshot = co_await snapshots.next()) {
-            if (co_await platform::isCancelled())
-                break;
-            reply.yield(std::move(*snapshot));
-        }
-    } catch (const platform::CancellationError&) {
-        // A cancellation is a normal end.
-    } catch (...) {
-        error = std::current_exception();
+platform::Task<void> readReply(std::shared_ptr<platform::LanguageModelSession> session,
+                               QString prompt, ReplyContinuation reply) {
+    auto snapshots = session->streamResponse(prompt, platform::GenerationOptions());
+    while (auto snapshot = co_await snapshots.next()) {
+        if (co_await platform::isCancelled())
+            break;
+        reply.yield(std::move(*snapshot));
     }
-    reply.finish(error);
 }
 
 } // namespace
@@ -50,15 +42,11 @@ ReplyStream AppleIntelligenceBackend::streamResponse(const QString& prompt,
                                                      const QList<ChatMessage>&,
                                                      const QString& systemPrompt) {
     platform::requireMainThread("AppleIntelligenceBackend::streamResponse");
-    auto [stream, continuation] = platform::makeStream<platform::TextSnapshot>();
-    try {
+    return platform::produce<platform::TextSnapshot>(m_producers, [&](ReplyContinuation reply) {
         if (!m_session)
             m_session = m_model.makeSession(systemPrompt);
-        m_producers.start(produce(m_session, prompt, continuation));
-    } catch (...) {
-        continuation.finish(std::current_exception());
-    }
-    return std::move(stream);
+        return readReply(m_session, prompt, std::move(reply));
+    });
 }
 
 void AppleIntelligenceBackend::reset() {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Backends/OllamaBackend.h"
 
-#include "Platform/Concurrency/Errors.h"
+#include "Platform/Concurrency/Produce.h"
 #include "Tellwick/Backends/OllamaError.h"
 #include "Tellwick/Backends/OllamaWire.h"
 
@@ -57,9 +57,10 @@ HttpRequest chatRequest(const OllamaChatRequest& chat, std::chrono::milliseconds
 }
 
 /// Yields the text so far after each line of the reply.
-Task<void> readReply(HttpClient client, HttpRequest request,
+Task<void> readReply(HttpClient client, OllamaChatRequest chat,
+                     std::chrono::milliseconds idleTimeout,
                      StreamContinuation<TextSnapshot> continuation) {
-    HttpBody body = co_await client.bytes(std::move(request));
+    HttpBody body = co_await client.bytes(chatRequest(chat, idleTimeout));
     if (body.status() != ok)
         throw OllamaError::badResponse(body.status());
     platform::TextBuilder reply;
@@ -74,21 +75,6 @@ Task<void> readReply(HttpClient client, HttpRequest request,
         if (chunk.done)
             break;
     }
-}
-
-Task<void> produce(HttpClient client, QString modelName, QList<OllamaMessage> messages,
-                   std::chrono::milliseconds idleTimeout,
-                   StreamContinuation<TextSnapshot> continuation) {
-    std::exception_ptr error;
-    try {
-        const OllamaChatRequest chat(std::move(modelName), std::move(messages));
-        co_await readReply(std::move(client), chatRequest(chat, idleTimeout), continuation);
-    } catch (const platform::CancellationError&) {
-        // A cancelled reply just ends.
-    } catch (...) {
-        error = std::current_exception();
-    }
-    continuation.finish(error);
 }
 
 Task<QList<OllamaModelEntry>> fetchModels(HttpClient client) {
@@ -119,10 +105,14 @@ OllamaBackend::OllamaBackend(const OllamaModelEntry& entry, platform::NetworkThr
 
 ReplyStream OllamaBackend::streamResponse(const QString& prompt, const QList<ChatMessage>& history,
                                           const QString& systemPrompt) {
-    auto [stream, continuation] = platform::makeStream<TextSnapshot>();
-    m_producers.start(produce(m_client, m_modelName, messageList(prompt, history, systemPrompt),
-                              m_idleTimeout, continuation));
-    return std::move(stream);
+    return platform::produce<TextSnapshot>(
+        m_producers,
+        [&](auto continuation) {
+            return readReply(
+                m_client,
+                OllamaChatRequest(m_modelName, messageList(prompt, history, systemPrompt)),
+                m_idleTimeout, std::move(continuation));
+        });
 }
 
 Task<QList<OllamaModelEntry>> OllamaBackend::discover(platform::NetworkThread& network) {

@@ -2,7 +2,7 @@
 #include "Platform/Concurrency/AsyncStream.h"
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Concurrency/TaskScope.h"
+#include "Platform/Concurrency/Produce.h"
 #include "tests/support/TestMain.h"
 
 #include <QBasicTimer>
@@ -49,6 +49,10 @@ private Q_SLOTS:
     void theProducerGoesOnUndisturbedAfterTheConsumerIsGone();
     void droppingTheConsumerFreesWhatIsBuffered();
     void aScopeThatEndsDestroysTheWaitingConsumer();
+    void aProducerDoesNotKnowAnExecutorThatHasGone_data();
+    void aProducerDoesNotKnowAnExecutorThatHasGone();
+    void aProducedStreamEndsAsItsWorkDoes_data();
+    void aProducedStreamEndsAsItsWorkDoes();
     void timersGoOnDuringAFloodOfReadyElements();
     void aHundredThousandReadyElementsNeedNoDeepStack();
 };
@@ -177,6 +181,93 @@ void AsyncStreamTests::aScopeThatEndsDestroysTheWaitingConsumer() {
     QCoreApplication::processEvents();
     QCOMPARE(seen->elements.size(), 1);
     QVERIFY(!seen->hasEnded);
+}
+
+namespace {
+
+/// Keeps what is posted until the test runs it, and counts it.
+class HeldExecutor final : public Executor {
+public:
+    explicit HeldExecutor(int& posted)
+        : m_posted(posted) {}
+
+    void post(std::function<void()> work) override {
+        ++m_posted;
+        m_work.push_back(std::move(work));
+    }
+    bool isCurrent() const override { return true; }
+    void runAll() {
+        for (; !m_work.empty(); m_work.pop_front())
+            m_work.front()();
+    }
+
+private:
+    int& m_posted;
+    std::deque<std::function<void()>> m_work;
+};
+
+} // namespace
+
+void AsyncStreamTests::aProducerDoesNotKnowAnExecutorThatHasGone_data() {
+    QTest::addColumn<bool>("yields");
+    QTest::newRow("an element") << true;
+    QTest::newRow("the end") << false;
+}
+
+void AsyncStreamTests::aProducerDoesNotKnowAnExecutorThatHasGone() {
+    QFETCH(bool, yields);
+    int posted = 0;
+    const auto seen = std::make_shared<Seen>();
+    auto [stream, continuation] = makeStream<int>();
+    {
+        HeldExecutor executor(posted);
+        TaskScope scope(executor);
+        scope.start(consume(std::move(stream), seen));
+        executor.runAll();
+        QCOMPARE(posted, 1);
+    }
+    yields ? continuation.yield(1) : continuation.finish();
+    QCOMPARE(posted, 1);
+}
+
+namespace {
+
+Task<void> yieldAndThrow(StreamContinuation<int> continuation, std::exception_ptr error) {
+    continuation.yield(1);
+    if (error)
+        std::rethrow_exception(error);
+    co_return;
+}
+
+} // namespace
+
+void AsyncStreamTests::aProducedStreamEndsAsItsWorkDoes_data() {
+    QTest::addColumn<std::exception_ptr>("error");
+    QTest::addColumn<bool>("isBegun");
+    QTest::addColumn<QString>("text");
+    const auto failure = std::make_exception_ptr(Failure());
+    QTest::newRow("normally") << std::exception_ptr() << true << QString();
+    QTest::newRow("with an error") << failure << true << QStringLiteral("It failed.");
+    QTest::newRow("cancelled") << std::make_exception_ptr(CancellationError()) << true << QString();
+    QTest::newRow("before it began") << failure << false << QStringLiteral("It failed.");
+}
+
+void AsyncStreamTests::aProducedStreamEndsAsItsWorkDoes() {
+    QFETCH(std::exception_ptr, error);
+    QFETCH(bool, isBegun);
+    MainExecutor executor;
+    TaskScope scope(executor);
+    const auto seen = std::make_shared<Seen>();
+    scope.start(consume(produce<int>(scope,
+                                     [&](auto continuation) {
+                                         if (!isBegun)
+                                             std::rethrow_exception(error);
+                                         return yieldAndThrow(continuation, error);
+                                     }),
+                        seen));
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements, isBegun ? QList<int>{1} : QList<int>());
+    QTEST(seen->error ? localizedDescription(seen->error) : QString(), "text");
 }
 
 namespace {

@@ -177,9 +177,7 @@ void TaskTests::aTaskSeesItsOwnCancellationAndAwaitedTasksShareIt() {
     TaskScope scope(executor);
     const auto answers = std::make_shared<QList<bool>>();
     TaskHandle handle = scope.start(reportCancellation(answers));
-    QVERIFY(!handle.isCancelled());
     handle.cancel();
-    QVERIFY(handle.isCancelled());
     scope.start(reportCancellation(answers));
     QTRY_COMPARE(*answers, (QList<bool>{true, true, false, false}));
 }
