@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/AppearanceSettings.h"
 
+#include "Platform/Desktop/Linux/SessionBus.h"
+#include "Platform/Desktop/Linux/SettingsPortal.h"
+
 #include <QEvent>
 
 #include <algorithm>
@@ -19,23 +22,27 @@ bool isSetByProgram(const QPalette& palette, QPalette::ColorRole role) {
 
 } // namespace
 
-AppearanceSettings::AppearanceSettings(std::unique_ptr<AppearanceSource> source, Palette palette)
-    : m_source(std::move(source))
+AppearanceSettings::AppearanceSettings(Palette palette)
+    : m_portal(std::make_unique<SettingsPortal>(&sessionBus))
     , m_readPalette(std::move(palette)) {
     readPalette();
     update();
     qApp->installEventFilter(this);
 }
 
+AppearanceSettings::~AppearanceSettings() = default;
+
 void AppearanceSettings::start() {
-    m_source->start([this](const DesktopAppearance& desktop) {
-        m_desktop = desktop;
-        update();
-    });
+    m_portal->start([this](const DesktopAppearance& desktop) { follow(desktop); });
 }
 
 void AppearanceSettings::settle() {
-    m_source->settle();
+    m_portal->settle();
+}
+
+void AppearanceSettings::follow(const DesktopAppearance& desktop) {
+    m_desktop = desktop;
+    update();
 }
 
 bool AppearanceSettings::eventFilter(QObject* watched, QEvent* event) {

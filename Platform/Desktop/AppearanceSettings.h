@@ -1,14 +1,31 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Desktop/AppearanceSource.h"
 #include "Platform/Observation/Observed.h"
 
+#include <QColor>
 #include <QGuiApplication>
 #include <QObject>
 #include <QPalette>
 
+#include <functional>
+#include <memory>
+#include <optional>
+
 namespace platform {
+
+class SettingsPortal;
+
+/// The user's wishes about how programs look, as far as the desktop tells them: a field is none
+/// where it says nothing.
+struct DesktopAppearance {
+    std::optional<bool> isDark{};
+    std::optional<QColor> accent{};
+    std::optional<bool> reducesMotion{};
+    std::optional<bool> increasesContrast{};
+
+    friend bool operator==(const DesktopAppearance&, const DesktopAppearance&) = default;
+};
 
 /// How the user wants programs to look: observed state that follows the desktop while the program
 /// runs.
@@ -16,13 +33,11 @@ namespace platform {
 /// What the desktop does not tell is taken from the application's palette. For that, the program
 /// must leave the application's palette to the desktop: roles that it sets itself tell nothing.
 ///
-/// Until start() the palette alone speaks. start() returns without waiting for the portal's answer;
-/// it may wait for the bus, to which Qt itself connects in the same way when it shows the first
-/// window. Measured on two cores: 0.9 ms with a bus, most of which showing the window then saves,
-/// so that the first paint came no later with it than without; 0.01 ms without a bus. Called right
-/// after the application object is made, the answer arrives while the window is built; settle()
-/// just before the window is shown takes it over, so that a dark desktop sees no light window
-/// first.
+/// Until start() the palette alone speaks. start() returns without waiting for the desktop's
+/// answer; it may wait for the bus, to which Qt itself connects in the same way when it shows the
+/// first window. Called right after the application object is made, the answer arrives while the
+/// window is built; settle() just before the window is shown takes it over, so that a dark desktop
+/// sees no light window first.
 ///
 /// Main thread only; made after the application object and destroyed before it.
 class AppearanceSettings final : public QObject {
@@ -30,14 +45,15 @@ public:
     /// Gives the palette that the desktop wants.
     using Palette = std::function<QPalette()>;
 
-    explicit AppearanceSettings(
-        std::unique_ptr<AppearanceSource> source = AppearanceSource::ofThisDesktop(),
-        Palette palette = &QGuiApplication::palette);
+    explicit AppearanceSettings(Palette palette = &QGuiApplication::palette);
+    ~AppearanceSettings() override;
 
     /// Asks the desktop and follows it from here on. Called once.
     void start();
     /// Takes over an answer that has already come. Never waits.
     void settle();
+    /// What the desktop tells, from here on.
+    void follow(const DesktopAppearance& desktop);
 
     bool isDark() const { return m_isDark; }
     /// The desktop's accent colour; none where it has none.
@@ -54,7 +70,7 @@ private:
     void readPalette();
     void update();
 
-    std::unique_ptr<AppearanceSource> m_source;
+    std::unique_ptr<SettingsPortal> m_portal;
     DesktopAppearance m_desktop;
     Palette m_readPalette;
     DesktopAppearance m_palette;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <functional>
@@ -27,8 +27,8 @@ public:
         Unanswered,
     };
 
-    /// @param applicationId the name of the program's folder for sockets, "tellwick".
-    explicit SingleInstance(QString applicationId);
+    /// @param folders the folders that may hold the place, the best first.
+    explicit SingleInstance(QStringList folders);
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
     /// Gives the place up.

@@ -5,43 +5,47 @@
 #include <QStringList>
 
 #include <functional>
-#include <optional>
 
 namespace platform {
 
-/// The folders that the desktop's rules give a user's programs. Paths are absolute and clean; none
-/// of the folders needs to be there. A value: any thread.
+/// The folders that the desktop's rules give to one program of a user, and the only place that
+/// reads the variables with which a user moves them. Paths are absolute and clean; none of the
+/// folders needs to be there. A value: any thread.
 class UserDirectories {
 public:
     /// Gives the value of an environment variable; empty when it is not set.
     using Variable = std::function<QString(const char* name)>;
 
     /// The folders of the user who runs the program, from its environment.
-    static UserDirectories ofThisUser();
+    ///
+    /// @param application the program's name in these folders, "tellwick".
+    static UserDirectories ofThisUser(const QString& application);
 
-    /// The folders that the given variables lead to. Relative paths in them do not count.
+    /// The folders that the given variables lead to. Relative paths in them do not count, and a
+    /// colon separates paths only in those variables that hold a list.
     ///
     /// @param home the user's home folder.
-    UserDirectories(const Variable& variable, const QString& home);
+    UserDirectories(const QString& application, const Variable& variable, const QString& home);
 
-    /// The folder for the user's own data.
-    const QString& dataHome() const { return m_dataHome; }
-    /// The folders for data of the whole system, the most important first.
-    const QStringList& dataDirectories() const { return m_dataDirectories; }
-    /// The folder for sockets and the like, which lasts as long as the session; none where the
-    /// session has none.
-    const std::optional<QString>& runtimeDirectory() const { return m_runtimeDirectory; }
+    /// Where the program keeps the user's own data.
+    const QString& dataHome() const { return m_dataFolders.front(); }
+    /// Where the program looks for data: the user's own first, then the system's, the most
+    /// important first.
+    const QStringList& dataFolders() const { return m_dataFolders; }
+    /// Where the program may make its folder for sockets and locks, the best first.
+    const QStringList& runtimeFolders() const { return m_runtimeFolders; }
 
-    /// The program's own folder of helper programs: `libexec/<application>` beside the folder that
-    /// the program lies in, after installation as in a build.
+    /// Where the program looks for programs: its own folder `libexec/<application>` beside the
+    /// folder that it lies in (after installation as in a build), then where the user's are.
     ///
-    /// @param programFolder the folder that the running program lies in.
-    static QString helperFolder(const QString& programFolder, const QString& application);
+    /// @param ownFolder the folder that the running program lies in.
+    QStringList programFolders(const QString& ownFolder) const;
 
 private:
-    QString m_dataHome;
-    QStringList m_dataDirectories;
-    std::optional<QString> m_runtimeDirectory;
+    QString m_application;
+    QStringList m_dataFolders;
+    QStringList m_runtimeFolders;
+    QStringList m_programFolders;
 };
 
 } // namespace platform

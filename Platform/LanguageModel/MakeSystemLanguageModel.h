@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Desktop/UserDirectories.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 
 #include <memory>
@@ -13,9 +14,9 @@ class NetworkThread;
 struct SystemLanguageModelContext {
     /// Where replies are taken from the model. Outlives every call of the model.
     NetworkThread& network;
-    /// The application's folder in the folders for data and for sockets, a plain name.
-    QString applicationFolder;
-    /// The application's own folder of helper programs.
+    /// The program's folders.
+    UserDirectories directories;
+    /// The folder that the running program lies in.
     QString programFolder;
 };
 

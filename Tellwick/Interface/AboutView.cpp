@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/AboutView.h"
 
-#include "Platform/Desktop/ApplicationInformation.h"
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/IconView.h"
@@ -10,6 +9,7 @@
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QBoxLayout>
+#include <QCoreApplication>
 #include <QUrl>
 
 namespace tellwick {
@@ -45,6 +45,12 @@ QVBoxLayout* column(int spacing, const QMargins& padding) {
     return layout;
 }
 
+/// The program's version as shown.
+QString version() {
+    const QString version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? u"1.0"_s : version;
+}
+
 /// The host of an address, without the "www." that says nothing.
 QString bareDomain(const QUrl& url) {
     const QString host = url.host();
@@ -68,10 +74,6 @@ AboutView::AboutView(const Environment& environment, QWidget* parent)
     layout->addLayout(footer());
 }
 
-QString AboutView::version(const platform::ApplicationInformation& information) {
-    return information.text(platform::ApplicationInformation::versionKey()).value_or(u"1.0"_s);
-}
-
 QLayout* AboutView::header() {
     const Theme& theme = m_environment.theme;
     auto* layout = column(12, {0, 32, 0, 24});
@@ -82,9 +84,9 @@ QLayout* AboutView::header() {
     name->setHeading(true);
     layout->addWidget(brain, 0, Qt::AlignHCenter);
     layout->addWidget(name, 0, Qt::AlignHCenter);
-    layout->addWidget(label(theme, "Version "_L1 + version(m_environment.information),
-                            TextStyle::Subheadline, ColorRole::SecondaryLabel),
-                      0, Qt::AlignHCenter);
+    layout->addWidget(
+        label(theme, "Version "_L1 + version(), TextStyle::Subheadline, ColorRole::SecondaryLabel),
+        0, Qt::AlignHCenter);
     return layout;
 }
 

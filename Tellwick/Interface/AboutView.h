@@ -20,9 +20,6 @@ public:
 
     explicit AboutView(const Environment& environment, QWidget* parent = nullptr);
 
-    /// The program's version as shown: "1.0" where the program does not tell one.
-    static QString version(const platform::ApplicationInformation& information);
-
     /// The last line but one: a link to `website` where that is an address, else its plain text.
     static QWidget* websiteLine(const Environment& environment, const QString& website);
 

@@ -2,9 +2,7 @@
 #pragma once
 
 namespace platform {
-class ApplicationInformation;
 class OverlayHost;
-class Pasteboard;
 class Theme;
 class UrlOpener;
 } // namespace platform
@@ -14,9 +12,7 @@ namespace tellwick {
 /// What the screens ask of the desktop. One set for the program; all of it outlives the views.
 struct Services {
     const platform::Theme& theme;
-    platform::Pasteboard& pasteboard;
     const platform::UrlOpener& urlOpener;
-    const platform::ApplicationInformation& information;
 };
 
 /// What every screen of a window draws on: the services, and the layer on which that window shows

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/MessageBubble.h"
 
-#include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Text/InlineMarkdown.h"
 #include "Platform/Widgets/Look/Painting.h"
@@ -10,7 +9,9 @@
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Core/AppConfig.h"
 
+#include <QClipboard>
 #include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QResizeEvent>
 
@@ -80,8 +81,7 @@ void MessageBubble::messageContent() {
 }
 
 void MessageBubble::copyContent() const {
-    m_environment.pasteboard.clearContents();
-    m_environment.pasteboard.setString(m_message.content.toString());
+    QGuiApplication::clipboard()->setText(m_message.content.toString());
 }
 
 void MessageBubble::openContextMenu(QPoint globalPosition) {

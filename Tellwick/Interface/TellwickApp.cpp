@@ -3,9 +3,7 @@
 
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Desktop/AppearanceSettings.h"
-#include "Platform/Desktop/ApplicationInformation.h"
 #include "Platform/Desktop/FontWarmUp.h"
-#include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/TerminationSignals.h"
 #include "Platform/Desktop/UrlOpener.h"
@@ -48,9 +46,7 @@ struct TellwickApp::Parts {
     // The desktop.
     platform::AppearanceSettings appearance;
     platform::Theme theme;
-    platform::Pasteboard pasteboard;
     platform::UrlOpener urlOpener;
-    platform::ApplicationInformation information;
     platform::UserDirectories directories;
     QObject observers;
 
@@ -67,17 +63,14 @@ struct TellwickApp::Parts {
 };
 
 TellwickApp::Parts::Parts(QApplication& application)
-    : information(platform::ApplicationInformation::ofThisProgram())
-    , directories(platform::UserDirectories::ofThisUser())
+    : directories(platform::UserDirectories::ofThisUser(applicationFolder))
     , systemModel(platform::makeSystemLanguageModel(
-          {network, applicationFolder,
-           platform::UserDirectories::helperFolder(QCoreApplication::applicationDirPath(),
-                                                   applicationFolder)}))
-    , container(directories.dataHome() + "/tellwick/conversation.sqlite"_L1,
+          {network, directories, QCoreApplication::applicationDirPath()}))
+    , container(directories.dataHome() + "/conversation.sqlite"_L1,
                 {platform::RecordType::of<ChatSession>()})
     , context(container)
     , mainScope(mainExecutor)
-    , window({theme, pasteboard, urlOpener, information}, [this] { return makeViewModel(); })
+    , window({theme, urlOpener}, [this] { return makeViewModel(); })
     , terminationSignals([] { QCoreApplication::quit(); }) {
     appearance.start();
     theme.setBodyFont(application.font());
@@ -126,7 +119,8 @@ void TellwickApp::openWindow(const QByteArray& activationToken) {
 
 int TellwickApp::main(int argc, char** argv) {
     const QByteArray token = platform::activationToken();
-    platform::SingleInstance instance(applicationFolder);
+    platform::SingleInstance instance(
+        platform::UserDirectories::ofThisUser(applicationFolder).runtimeFolders());
     switch (instance.claim(token)) {
     case platform::SingleInstance::Claim::First:
         break;

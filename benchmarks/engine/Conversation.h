@@ -26,8 +26,8 @@ struct TurnTimes {
 /// The on-device model as the program uses it: replies are consumed on the main thread.
 class Conversation {
 public:
-    explicit Conversation(const platform::LlamaServerPaths& places)
-        : m_model(m_network, places) {}
+    explicit Conversation(const platform::LlamaServerPaths& paths)
+        : m_model(m_network, paths) {}
 
     /// One turn from the request to its end; the first one makes the session.
     TurnTimes turn(const QString& prompt, const platform::GenerationOptions& options = {}) {

@@ -47,8 +47,8 @@ public:
     explicit Measurement(const QString& engineFolder)
         : m_server(engineFolder + u"/llama-server"_s)
         , m_ownProgram(engineFolder + u"/llama-bench"_s) {
-        m_places.programFolders = {engineFolder};
-        m_places.runtimeFolders = {m_folder.filePath(u"run"_s)};
+        m_paths.programFolders = {engineFolder};
+        m_paths.runtimeFolders = {m_folder.filePath(u"run"_s)};
     }
 
     void run(int runs) {
@@ -64,7 +64,7 @@ private:
         QDir().mkpath(data + u"/models"_s);
         const QString path = data + u'/' + platform::LlamaServerPaths::modelFileName();
         writeModel(path, model);
-        m_places.dataFolders = {data};
+        m_paths.dataFolders = {data};
         return path;
     }
 
@@ -77,7 +77,7 @@ private:
         // The first round only warms the caches of the system.
         for (int round = -1; round < runs; ++round) {
             {
-                Conversation conversation(m_places);
+                Conversation conversation(m_paths);
                 const double first = conversation.turn(u"Hello"_s).firstWord;
                 const double second = conversation.turn(u"Again"_s).firstWord;
                 if (round >= 0) {
@@ -109,7 +109,7 @@ private:
         for (int round = -1; round < runs; ++round) {
             double rate = 0;
             {
-                Conversation conversation(m_places);
+                Conversation conversation(m_paths);
                 conversation.turn(u"Hello"_s, options); // the engine loads the model
                 rate = conversation.turn(u"Again"_s, options).tokensPerSecond();
             }
@@ -125,7 +125,7 @@ private:
     void measureMemory() {
         useModel(tests::TinyModel::sentence());
         const double before = proportionalSetSize();
-        Conversation conversation(m_places);
+        Conversation conversation(m_paths);
         const double idle = proportionalSetSize();
         for (int i = 0; i < 20; ++i)
             conversation.turn(u"Hello"_s);
@@ -148,7 +148,7 @@ private:
     QTemporaryDir m_folder;
     QString m_server;
     QString m_ownProgram;
-    platform::LlamaServerPaths m_places;
+    platform::LlamaServerPaths m_paths;
 };
 
 } // namespace

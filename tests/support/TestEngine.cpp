@@ -49,39 +49,39 @@ std::optional<QString> reasonToSkipEngineTests() {
     return u"llama-server is not installed (scripts/get-engine gets it)"_s;
 }
 
-EnginePlaces::EnginePlaces() {
+EngineFolders::EngineFolders() {
     for (const QString& folder : {u"data/models"_s, u"bin"_s, u"prompts"_s})
         QDir().mkpath(path(folder));
     if (const auto program = engineProgram())
         QFile::link(*program, path(u"bin/llama-server"_s));
 }
 
-platform::LlamaServerPaths EnginePlaces::places() const {
-    platform::LlamaServerPaths places;
-    places.dataFolders = {path(u"data"_s)};
-    places.programFolders = {path(u"bin"_s)};
-    places.runtimeFolders = {path(u"run"_s)};
-    places.machineMemory = 8'000'000'000;
-    return places;
+platform::LlamaServerPaths EngineFolders::paths() const {
+    platform::LlamaServerPaths paths;
+    paths.dataFolders = {path(u"data"_s)};
+    paths.programFolders = {path(u"bin"_s)};
+    paths.runtimeFolders = {path(u"run"_s)};
+    paths.machineMemory = 8'000'000'000;
+    return paths;
 }
 
-void EnginePlaces::setModelFile(const QByteArray& bytes) const {
+void EngineFolders::setModelFile(const QByteArray& bytes) const {
     writeFile(path(u"data/models/on-device.gguf"_s), bytes);
 }
 
-void EnginePlaces::setEngineScript(const QByteArray& script) const {
+void EngineFolders::setEngineScript(const QByteArray& script) const {
     const QString file = path(u"bin/llama-server"_s);
     writeFile(file, "#!/bin/sh\nENGINE='" + engineProgram().value_or(QString()).toUtf8() + "'\n" +
                         script);
     QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-void EnginePlaces::recordPrompts() const {
+void EngineFolders::recordPrompts() const {
     setEngineScript("exec \"$ENGINE\" \"$@\" --log-prompts-dir '" + path(u"prompts"_s).toUtf8() +
                     "'\n");
 }
 
-QByteArrayList EnginePlaces::recordedPrompts() const {
+QByteArrayList EngineFolders::recordedPrompts() const {
     QByteArrayList prompts;
     const QFileInfoList files = QDir(path(u"prompts"_s)).entryInfoList(QDir::Files, QDir::Name);
     for (const QFileInfo& info : files) {
@@ -92,14 +92,8 @@ QByteArrayList EnginePlaces::recordedPrompts() const {
     return prompts;
 }
 
-QStringList EnginePlaces::runtimeEntries() const {
-    return QDir(path(u"run"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
-}
-
-QString EnginePlaces::socketPath() const {
-    const QStringList entries = runtimeEntries();
-    return entries.isEmpty() ? QString()
-                             : path(u"run/"_s + entries.constFirst() + u"/engine.sock"_s);
+QString EngineFolders::socketPath() const {
+    return path(u"run/engine.sock"_s);
 }
 
 QList<qint64> childrenOf(qint64 process) {

@@ -15,11 +15,11 @@ std::optional<QString> engineProgram();
 std::optional<QString> reasonToSkipEngineTests();
 
 /// Folders of a test's own with a model in them and the way to the engine.
-class EnginePlaces {
+class EngineFolders {
 public:
-    EnginePlaces();
+    EngineFolders();
 
-    platform::LlamaServerPaths places() const;
+    platform::LlamaServerPaths paths() const;
 
     void setModel(const TinyModel& model) const { setModelFile(modelFile(model)); }
     void setModelFile(const QByteArray& bytes) const;
@@ -31,9 +31,7 @@ public:
     /// The prompts as the model got them, in order.
     QByteArrayList recordedPrompts() const;
 
-    /// What is in the folder for sockets.
-    QStringList runtimeEntries() const;
-    /// The path of the engine's socket, or nothing.
+    /// Where the engine's socket is while there is one.
     QString socketPath() const;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/Linux/SettingsPortal.h"
 
-#include "Platform/Desktop/Linux/SessionBus.h"
-
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -57,10 +55,6 @@ std::optional<QColor> colorOf(const QVariant& value) {
 }
 
 } // namespace
-
-std::unique_ptr<AppearanceSource> AppearanceSource::ofThisDesktop() {
-    return std::make_unique<SettingsPortal>(&sessionBus);
-}
 
 bool SettingsPortal::Values::take(const QString& group, const QString& key,
                                   const QVariant& wrapped) {

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/SingleInstance.h"
 
-#include "Platform/Desktop/Linux/InstanceFolder.h"
+#include "Platform/Desktop/Linux/PrivateFolder.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QSocketNotifier>
 
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +21,9 @@ namespace platform {
 
 namespace {
 
+constexpr auto lockName = "instance.lock";
+constexpr auto socketName = "instance.sock";
+
 // One packet each way: the request, which is this and the token, and the answer.
 constexpr QByteArrayView request = "activate\n";
 constexpr QByteArrayView answer = "activated\n";
@@ -28,14 +34,20 @@ constexpr qsizetype longestToken = 4096;
 constexpr std::chrono::milliseconds betweenAttempts{10};
 
 /// More starts than these at one moment are no user's.
-constexpr size_t mostPeers = 32;
+constexpr size_t maximumPeers = 32;
 
 UniqueFd makeSocket() {
     return UniqueFd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
 
-const sockaddr* generic(const sockaddr_un& address) {
-    return reinterpret_cast<const sockaddr*>(&address);
+/// Calls `connect` or `bind` with the address of the folder's socket.
+template <class Call>
+bool atSocket(const PrivateFolder& folder, const UniqueFd& socket, Call call) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray path = QFile::encodeName(folder.socketPath(socketName));
+    std::copy(path.begin(), path.end(), address.sun_path);
+    return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 /// The folder keeps other users out; this holds even where its mode does not.
@@ -60,12 +72,10 @@ bool waitToRead(int socket, const QDeadlineTimer& deadline) {
 }
 
 /// Asks the running instance to come to the front; true once it has answered.
-bool handOver(const InstanceFolder& folder, const QByteArray& token,
+bool handOver(const PrivateFolder& folder, const QByteArray& token,
               const QDeadlineTimer& deadline) {
     const UniqueFd socket = makeSocket();
-    const sockaddr_un address = folder.socketAddress();
-    if (!socket || connect(socket.get(), generic(address), sizeof address) != 0 ||
-        !isOwnPeer(socket.get()) ||
+    if (!socket || !atSocket(folder, socket, &connect) || !isOwnPeer(socket.get()) ||
         !sendPacket(socket.get(), request.toByteArray() + token.left(longestToken)) ||
         !waitToRead(socket.get(), deadline))
         return false;
@@ -78,23 +88,23 @@ bool handOver(const InstanceFolder& folder, const QByteArray& token,
 
 class SingleInstance::Implementation {
 public:
-    explicit Implementation(QString applicationId)
-        : m_applicationId(std::move(applicationId)) {}
+    explicit Implementation(QStringList folders)
+        : m_folders(std::move(folders)) {}
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
     ~Implementation() {
         // While the lock is still ours: afterwards it could be the next instance's socket.
         if (m_listener)
-            m_folder->removeSocket();
+            m_folder->remove(socketName);
     }
 
     Claim claim(const QByteArray& token, std::chrono::milliseconds limit) {
-        m_folder = InstanceFolder::open(m_applicationId);
+        m_folder = PrivateFolder::open(m_folders);
         if (!m_folder)
             return Claim::First;
         const QDeadlineTimer deadline(limit);
         while (true) {
-            m_lock = m_folder->takeLock();
+            m_lock = m_folder->takeLock(lockName);
             if (m_lock) {
                 listenForOthers();
                 return Claim::First;
@@ -129,11 +139,9 @@ private:
     };
 
     void listenForOthers() {
-        m_folder->removeSocket(); // of an instance that was killed
+        m_folder->remove(socketName); // of an instance that was killed
         UniqueFd listener = makeSocket();
-        const sockaddr_un address = m_folder->socketAddress();
-        if (listener && bind(listener.get(), generic(address), sizeof address) == 0 &&
-            listen(listener.get(), 8) == 0)
+        if (listener && atSocket(*m_folder, listener, &bind) && listen(listener.get(), 8) == 0)
             m_listener = std::move(listener);
     }
 
@@ -141,7 +149,7 @@ private:
         UniqueFd socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (!socket || !isOwnPeer(socket.get()))
             return;
-        if (m_peers.size() >= mostPeers)
+        if (m_peers.size() >= maximumPeers)
             m_peers.erase(m_peers.begin());
         auto& peer = m_peers.emplace_back(std::make_unique<Peer>(std::move(socket)));
         QObject::connect(&peer->notifier, &QSocketNotifier::activated, &peer->notifier,
@@ -173,8 +181,8 @@ private:
         m_peers.erase(found);
     }
 
-    QString m_applicationId;
-    std::optional<InstanceFolder> m_folder;
+    QStringList m_folders;
+    std::optional<PrivateFolder> m_folder;
     UniqueFd m_lock;
     UniqueFd m_listener;
     std::function<void(const QByteArray&)> m_activated;
@@ -183,8 +191,8 @@ private:
     std::unique_ptr<Peer> m_done;
 };
 
-SingleInstance::SingleInstance(QString applicationId)
-    : m_implementation(std::make_unique<Implementation>(std::move(applicationId))) {}
+SingleInstance::SingleInstance(QStringList folders)
+    : m_implementation(std::make_unique<Implementation>(std::move(folders))) {}
 
 SingleInstance::~SingleInstance() = default;
 

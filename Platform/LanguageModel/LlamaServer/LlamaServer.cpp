@@ -3,10 +3,7 @@
 
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/SleepFor.h"
-#include "Platform/LanguageModel/LlamaServer/EngineFolder.h"
 #include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
-
-#include <QFile>
 
 #include <signal.h>
 
@@ -16,6 +13,9 @@ using namespace std::chrono_literals;
 using Kind = LlamaServerError::Kind;
 
 namespace {
+
+constexpr auto socketName = "engine.sock";
+constexpr auto lockName = "engine.lock";
 
 // A small model is there in some 50 ms, a large one takes seconds.
 constexpr std::chrono::milliseconds shortestWait{4};
@@ -49,13 +49,17 @@ Kind reasonOfEnd(int signal, const QByteArray& output) {
 
 } // namespace
 
-LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths places,
+LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths paths,
                          std::chrono::seconds idleTime)
     : m_network(network)
-    , m_places(std::move(places))
-    , m_command(contextSizeFor(m_places.machineMemory), idleTime) {}
+    , m_paths(std::move(paths))
+    , m_command(contextSizeFor(m_paths.machineMemory), idleTime) {}
 
-LlamaServer::~LlamaServer() = default;
+LlamaServer::~LlamaServer() {
+    m_start.reset();
+    if (m_folderLock)
+        m_folder->remove(socketName);
+}
 
 Task<HttpClient> LlamaServer::ready() {
     const auto self = shared_from_this();
@@ -84,19 +88,26 @@ std::shared_ptr<LlamaServer::Start> LlamaServer::currentStart() {
     return m_start;
 }
 
+/// Whether there is a folder for the socket, and nobody else's engine in it.
+bool LlamaServer::hasFolder() {
+    if (!m_folder)
+        m_folder = PrivateFolder::open(m_paths.runtimeFolders);
+    if (m_folder && !m_folderLock)
+        m_folderLock = m_folder->takeLock(lockName);
+    return static_cast<bool>(m_folderLock);
+}
+
 void LlamaServer::launch(Start& start) {
     start.process.reset();
-    const std::optional<QString> program = m_places.program();
-    const std::optional<QString> modelFile = m_places.modelFile();
-    if (!m_folder)
-        m_folder = EngineFolder::create(m_places.runtimeFolders);
+    const std::optional<QString> program = m_paths.program();
+    const std::optional<QString> modelFile = m_paths.modelFile();
     if (!modelFile) {
         start.failure = LlamaServerError(Kind::ModelMissing);
-    } else if (program && m_folder) {
-        QFile::remove(m_folder->socketPath());
-        start.process =
-            EngineProcess::start(*program, m_command.arguments(*modelFile, m_folder->socketPath()),
-                                 LlamaServerCommand::environment());
+    } else if (program && hasFolder()) {
+        m_folder->remove(socketName); // the engine does not take over one that is there
+        start.process = EngineProcess::start(
+            *program, m_command.arguments(*modelFile, m_folder->socketPath(socketName)),
+            LlamaServerCommand::environment());
     }
     if (!start.process && !start.failure)
         start.failure = LlamaServerError(Kind::EngineUnusable);
@@ -133,7 +144,7 @@ void LlamaServer::expectLoading() {
 }
 
 HttpClient LlamaServer::client() const {
-    return {m_network, HttpEndpoint::unixSocket(m_folder->socketPath())};
+    return {m_network, HttpEndpoint::unixSocket(m_folder->socketPath(socketName))};
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Concurrency/Task.h"
+#include "Platform/Desktop/Linux/PrivateFolder.h"
 #include "Platform/Http/HttpClient.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
@@ -11,7 +12,6 @@
 
 namespace platform {
 
-class EngineFolder;
 class EngineProcess;
 
 /// The engine of one run of the program: `llama-server` as a private child process behind a Unix
@@ -22,7 +22,7 @@ class EngineProcess;
 class LlamaServer : public std::enable_shared_from_this<LlamaServer> {
 public:
     /// Touches nothing of the system.
-    LlamaServer(NetworkThread& network, LlamaServerPaths places, std::chrono::seconds idleTime);
+    LlamaServer(NetworkThread& network, LlamaServerPaths paths, std::chrono::seconds idleTime);
     ~LlamaServer();
 
     /// The engine, able to answer; it is started where it is not running, and waited for while it
@@ -45,14 +45,16 @@ private:
     };
 
     std::shared_ptr<Start> currentStart();
+    bool hasFolder();
     void launch(Start& start);
     void checkProcess(const std::shared_ptr<Start>& start);
     HttpClient client() const;
 
     NetworkThread& m_network;
-    LlamaServerPaths m_places;
+    LlamaServerPaths m_paths;
     LlamaServerCommand m_command;
-    std::unique_ptr<EngineFolder> m_folder;
+    std::optional<PrivateFolder> m_folder;
+    UniqueFd m_folderLock;
     std::shared_ptr<Start> m_start;
 };
 

@@ -19,16 +19,16 @@ Task<void> warmUp(std::shared_ptr<LlamaServer> server) {
 
 } // namespace
 
-LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths places,
+LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
                                    std::chrono::seconds idleTime)
     : m_scope(network.scope())
-    , m_places(std::move(places))
-    , m_server(std::make_shared<LlamaServer>(network, m_places, idleTime)) {}
+    , m_paths(std::move(paths))
+    , m_server(std::make_shared<LlamaServer>(network, m_paths, idleTime)) {}
 
 LlamaServerModel::~LlamaServerModel() = default;
 
 SystemLanguageModel::Availability LlamaServerModel::availability() const {
-    return m_places.availability();
+    return m_paths.availability();
 }
 
 std::shared_ptr<LanguageModelSession> LlamaServerModel::makeSession(const QString& instructions) {
@@ -39,8 +39,7 @@ std::shared_ptr<LanguageModelSession> LlamaServerModel::makeSession(const QStrin
 std::unique_ptr<SystemLanguageModel>
 makeSystemLanguageModel(const SystemLanguageModelContext& context) {
     return std::make_unique<LlamaServerModel>(
-        context.network,
-        LlamaServerPaths::fromEnvironment(context.applicationFolder, context.programFolder));
+        context.network, LlamaServerPaths::of(context.directories, context.programFolder));
 }
 
 } // namespace platform

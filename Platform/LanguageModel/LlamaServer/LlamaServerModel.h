@@ -22,7 +22,7 @@ public:
     static constexpr std::chrono::minutes defaultIdleTime{5};
 
     /// The network thread outlives the calls made here, but not necessarily the object.
-    LlamaServerModel(NetworkThread& network, LlamaServerPaths places,
+    LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
                      std::chrono::seconds idleTime = defaultIdleTime);
     ~LlamaServerModel() override;
 
@@ -31,7 +31,7 @@ public:
 
 private:
     TaskScope& m_scope;
-    LlamaServerPaths m_places;
+    LlamaServerPaths m_paths;
     std::shared_ptr<LlamaServer> m_server;
 };
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <sys/stat.h>
@@ -14,19 +12,6 @@ namespace platform {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The absolute paths in a list variable; relative ones do not count. The fallback stands in for an
-/// unset or empty variable.
-QStringList foldersIn(const char* variable, const QString& fallback) {
-    QString value = qEnvironmentVariable(variable);
-    if (value.isEmpty())
-        value = fallback;
-    QStringList folders;
-    for (const QString& folder : value.split(u':', Qt::SkipEmptyParts))
-        if (QDir::isAbsolutePath(folder))
-            folders.append(QDir::cleanPath(folder));
-    return folders;
-}
 
 /// The size of a file that can be read, or none.
 std::optional<quint64> readableSize(const QString& path) {
@@ -48,24 +33,13 @@ QString LlamaServerPaths::programName() {
     return u"llama-server"_s;
 }
 
-LlamaServerPaths LlamaServerPaths::fromEnvironment(const QString& applicationFolder,
-                                                   const QString& programFolder) {
-    LlamaServerPaths places;
-    QStringList dataFolders = foldersIn("XDG_DATA_HOME", QDir::homePath() + u"/.local/share"_s);
-    dataFolders += foldersIn("XDG_DATA_DIRS", u"/usr/local/share:/usr/share"_s);
-    for (const QString& folder : std::as_const(dataFolders))
-        places.dataFolders.append(folder + u'/' + applicationFolder);
-
-    places.programFolders = QStringList{programFolder} + foldersIn("PATH", u"/usr/bin:/bin"_s);
-
-    const QString owner = QString::number(getuid());
-    for (const QString& folder : foldersIn("XDG_RUNTIME_DIR", QString()))
-        places.runtimeFolders.append(folder + u'/' + applicationFolder);
-    places.runtimeFolders.append(u"/tmp/"_s + applicationFolder + u'-' + owner);
-
-    places.machineMemory =
-        static_cast<quint64>(sysconf(_SC_PHYS_PAGES)) * static_cast<quint64>(sysconf(_SC_PAGESIZE));
-    return places;
+LlamaServerPaths LlamaServerPaths::of(const UserDirectories& directories,
+                                      const QString& ownFolder) {
+    return {.dataFolders = directories.dataFolders(),
+            .programFolders = directories.programFolders(ownFolder),
+            .runtimeFolders = directories.runtimeFolders(),
+            .machineMemory = static_cast<quint64>(sysconf(_SC_PHYS_PAGES)) *
+                             static_cast<quint64>(sysconf(_SC_PAGESIZE))};
 }
 
 std::optional<QString> LlamaServerPaths::modelFile() const {

@@ -11,16 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A desktop whose answers the test gives.
-class ScriptedSource final : public AppearanceSource {
-public:
-    void start(Changed changed) override { tell = std::move(changed); }
-    void settle() override { ++settled; }
-
-    Changed tell;
-    int settled = 0;
-};
-
 constexpr QRgb toolkitHighlight = 0xff308cc6;
 
 /// As a desktop gives it: no role is marked as set by the program.
@@ -41,14 +31,11 @@ class AppearanceSettingsTests final : public QObject {
 private Q_SLOTS:
     void init() {
         m_palette = desktopPalette(false);
-        auto source = std::make_unique<ScriptedSource>();
-        m_source = source.get();
-        m_settings =
-            std::make_unique<AppearanceSettings>(std::move(source), [this] { return m_palette; });
+        m_settings = std::make_unique<AppearanceSettings>([this] { return m_palette; });
     }
     void cleanup() { m_settings.reset(); }
 
-    void untilStartedThePaletteSpeaks();
+    void untilTheDesktopSpeaksThePaletteDoes();
     void theDesktopsWordComesBeforeThePalettes();
     void whereTheDesktopSaysNothingThePaletteSpeaks();
     void aChangeOfThePaletteIsFollowed();
@@ -58,7 +45,6 @@ private Q_SLOTS:
     void whatTheProgramSetItselfTellsNothing();
     void theRealPaletteOfAnApplicationSpeaks();
     void observersSeeChangesAndOnlyChanges();
-    void settlingAsksTheSource();
 
 private:
     void changePalette(const QPalette& palette) {
@@ -68,28 +54,25 @@ private:
     }
 
     QPalette m_palette;
-    ScriptedSource* m_source = nullptr;
     std::unique_ptr<AppearanceSettings> m_settings;
 };
 
-void AppearanceSettingsTests::untilStartedThePaletteSpeaks() {
+void AppearanceSettingsTests::untilTheDesktopSpeaksThePaletteDoes() {
     QVERIFY(!m_settings->isDark());
     QVERIFY(!m_settings->accent());
     QVERIFY(!m_settings->reducesMotion());
     QVERIFY(!m_settings->increasesContrast());
-    const AppearanceSettings dark(std::make_unique<ScriptedSource>(),
-                                  [] { return desktopPalette(true, 0xffe95420); });
+    const AppearanceSettings dark([] { return desktopPalette(true, 0xffe95420); });
     QVERIFY(dark.isDark());
     QCOMPARE(dark.accent(), QColor(0xffe95420));
 }
 
 void AppearanceSettingsTests::theDesktopsWordComesBeforeThePalettes() {
     changePalette(desktopPalette(true, 0xffe95420));
-    m_settings->start();
-    m_source->tell({.isDark = false,
-                    .accent = QColor(0xff3584e4),
-                    .reducesMotion = true,
-                    .increasesContrast = true});
+    m_settings->follow({.isDark = false,
+                        .accent = QColor(0xff3584e4),
+                        .reducesMotion = true,
+                        .increasesContrast = true});
     QVERIFY(!m_settings->isDark());
     QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
     QVERIFY(m_settings->reducesMotion());
@@ -101,14 +84,12 @@ void AppearanceSettingsTests::theDesktopsWordComesBeforeThePalettes() {
 
 void AppearanceSettingsTests::whereTheDesktopSaysNothingThePaletteSpeaks() {
     changePalette(desktopPalette(true, 0xffe95420));
-    m_settings->start();
-    m_source->tell({.reducesMotion = true});
+    m_settings->follow({.reducesMotion = true});
     QVERIFY(m_settings->isDark());
     QCOMPARE(m_settings->accent(), QColor(0xffe95420));
 }
 
 void AppearanceSettingsTests::aChangeOfThePaletteIsFollowed() {
-    m_settings->start();
     changePalette(desktopPalette(true, 0xffe95420));
     QVERIFY(m_settings->isDark());
     QCOMPARE(m_settings->accent(), QColor(0xffe95420));
@@ -118,9 +99,8 @@ void AppearanceSettingsTests::aChangeOfThePaletteIsFollowed() {
 }
 
 void AppearanceSettingsTests::aChangeOfTheDesktopIsFollowed() {
-    m_settings->start();
-    m_source->tell({.isDark = true, .accent = QColor(Qt::red), .reducesMotion = true});
-    m_source->tell({});
+    m_settings->follow({.isDark = true, .accent = QColor(Qt::red), .reducesMotion = true});
+    m_settings->follow({});
     QVERIFY(!m_settings->isDark());
     QVERIFY(!m_settings->accent());
     QVERIFY(!m_settings->reducesMotion());
@@ -159,25 +139,18 @@ void AppearanceSettingsTests::theRealPaletteOfAnApplicationSpeaks() {
     QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Window));
     QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::WindowText));
     QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Highlight));
-    const AppearanceSettings settings(std::make_unique<ScriptedSource>());
+    const AppearanceSettings settings;
     QVERIFY(!settings.isDark());
     QVERIFY(!settings.accent());
 }
 
 void AppearanceSettingsTests::observersSeeChangesAndOnlyChanges() {
-    m_settings->start();
     QList<bool> seen;
     QObject owner;
     observe(&owner, [&] { seen.append(m_settings->isDark()); });
-    m_source->tell({.isDark = false, .reducesMotion = true}); // nothing that the observer reads
-    m_source->tell({.isDark = true});
+    m_settings->follow({.isDark = false, .reducesMotion = true}); // nothing that the observer reads
+    m_settings->follow({.isDark = true});
     QTRY_COMPARE(seen, (QList<bool>{false, true}));
-}
-
-void AppearanceSettingsTests::settlingAsksTheSource() {
-    m_settings->start();
-    m_settings->settle();
-    QCOMPARE(m_source->settled, 1);
 }
 
 TELLWICK_TEST(AppearanceSettingsTests, Widgets)

@@ -50,7 +50,7 @@ private:
     void expectAnswer(const QString& prompt, const QString& systemPrompt = u"Be kind."_s);
 
     const QByteArray m_reply = replyOf(TinyModel::sentence());
-    std::unique_ptr<EnginePlaces> m_places;
+    std::unique_ptr<EngineFolders> m_folders;
     std::unique_ptr<MainExecutor> m_executor;
     std::unique_ptr<TaskScope> m_scope;
     std::unique_ptr<NetworkThread> m_network;
@@ -59,12 +59,12 @@ private:
 };
 
 void OnDeviceReplyTests::init() {
-    m_places = std::make_unique<EnginePlaces>();
-    m_places->setModel(TinyModel::sentence());
+    m_folders = std::make_unique<EngineFolders>();
+    m_folders->setModel(TinyModel::sentence());
     m_executor = std::make_unique<MainExecutor>();
     m_scope = std::make_unique<TaskScope>(*m_executor);
     m_network = std::make_unique<NetworkThread>();
-    m_model = std::make_unique<LlamaServerModel>(*m_network, m_places->places());
+    m_model = std::make_unique<LlamaServerModel>(*m_network, m_folders->paths());
     m_backend = std::make_unique<AppleIntelligenceBackend>(*m_model, m_network->scope());
 }
 
@@ -74,7 +74,7 @@ void OnDeviceReplyTests::cleanup() {
     m_model.reset();
     m_network.reset();
     m_executor.reset();
-    m_places.reset();
+    m_folders.reset();
 }
 
 void OnDeviceReplyTests::expectAnswer(const QString& prompt, const QString& systemPrompt) {
@@ -91,35 +91,35 @@ void OnDeviceReplyTests::aWholeTurnIsAnswered() {
 }
 
 void OnDeviceReplyTests::threeTurnsAreOneConversation() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     expectAnswer(u"one"_s, u"A"_s);
     expectAnswer(u"two"_s, u"B"_s);
     expectAnswer(u"three"_s, u"C"_s);
     const QByteArray first = instructed("A") + turn("one");
     const QByteArray second = first + m_reply + "<|im_end|>\n" + turn("two");
     const QByteArray third = second + m_reply + "<|im_end|>\n" + turn("three");
-    QCOMPARE(m_places->recordedPrompts(), (QByteArrayList{first, second, third}));
+    QCOMPARE(m_folders->recordedPrompts(), (QByteArrayList{first, second, third}));
 }
 
 void OnDeviceReplyTests::aResetBeginsAConversationWithItsOwnSystemPrompt() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     expectAnswer(u"one"_s, u"A"_s);
     m_backend->reset();
     expectAnswer(u"two"_s, u"B"_s);
-    QCOMPARE(m_places->recordedPrompts().value(1), instructed("B") + turn("two"));
+    QCOMPARE(m_folders->recordedPrompts().value(1), instructed("B") + turn("two"));
 }
 
 void OnDeviceReplyTests::theHistoryIsNotSent() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto heard = ask(u"now"_s, u"A"_s,
                            {ChatMessage(ChatMessage::Role::user, TextSnapshot(u"earlier")),
                             ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"answer"))});
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(m_places->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
+    QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
 }
 
 void OnDeviceReplyTests::afterAStopTheSameConversationIsBusyUntilItsReplyHasEnded() {
-    m_places->setModel(TinyModel::endless());
+    m_folders->setModel(TinyModel::endless());
     const auto stopped = ask(u"one"_s);
     QTRY_VERIFY_WITH_TIMEOUT(stopped->snapshots > 0, limit);
     m_scope = std::make_unique<TaskScope>(*m_executor); // nobody reads the reply any more
@@ -131,7 +131,7 @@ void OnDeviceReplyTests::afterAStopTheSameConversationIsBusyUntilItsReplyHasEnde
 }
 
 void OnDeviceReplyTests::afterAStopAndAResetTheNextTurnIsAnsweredAtOnce() {
-    m_places->setModel(TinyModel::endless());
+    m_folders->setModel(TinyModel::endless());
     const auto stopped = ask(u"one"_s);
     QTRY_VERIFY_WITH_TIMEOUT(stopped->snapshots > 0, limit);
     m_scope = std::make_unique<TaskScope>(*m_executor);
@@ -142,12 +142,12 @@ void OnDeviceReplyTests::afterAStopAndAResetTheNextTurnIsAnsweredAtOnce() {
 }
 
 void OnDeviceReplyTests::afterAFailureAndAResetTheNextTurnIsAnswered() {
-    m_places->setModelFile("no model");
+    m_folders->setModelFile("no model");
     const auto failed = ask(u"one"_s);
     QTRY_VERIFY_WITH_TIMEOUT(failed->hasEnded, limit);
     QVERIFY(failed->error);
     m_backend->reset();
-    m_places->setModel(TinyModel::sentence());
+    m_folders->setModel(TinyModel::sentence());
     expectAnswer(u"one"_s);
 }
 

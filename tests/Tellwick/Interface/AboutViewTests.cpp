@@ -12,7 +12,6 @@
 #include <QAbstractButton>
 
 using namespace Qt::StringLiterals;
-using platform::ApplicationInformation;
 using platform::ColorRole;
 using platform::IconView;
 using platform::Label;
@@ -187,15 +186,9 @@ void AboutViewTests::theVersionIsThePackagesOrOnePointZero_data() {
 void AboutViewTests::theVersionIsThePackagesOrOnePointZero() {
     QFETCH(QString, told);
     QFETCH(QString, version);
-    const ApplicationInformation information(
-        told.isNull() ? QHash<QString, QString>{{u"Other"_s, u"7"_s}}
-                      : QHash<QString, QString>{{ApplicationInformation::versionKey(), told}});
-    QCOMPARE(AboutView::version(information), version);
     tests::TestWindow window;
-    const tellwick::Environment environment{
-        {window.desktop.theme, window.desktop.pasteboard, window.desktop.urlOpener, information},
-        *window.overlays};
-    new AboutView(environment, window.window.get());
+    QCoreApplication::setApplicationVersion(told);
+    new AboutView(window.environment, window.window.get());
     window.window->show();
     QVERIFY(window.screen().shows(u"Version "_s + version, QAccessible::StaticText));
 }

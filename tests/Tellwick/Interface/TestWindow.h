@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Desktop/ApplicationInformation.h"
-#include "Platform/Desktop/Pasteboard.h"
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Widgets/Look/Theme.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
@@ -16,19 +14,19 @@
 
 namespace tests {
 
-/// The desktop as a test wants it: addresses are noted and not opened.
+/// The desktop as a test wants it: addresses are noted and not opened, the program is
+/// version 2.3.1.
 struct TestDesktop {
+    TestDesktop() { QCoreApplication::setApplicationVersion(QStringLiteral("2.3.1")); }
+
     platform::Theme theme;
-    platform::Pasteboard pasteboard;
     QList<QUrl> opened;
     platform::UrlOpener urlOpener{[this](const QUrl& url) {
         opened.append(url);
         return true;
     }};
-    platform::ApplicationInformation information{
-        {{platform::ApplicationInformation::versionKey(), QStringLiteral("2.3.1")}}};
 
-    tellwick::Services services() { return {theme, pasteboard, urlOpener, information}; }
+    tellwick::Services services() { return {theme, urlOpener}; }
 };
 
 /// A window for a single screen, in the theme's colour, with its layer for overlays.

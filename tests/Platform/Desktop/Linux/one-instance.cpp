@@ -6,6 +6,7 @@
 //
 // Ends when its standard input does.
 #include "Platform/Desktop/SingleInstance.h"
+#include "Platform/Desktop/UserDirectories.h"
 #include "Platform/Desktop/WindowActivation.h"
 
 #include <QCoreApplication>
@@ -36,7 +37,8 @@ bool inputIsOpen() {
 int main(int argc, char* argv[]) {
     if (argc != 4)
         return 2;
-    SingleInstance instance(QString::fromLocal8Bit(argv[1]));
+    SingleInstance instance(
+        platform::UserDirectories::ofThisUser(QString::fromLocal8Bit(argv[1])).runtimeFolders());
     const auto claim =
         instance.claim(platform::activationToken(), std::chrono::milliseconds(std::atoi(argv[3])));
     if (claim != SingleInstance::Claim::First) {

@@ -56,7 +56,7 @@ private:
     void expectError(const QString& prompt, const QString& error);
     static qint64 engine() { return childrenOf(QCoreApplication::applicationPid()).value(0); }
 
-    std::unique_ptr<EnginePlaces> m_places;
+    std::unique_ptr<EngineFolders> m_folders;
     std::unique_ptr<MainExecutor> m_executor;
     std::unique_ptr<TaskScope> m_scope;
     std::unique_ptr<NetworkThread> m_network;
@@ -65,12 +65,12 @@ private:
 };
 
 void EngineFaultsTests::init() {
-    m_places = std::make_unique<EnginePlaces>();
-    m_places->setModel(TinyModel::sentence());
+    m_folders = std::make_unique<EngineFolders>();
+    m_folders->setModel(TinyModel::sentence());
     m_executor = std::make_unique<MainExecutor>();
     m_scope = std::make_unique<TaskScope>(*m_executor);
     m_network = std::make_unique<NetworkThread>();
-    m_model = std::make_unique<LlamaServerModel>(*m_network, m_places->places());
+    m_model = std::make_unique<LlamaServerModel>(*m_network, m_folders->paths());
 }
 
 void EngineFaultsTests::cleanup() {
@@ -79,7 +79,7 @@ void EngineFaultsTests::cleanup() {
     m_model.reset();
     m_network.reset();
     m_executor.reset();
-    m_places.reset();
+    m_folders.reset();
 }
 
 void EngineFaultsTests::expectAnswer(const QString& prompt) {
@@ -96,7 +96,7 @@ void EngineFaultsTests::expectError(const QString& prompt, const QString& error)
 }
 
 void EngineFaultsTests::anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
-    m_places->setModel(TinyModel::endless());
+    m_folders->setModel(TinyModel::endless());
     const auto heard = ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 3, limit);
     const qint64 killed = engine();
@@ -105,30 +105,30 @@ void EngineFaultsTests::anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     QCOMPARE(heard->error.value_or(QString()), stopped);
 
-    m_places->setModel(TinyModel::sentence());
+    m_folders->setModel(TinyModel::sentence());
     expectAnswer(u"Hello"_s);
     QVERIFY(engine() != killed);
 }
 
 void EngineFaultsTests::anEngineKilledBetweenTurnsIsReplacedUnnoticed() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     expectAnswer(u"Hello"_s);
     const qint64 killed = engine();
     kill(static_cast<pid_t>(killed), SIGKILL);
     QTRY_VERIFY(!isRunning(killed));
     expectAnswer(u"Again"_s);
     // The conversation has survived, since it is kept on this side.
-    QVERIFY(m_places->recordedPrompts().value(1).contains("Hello"));
+    QVERIFY(m_folders->recordedPrompts().value(1).contains("Hello"));
 }
 
 void EngineFaultsTests::anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks() {
-    m_places->setEngineScript("exec sleep 600\n");
+    m_folders->setEngineScript("exec sleep 600\n");
     const auto heard = ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(engine() > 0, limit);
     kill(static_cast<pid_t>(engine()), SIGKILL);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     QCOMPARE(heard->error.value_or(QString()), stopped);
-    m_places->setEngineScript("exec \"$ENGINE\" \"$@\"\n");
+    m_folders->setEngineScript("exec \"$ENGINE\" \"$@\"\n");
     expectAnswer(u"Again"_s);
 }
 
@@ -147,25 +147,25 @@ void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data() 
 
 void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce() {
     QFETCH(QByteArray, file);
-    m_places->setModelFile(file);
+    m_folders->setModelFile(file);
     expectError(u"Hello"_s, damaged);
-    m_places->setModel(TinyModel::sentence());
+    m_folders->setModel(TinyModel::sentence());
     expectAnswer(u"Hello"_s);
 }
 
 void EngineFaultsTests::withoutAModelFileTheTurnSaysSo() {
-    QFile::remove(m_places->path(u"data/models/on-device.gguf"_s));
+    QFile::remove(m_folders->path(u"data/models/on-device.gguf"_s));
     expectError(u"Hello"_s, u"The on-device model is not installed."_s);
 }
 
 void EngineFaultsTests::withoutAnEngineTheTurnSaysSo() {
-    QFile::remove(m_places->path(u"bin/llama-server"_s));
+    QFile::remove(m_folders->path(u"bin/llama-server"_s));
     expectError(u"Hello"_s, unusable);
 }
 
 void EngineFaultsTests::anEngineThatWillNotStartIsToldAfterOneStart() {
-    m_places->setEngineScript("echo started >>'" + m_places->path(u"starts"_s).toUtf8() +
-                              "'\necho 'error while loading shared libraries' >&2\nexit 127\n");
+    m_folders->setEngineScript("echo started >>'" + m_folders->path(u"starts"_s).toUtf8() +
+                               "'\necho 'error while loading shared libraries' >&2\nexit 127\n");
     const auto heard =
         listen(*m_scope, m_model->makeSession(u"Be kind."_s)->streamResponse(u"Hello"_s, {}));
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
@@ -173,18 +173,18 @@ void EngineFaultsTests::anEngineThatWillNotStartIsToldAfterOneStart() {
 }
 
 void EngineFaultsTests::aFailedStartIsNotRepeatedForTheSameTurn() {
-    m_places->setEngineScript("echo x >>'" + m_places->path(u"starts"_s).toUtf8() +
-                              "'\nsleep 0.3\nexit 1\n");
+    m_folders->setEngineScript("echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
+                               "'\nsleep 0.3\nexit 1\n");
     expectError(u"Hello"_s, unusable);
-    QFile starts(m_places->path(u"starts"_s));
+    QFile starts(m_folders->path(u"starts"_s));
     QVERIFY(starts.open(QIODevice::ReadOnly));
     QCOMPARE(starts.readAll(), QByteArray("x\n"));
 }
 
 void EngineFaultsTests::anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
     // Refuses today's options as an older version does; what it takes goes to the real one.
-    m_places->setEngineScript(
-        "echo x >>'" + m_places->path(u"starts"_s).toUtf8() +
+    m_folders->setEngineScript(
+        "echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
         "'\nfor argument in \"$@\"; do\n"
         "    case $argument in --no-ui | --reasoning | --cache-ram | --sleep-idle-seconds)\n"
         "        echo \"error: invalid argument: $argument\" >&2\n"
@@ -193,7 +193,7 @@ void EngineFaultsTests::anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
         "done\n"
         "exec \"$ENGINE\" \"$@\"\n");
     expectAnswer(u"Hello"_s);
-    QFile starts(m_places->path(u"starts"_s));
+    QFile starts(m_folders->path(u"starts"_s));
     QVERIFY(starts.open(QIODevice::ReadOnly));
     QCOMPARE(starts.readAll(), QByteArray("x\nx\nx\nx\nx\n"));
 

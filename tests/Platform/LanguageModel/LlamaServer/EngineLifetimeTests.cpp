@@ -26,9 +26,9 @@ constexpr int limit = 30'000; // milliseconds; the machine may be busy with othe
 
 /// A program with a conversation under way, as the tests end it in many ways.
 struct Chat {
-    explicit Chat(const LlamaServerPaths& places,
+    explicit Chat(const LlamaServerPaths& paths,
                   std::chrono::seconds idleTime = LlamaServerModel::defaultIdleTime)
-        : model(network, places, idleTime)
+        : model(network, paths, idleTime)
         , session(model.makeSession(u"Be kind."_s)) {}
 
     std::shared_ptr<Heard> ask(const QString& prompt) {
@@ -75,8 +75,8 @@ class EngineLifetimeTests final : public QObject {
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
     void init() {
-        m_places = std::make_unique<EnginePlaces>();
-        m_places->setModel(TinyModel::endless());
+        m_folders = std::make_unique<EngineFolders>();
+        m_folders->setModel(TinyModel::endless());
     }
 
     void noEngineRunsBeforeTheFirstSession();
@@ -85,42 +85,43 @@ private Q_SLOTS:
     void quittingMidReplyTakesNoTimeAndLeavesNothing();
     void theEngineEndsWithTheProgram_data();
     void theEngineEndsWithTheProgram();
-    void theNextStartSweepsWhatAKilledProgramLeft();
+    void whatAKilledProgramLeftIsNotInTheWay();
+    void aLongPathWithACommaDoesNoHarm();
+    void twoProgramsDoNotShareAFolder();
     void idleForLongEnoughTheEngineSleepsAndWakesByItself();
 
 private:
     static QList<qint64> engines() { return childrenOf(QCoreApplication::applicationPid()); }
 
-    std::unique_ptr<EnginePlaces> m_places;
+    std::unique_ptr<EngineFolders> m_folders;
 };
 
 void EngineLifetimeTests::noEngineRunsBeforeTheFirstSession() {
     MainExecutor executor;
     NetworkThread network;
-    LlamaServerModel model(network, m_places->places());
+    LlamaServerModel model(network, m_folders->paths());
     QVERIFY(model.isAvailable());
     QCOMPARE(engines(), QList<qint64>());
-    QCOMPARE(m_places->runtimeEntries(), QStringList());
+    QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
     const auto session = model.makeSession(u"Be kind."_s);
     QTRY_COMPARE(engines().size(), 1);
 }
 
 void EngineLifetimeTests::oneEngineServesAllSessions() {
-    Chat chat(m_places->places());
+    Chat chat(m_folders->paths());
     const auto first = chat.ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(first->snapshots > 0, limit);
     chat.session = chat.model.makeSession(u"Be brief."_s);
     const auto second = chat.ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(second->snapshots > 0, limit);
     QCOMPARE(engines().size(), 1);
-    QCOMPARE(m_places->runtimeEntries().size(), 1);
 }
 
 void EngineLifetimeTests::theEngineListensOnAPrivateSocketAndNothingElse() {
-    Chat chat(m_places->places());
+    Chat chat(m_folders->paths());
     const auto heard = chat.ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
-    const QFileInfo folder(QFileInfo(m_places->socketPath()).path());
+    const QFileInfo folder(QFileInfo(m_folders->socketPath()).path());
     QCOMPARE(folder.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
@@ -138,7 +139,7 @@ void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing() {
     qint64 engine = 0;
     QElapsedTimer quitting;
     {
-        Chat chat(m_places->places());
+        Chat chat(m_folders->paths());
         const auto heard = chat.ask(u"Hello"_s);
         QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
         engine = engines().constFirst();
@@ -146,7 +147,7 @@ void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing() {
     }
     QVERIFY2(quitting.elapsed() < 1'000, qPrintable(QString::number(quitting.elapsed())));
     QVERIFY(!isRunning(engine));
-    QCOMPARE(m_places->runtimeEntries(), QStringList());
+    QVERIFY(!QFile::exists(m_folders->socketPath()));
 }
 
 void EngineLifetimeTests::theEngineEndsWithTheProgram_data() {
@@ -161,7 +162,7 @@ void EngineLifetimeTests::theEngineEndsWithTheProgram() {
     QFETCH(int, signal);
     QProcess program;
     program.start(QCoreApplication::applicationFilePath(),
-                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_places->path(QString())});
+                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
     QVERIFY(program.waitForReadyRead(limit));
     QCOMPARE(program.readLine(), QByteArray("answering\n"));
     const QList<qint64> children = childrenOf(program.processId());
@@ -172,31 +173,48 @@ void EngineLifetimeTests::theEngineEndsWithTheProgram() {
     QTRY_VERIFY_WITH_TIMEOUT(!isRunning(children.constFirst()), 2'000);
 }
 
-void EngineLifetimeTests::theNextStartSweepsWhatAKilledProgramLeft() {
+void EngineLifetimeTests::whatAKilledProgramLeftIsNotInTheWay() {
     QProcess program;
     program.start(QCoreApplication::applicationFilePath(),
-                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_places->path(QString())});
+                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
     QVERIFY(program.waitForReadyRead(limit));
     program.kill();
     QVERIFY(program.waitForFinished(limit));
-    QCOMPARE(m_places->runtimeEntries().size(), 1);
-    const QString left = m_places->runtimeEntries().constFirst();
+    QVERIFY(QFile::exists(m_folders->socketPath())); // left behind
 
-    Chat chat(m_places->places());
+    Chat chat(m_folders->paths());
     const auto heard = chat.ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
-    QCOMPARE(m_places->runtimeEntries().size(), 1);
-    QVERIFY(!m_places->runtimeEntries().contains(left));
+}
+
+void EngineLifetimeTests::aLongPathWithACommaDoesNoHarm() {
+    LlamaServerPaths paths = m_folders->paths();
+    paths.runtimeFolders = {m_folders->path(QString(100, u'x') + u",y"_s)};
+    Chat chat(paths);
+    const auto heard = chat.ask(u"Hello"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
+}
+
+void EngineLifetimeTests::twoProgramsDoNotShareAFolder() {
+    Chat first(m_folders->paths());
+    const auto heard = first.ask(u"Hello"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
+    Chat second(m_folders->paths());
+    const auto refused = second.ask(u"Hello"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(refused->hasEnded, limit);
+    QVERIFY(refused->error);
+    const int before = heard->snapshots;
+    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > before, limit);
 }
 
 void EngineLifetimeTests::idleForLongEnoughTheEngineSleepsAndWakesByItself() {
-    m_places->setModel(TinyModel::sentence());
-    Chat chat(m_places->places(), std::chrono::seconds(1));
+    m_folders->setModel(TinyModel::sentence());
+    Chat chat(m_folders->paths(), std::chrono::seconds(1));
     const auto heard = chat.ask(u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     const qint64 engine = engines().constFirst();
 
-    const HttpClient client(chat.network, HttpEndpoint::unixSocket(m_places->socketPath()));
+    const HttpClient client(chat.network, HttpEndpoint::unixSocket(m_folders->socketPath()));
     const auto isAsleep = [&] {
         const auto isSleeping = std::make_shared<std::optional<bool>>();
         chat.scope.start(readSleepState(client, isSleeping));
@@ -219,12 +237,12 @@ namespace {
 /// What the child process of some tests does: a conversation in the folders of the test, until it
 /// is ended from outside.
 int chatUntilTheEnd(const QString& folder) {
-    LlamaServerPaths places;
-    places.dataFolders = {folder + u"/data"_s};
-    places.programFolders = {folder + u"/bin"_s};
-    places.runtimeFolders = {folder + u"/run"_s};
-    places.machineMemory = 8'000'000'000;
-    Chat chat(places);
+    LlamaServerPaths paths;
+    paths.dataFolders = {folder + u"/data"_s};
+    paths.programFolders = {folder + u"/bin"_s};
+    paths.runtimeFolders = {folder + u"/run"_s};
+    paths.machineMemory = 8'000'000'000;
+    Chat chat(paths);
     const auto heard = chat.ask(u"Hello"_s);
     while (heard->snapshots < 3 && !heard->hasEnded)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

@@ -8,7 +8,6 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
@@ -32,10 +31,7 @@ private Q_SLOTS:
     void theUsersOwnFileComesBeforeTheSystems();
     void theApplicationsOwnEngineComesBeforePath();
     void anEngineThatMayNotBeRunIsPassedOver();
-    void theFoldersComeFromTheEnvironment();
-    void unsetVariablesHaveTheirUsualMeaning();
-    void relativeFoldersDoNotCount();
-    void theMachinesMemoryIsKnown();
+    void theFoldersAreTheUsersAndTheMachinesMemoryIsKnown();
     void aQuestionCostsWellUnderAMillisecond();
 
 private:
@@ -44,14 +40,14 @@ private:
     void writeProgram(const QString& path) const;
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    LlamaServerPaths m_places;
+    LlamaServerPaths m_paths;
 };
 
 void LlamaServerPathsTests::init() {
     m_folder = std::make_unique<QTemporaryDir>();
-    m_places.dataFolders = {in(u"home/chat"_s), in(u"system/chat"_s)};
-    m_places.programFolders = {in(u"libexec"_s), in(u"bin"_s)};
-    m_places.machineMemory = 1'000;
+    m_paths.dataFolders = {in(u"home/chat"_s), in(u"system/chat"_s)};
+    m_paths.programFolders = {in(u"libexec"_s), in(u"bin"_s)};
+    m_paths.machineMemory = 1'000;
 }
 
 void LlamaServerPathsTests::write(const QString& path, const QByteArray& bytes) const {
@@ -69,41 +65,41 @@ void LlamaServerPathsTests::writeProgram(const QString& path) const {
 void LlamaServerPathsTests::withAModelAndAnEngineItIsAvailable() {
     write(u"home/chat/models/on-device.gguf"_s);
     writeProgram(u"bin/llama-server"_s);
-    QVERIFY(m_places.availability().isAvailable());
-    QCOMPARE(m_places.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
-    QCOMPARE(m_places.program().value(), in(u"bin/llama-server"_s));
+    QVERIFY(m_paths.availability().isAvailable());
+    QCOMPARE(m_paths.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+    QCOMPARE(m_paths.program().value(), in(u"bin/llama-server"_s));
 }
 
 void LlamaServerPathsTests::withoutAModelItIsNotReady() {
     writeProgram(u"bin/llama-server"_s);
-    QVERIFY(m_places.availability().unavailableReason() == Reason::modelNotReady);
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::modelNotReady);
 }
 
 void LlamaServerPathsTests::withoutAnEngineItIsNotEnabled() {
     write(u"home/chat/models/on-device.gguf"_s);
-    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
 }
 
 void LlamaServerPathsTests::withNeitherTheMissingEngineComesFirst() {
-    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
 }
 
 void LlamaServerPathsTests::aModelLargerThanTheMemoryMakesTheMachineNotEligibleWhateverElseHolds() {
     write(u"home/chat/models/on-device.gguf"_s, QByteArray(1'001, 'x'));
-    QVERIFY(m_places.availability().unavailableReason() == Reason::deviceNotEligible);
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::deviceNotEligible);
     writeProgram(u"bin/llama-server"_s);
-    QVERIFY(m_places.availability().unavailableReason() == Reason::deviceNotEligible);
-    m_places.machineMemory = 1'001;
-    QVERIFY(m_places.availability().isAvailable());
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::deviceNotEligible);
+    m_paths.machineMemory = 1'001;
+    QVERIFY(m_paths.availability().isAvailable());
 }
 
 void LlamaServerPathsTests::whatIsPutThereOrTakenAwayCountsAtTheNextQuestion() {
     writeProgram(u"bin/llama-server"_s);
-    QVERIFY(!m_places.availability().isAvailable());
+    QVERIFY(!m_paths.availability().isAvailable());
     write(u"home/chat/models/on-device.gguf"_s);
-    QVERIFY(m_places.availability().isAvailable());
+    QVERIFY(m_paths.availability().isAvailable());
     QFile::remove(in(u"bin/llama-server"_s));
-    QVERIFY(m_places.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+    QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
 }
 
 void LlamaServerPathsTests::aLinkToTheModelServes() {
@@ -111,7 +107,7 @@ void LlamaServerPathsTests::aLinkToTheModelServes() {
     QDir().mkpath(in(u"home/chat/models"_s));
     const QString link = in(u"home/chat/models/on-device.gguf"_s);
     QVERIFY(QFile::link(in(u"elsewhere.gguf"_s), link));
-    QCOMPARE(m_places.modelFile().value(), link);
+    QCOMPARE(m_paths.modelFile().value(), link);
 }
 
 void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver_data() {
@@ -132,77 +128,50 @@ void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver() {
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     else
         write(u"home/chat/models/on-device.gguf"_s, QByteArray());
-    QVERIFY(!m_places.modelFile());
+    QVERIFY(!m_paths.modelFile());
 
     write(u"system/chat/models/on-device.gguf"_s);
-    QCOMPARE(m_places.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
+    QCOMPARE(m_paths.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
 }
 
 void LlamaServerPathsTests::theUsersOwnFileComesBeforeTheSystems() {
     write(u"home/chat/models/on-device.gguf"_s);
     write(u"system/chat/models/on-device.gguf"_s);
-    QCOMPARE(m_places.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+    QCOMPARE(m_paths.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
 }
 
 void LlamaServerPathsTests::theApplicationsOwnEngineComesBeforePath() {
     writeProgram(u"bin/llama-server"_s);
     writeProgram(u"libexec/llama-server"_s);
-    QCOMPARE(m_places.program().value(), in(u"libexec/llama-server"_s));
+    QCOMPARE(m_paths.program().value(), in(u"libexec/llama-server"_s));
 }
 
 void LlamaServerPathsTests::anEngineThatMayNotBeRunIsPassedOver() {
     write(u"libexec/llama-server"_s);
-    QVERIFY(!m_places.program());
+    QVERIFY(!m_paths.program());
     writeProgram(u"bin/llama-server"_s);
-    QCOMPARE(m_places.program().value(), in(u"bin/llama-server"_s));
+    QCOMPARE(m_paths.program().value(), in(u"bin/llama-server"_s));
 }
 
-void LlamaServerPathsTests::theFoldersComeFromTheEnvironment() {
-    qputenv("XDG_DATA_HOME", "/data/home");
-    qputenv("XDG_DATA_DIRS", "/data/one:/data/two/");
-    qputenv("XDG_RUNTIME_DIR", "/run/me");
-    qputenv("PATH", "/opt/bin:/usr/bin");
-    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
-    QCOMPARE(places.dataFolders,
-             (QStringList{u"/data/home/chat"_s, u"/data/one/chat"_s, u"/data/two/chat"_s}));
-    QCOMPARE(places.programFolders, (QStringList{u"/app/libexec"_s, u"/opt/bin"_s, u"/usr/bin"_s}));
-    QCOMPARE(places.runtimeFolders,
-             (QStringList{u"/run/me/chat"_s, u"/tmp/chat-"_s + QString::number(getuid())}));
-}
-
-void LlamaServerPathsTests::unsetVariablesHaveTheirUsualMeaning() {
-    qputenv("HOME", "/home/someone");
-    qputenv("XDG_DATA_HOME", "");
-    qunsetenv("XDG_DATA_DIRS");
-    qunsetenv("XDG_RUNTIME_DIR");
-    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
-    QCOMPARE(places.dataFolders, (QStringList{u"/home/someone/.local/share/chat"_s,
-                                              u"/usr/local/share/chat"_s, u"/usr/share/chat"_s}));
-    QCOMPARE(places.runtimeFolders, QStringList{u"/tmp/chat-"_s + QString::number(getuid())});
-}
-
-void LlamaServerPathsTests::relativeFoldersDoNotCount() {
-    qputenv("XDG_DATA_HOME", "data");
-    qputenv("XDG_DATA_DIRS", "share:/data/one::../two");
-    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
-    QCOMPARE(places.dataFolders, QStringList{u"/data/one/chat"_s});
-}
-
-void LlamaServerPathsTests::theMachinesMemoryIsKnown() {
-    const auto places = LlamaServerPaths::fromEnvironment(u"chat"_s, u"/app/libexec"_s);
-    QVERIFY(places.machineMemory > 100'000'000);
+void LlamaServerPathsTests::theFoldersAreTheUsersAndTheMachinesMemoryIsKnown() {
+    const UserDirectories user = UserDirectories::ofThisUser(u"chat"_s);
+    const auto paths = LlamaServerPaths::of(user, u"/app/bin"_s);
+    QCOMPARE(paths.dataFolders, user.dataFolders());
+    QCOMPARE(paths.programFolders, user.programFolders(u"/app/bin"_s));
+    QCOMPARE(paths.runtimeFolders, user.runtimeFolders());
+    QVERIFY(paths.machineMemory > 100'000'000);
 }
 
 void LlamaServerPathsTests::aQuestionCostsWellUnderAMillisecond() {
     write(u"system/chat/models/on-device.gguf"_s);
     writeProgram(u"bin/llama-server"_s);
     for (int i = 0; i < 10; ++i)
-        m_places.programFolders.prepend(in(u"empty%1"_s.arg(i)));
+        m_paths.programFolders.prepend(in(u"empty%1"_s.arg(i)));
     constexpr int questions = 200;
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < questions; ++i)
-        QVERIFY(m_places.availability().isAvailable());
+        QVERIFY(m_paths.availability().isAvailable());
     const double microseconds = static_cast<double>(timer.nsecsElapsed()) / 1'000 / questions;
     qInfo("%.0f µs a question", microseconds);
     QVERIFY(microseconds < 1'000);

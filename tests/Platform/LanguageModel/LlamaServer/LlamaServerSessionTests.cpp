@@ -55,7 +55,7 @@ private:
         return listen(*m_scope, session.streamResponse(prompt, options));
     }
 
-    std::unique_ptr<EnginePlaces> m_places;
+    std::unique_ptr<EngineFolders> m_folders;
     std::unique_ptr<MainExecutor> m_executor;
     std::unique_ptr<TaskScope> m_scope;
     std::unique_ptr<NetworkThread> m_network;
@@ -63,12 +63,12 @@ private:
 };
 
 void LlamaServerSessionTests::init() {
-    m_places = std::make_unique<EnginePlaces>();
-    m_places->setModel(TinyModel::sentence());
+    m_folders = std::make_unique<EngineFolders>();
+    m_folders->setModel(TinyModel::sentence());
     m_executor = std::make_unique<MainExecutor>();
     m_scope = std::make_unique<TaskScope>(*m_executor);
     m_network = std::make_unique<NetworkThread>();
-    m_model = std::make_unique<LlamaServerModel>(*m_network, m_places->places());
+    m_model = std::make_unique<LlamaServerModel>(*m_network, m_folders->paths());
 }
 
 void LlamaServerSessionTests::cleanup() {
@@ -76,7 +76,7 @@ void LlamaServerSessionTests::cleanup() {
     m_model.reset();
     m_network.reset();
     m_executor.reset();
-    m_places.reset();
+    m_folders.reset();
 }
 
 void LlamaServerSessionTests::aReplyArrivesInGrowingSnapshots() {
@@ -90,7 +90,7 @@ void LlamaServerSessionTests::aReplyArrivesInGrowingSnapshots() {
 }
 
 void LlamaServerSessionTests::charactersSplitOverTokensArriveWhole() {
-    m_places->setModel(TinyModel::splitCharacters());
+    m_folders->setModel(TinyModel::splitCharacters());
     const auto session = makeSession();
     const auto heard = ask(*session, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
@@ -121,14 +121,14 @@ void LlamaServerSessionTests::threeTurnsInOneSessionReadOnlyWhatIsNew() {
 }
 
 void LlamaServerSessionTests::theModelGetsTheInstructionsAndTheTurnsSoFar() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto session = makeSession(u"Speak like a pirate."_s);
     for (const QString& prompt : {u"Hello"_s, u"Again"_s}) {
         const auto heard = ask(*session, prompt);
         QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
         QVERIFY(!heard->error);
     }
-    const QByteArrayList prompts = m_places->recordedPrompts();
+    const QByteArrayList prompts = m_folders->recordedPrompts();
     QCOMPARE(prompts.size(), 2);
     QCOMPARE(prompts.at(0),
              QByteArray("<|im_start|>system\nSpeak like a pirate.<|im_end|>\n"
@@ -139,29 +139,29 @@ void LlamaServerSessionTests::theModelGetsTheInstructionsAndTheTurnsSoFar() {
 }
 
 void LlamaServerSessionTests::withoutInstructionsThereIsNoSystemMessage() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto session = makeSession(QString());
     const auto heard = ask(*session, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(m_places->recordedPrompts(),
+    QCOMPARE(m_folders->recordedPrompts(),
              QByteArrayList{"<|im_start|>user\nHello<|im_end|>\n<|im_start|>assistant\n"});
 }
 
 void LlamaServerSessionTests::sessionsKnowNothingOfEachOther() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto first = makeSession(u"One."_s);
     const auto heard = ask(*first, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     const auto second = makeSession(u"Two."_s);
     const auto heardToo = ask(*second, u"Ahoy"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heardToo->hasEnded, limit);
-    QCOMPARE(m_places->recordedPrompts().value(1),
+    QCOMPARE(m_folders->recordedPrompts().value(1),
              QByteArray("<|im_start|>system\nTwo.<|im_end|>\n<|im_start|>user\nAhoy<|im_end|>\n"
                         "<|im_start|>assistant\n"));
 }
 
 void LlamaServerSessionTests::aRequestWhileAnsweringFailsAndTheReplyGoesOn() {
-    m_places->setModel(TinyModel::endless());
+    m_folders->setModel(TinyModel::endless());
     const auto session = makeSession();
     const auto first = ask(*session, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(first->snapshots > 0, limit);
@@ -178,7 +178,7 @@ void LlamaServerSessionTests::aRequestWhileAnsweringFailsAndTheReplyGoesOn() {
 }
 
 void LlamaServerSessionTests::twoSessionsAnswerAtOnce() {
-    m_places->setModel(TinyModel::endless());
+    m_folders->setModel(TinyModel::endless());
     const auto abandoned = makeSession();
     const auto first = ask(*abandoned, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(first->snapshots > 0, limit);
@@ -191,7 +191,7 @@ void LlamaServerSessionTests::twoSessionsAnswerAtOnce() {
 }
 
 void LlamaServerSessionTests::aReplyThatNobodyReadsIsAnsweredAndRemembered() {
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto session = makeSession();
     { const auto dropped = session->streamResponse(u"Hello"_s, {}); }
     // As soon as the session has answered the first turn it takes the second.
@@ -202,7 +202,7 @@ void LlamaServerSessionTests::aReplyThatNobodyReadsIsAnsweredAndRemembered() {
         return second->hasEnded && !second->error;
     };
     QTRY_VERIFY_WITH_TIMEOUT(isAnswered(), limit);
-    const QByteArrayList prompts = m_places->recordedPrompts();
+    const QByteArrayList prompts = m_folders->recordedPrompts();
     QCOMPARE(prompts.size(), 2);
     QVERIFY(prompts.at(1).contains(replyOf(TinyModel::sentence())));
 }
@@ -219,7 +219,7 @@ void LlamaServerSessionTests::aSessionThatWasLetGoAnswersToTheEnd() {
 void LlamaServerSessionTests::aModelThatNeverEndsFillsItsContextAndThenAsksForANewChat() {
     TinyModel model = TinyModel::endless();
     model.contextLength = 512;
-    m_places->setModel(model);
+    m_folders->setModel(model);
     const auto session = makeSession();
     const auto heard = ask(*session, u"Hello"_s);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
@@ -269,12 +269,12 @@ void LlamaServerSessionTests::awkwardTextsReachTheModelUnchanged_data() {
 
 void LlamaServerSessionTests::awkwardTextsReachTheModelUnchanged() {
     QFETCH(QString, text);
-    m_places->recordPrompts();
+    m_folders->recordPrompts();
     const auto session = makeSession(QString());
     const auto heard = ask(*session, text);
     QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
     QVERIFY(!heard->error);
-    QCOMPARE(m_places->recordedPrompts().value(0),
+    QCOMPARE(m_folders->recordedPrompts().value(0),
              "<|im_start|>user\n" + text.toUtf8() + "<|im_end|>\n<|im_start|>assistant\n");
 }
 
