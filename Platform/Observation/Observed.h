@@ -49,17 +49,11 @@ public:
         notify();
     }
 
-    /// Calls `notified` at every notification for as long as the returned object lives.
-    template <class Notified>
-    [[nodiscard]] QPropertyNotifier addNotifier(Notified notified) const {
-        return m_revision.addNotifier(std::move(notified));
-    }
-
 private:
     void notify() { m_revision.setValue(m_revision.valueBypassingBindings() + 1); }
 
     T m_value{};
-    mutable QProperty<quint64> m_revision{0}; // mutable: to be notified changes nothing here
+    QProperty<quint64> m_revision{0};
 };
 
 } // namespace platform

@@ -6,36 +6,25 @@
 
 #include <QScopeGuard>
 
-#include <algorithm>
-
 namespace tellwick {
 
-std::shared_ptr<ModelManager>
-ModelManager::create(std::shared_ptr<AppleIntelligenceBackend> aiBackend, Server server,
-                     platform::TaskScope& mainScope) {
-    auto manager = std::make_shared<ModelManager>(Private(), std::move(aiBackend),
-                                                  std::move(server), mainScope);
-    manager->startRefresh();
-    return manager;
-}
-
-ModelManager::ModelManager(Private, std::shared_ptr<AppleIntelligenceBackend> onDevice,
-                           Server server, platform::TaskScope& mainScope)
-    : aiBackend(std::move(onDevice))
+ModelManager::ModelManager(Sources sources, platform::Executor& mainExecutor)
+    : aiBackend(std::make_shared<AppleIntelligenceBackend>(sources.systemModel, sources.producers))
     , selectedID(aiBackend->info().id())
-    , m_server(std::move(server))
-    , m_mainScope(mainScope) {}
+    , m_sources(std::move(sources))
+    , m_tasks(mainExecutor) {
+    startRefresh();
+}
 
 QList<ModelManager::Backend> ModelManager::backends() const {
     return QList<Backend>{aiBackend} + ollamaBackends.value();
 }
 
 ModelManager::Backend ModelManager::selected() const {
-    const auto all = backends();
-    const auto found = std::find_if(all.begin(), all.end(), [this](const Backend& backend) {
-        return backend->info().id() == selectedID.value();
-    });
-    return found == all.end() ? nullptr : *found;
+    for (const Backend& backend : backends())
+        if (backend->info().id() == selectedID.value())
+            return backend;
+    return nullptr;
 }
 
 QString ModelManager::selectedSubtitle() const {
@@ -44,30 +33,26 @@ QString ModelManager::selectedSubtitle() const {
 }
 
 void ModelManager::select(const Backend& backend) {
+    platform::requireMainThread("ModelManager::select");
     selectedID = backend->info().id();
 }
 
-platform::Task<void> ModelManager::refresh() {
-    return refresh(shared_from_this());
-}
-
 void ModelManager::startRefresh() {
-    m_mainScope.start(refresh());
+    m_tasks.start(refresh());
 }
 
-platform::Task<void> ModelManager::refresh(std::shared_ptr<ModelManager> self) {
+platform::Task<void> ModelManager::refresh() {
     platform::requireMainThread("ModelManager::refresh");
-    self->isRefreshing = true;
-    const auto end = qScopeGuard([self] { self->isRefreshing = false; });
+    isRefreshing = true;
+    const auto end = qScopeGuard([this] { isRefreshing = false; });
 
-    const QList<OllamaModelEntry> entries = co_await self->m_server.discover();
+    const QList<OllamaModelEntry> entries = co_await m_sources.discover();
     QList<Backend> fresh;
-    fresh.reserve(entries.size());
     for (const OllamaModelEntry& entry : entries)
-        fresh.append(self->m_server.makeBackend(entry));
-    self->ollamaBackends = std::move(fresh);
-    if (!self->selected())
-        self->select(self->aiBackend);
+        fresh.append(m_sources.makeBackend(entry));
+    ollamaBackends = std::move(fresh);
+    if (!selected())
+        select(aiBackend);
 }
 
 } // namespace tellwick

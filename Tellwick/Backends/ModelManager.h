@@ -17,27 +17,28 @@ namespace tellwick {
 /// The on-device model always exists and comes first; behind it stand the models that the local
 /// server listed at the last refresh. A model is known by its identifier, never by its backend
 /// object: a refresh makes new backends, and a selection survives it wherever the server still
-/// lists that name. Main thread only.
-class ModelManager final : public std::enable_shared_from_this<ModelManager> {
-    struct Private {};
-
+/// lists that name. Main thread only; operations called on another one stop the program.
+class ModelManager final {
 public:
     using Backend = std::shared_ptr<ModelBackend>;
 
-    /// The local server as the manager needs it.
-    struct Server {
-        /// Asks for the list of models. Cannot fail: it is empty when the server cannot be reached.
+    /// Where models come from. All that it refers to outlives the manager and its backends.
+    struct Sources {
+        /// The platform's own model.
+        platform::SystemLanguageModel& systemModel;
+        /// Where replies are taken from the platform's model, on a thread of their own.
+        platform::TaskScope& producers;
+        /// Asks the local server for its list. Empty when there is no server, or no useful answer.
         std::function<platform::Task<QList<OllamaModelEntry>>()> discover;
+        /// Makes the backend of a model that the local server has listed.
         std::function<Backend(const OllamaModelEntry&)> makeBackend;
     };
 
-    /// Makes the manager with the on-device model selected, and starts a first refresh by itself.
-    /// The scope belongs to the main thread and outlives the manager.
-    static std::shared_ptr<ModelManager> create(std::shared_ptr<AppleIntelligenceBackend> aiBackend,
-                                                Server server, platform::TaskScope& mainScope);
-
-    ModelManager(Private, std::shared_ptr<AppleIntelligenceBackend> aiBackend, Server server,
-                 platform::TaskScope& mainScope);
+    /// Selects the on-device model and starts a first refresh.
+    ///
+    /// @param mainExecutor the main thread's; it outlives the manager. A refresh that is under way
+    ///     when the manager ends goes with it.
+    ModelManager(Sources sources, platform::Executor& mainExecutor);
 
     /// The on-device model; the same object for the manager's whole life.
     const std::shared_ptr<AppleIntelligenceBackend> aiBackend;
@@ -63,19 +64,16 @@ public:
     /// Selects a backend, whether or not it is available or in the catalogue.
     void select(const Backend& backend);
 
-    /// Reads the server's list again, replaces the backends, and selects the on-device model where
-    /// the selected one is gone. Refreshes may overlap; what the last to end has found stays. The
-    /// task keeps the manager alive.
-    platform::Task<void> refresh();
-
-    /// Starts a refresh and returns at once.
+    /// Starts to read the server's list again, and returns at once. The answer replaces the
+    /// backends; the on-device model is selected where the selected one is gone. Refreshes may
+    /// overlap; what the last to end has found stays.
     void startRefresh();
 
 private:
-    static platform::Task<void> refresh(std::shared_ptr<ModelManager> self);
+    platform::Task<void> refresh();
 
-    const Server m_server;
-    platform::TaskScope& m_mainScope;
+    const Sources m_sources;
+    platform::TaskScope m_tasks; // ends first: its tasks use everything above
 };
 
 } // namespace tellwick

@@ -50,12 +50,9 @@ void ChatSession::touch(platform::Instant now) {
     updatedAt = platform::laterThan(updatedAt, now);
 }
 
-platform::ModelContainer conversationStore(const QString& file) {
-    return platform::ModelContainer(file, {platform::RecordType::of<ChatSession>()});
-}
-
-QString conversationFile() {
-    return platform::userDataFile(u"tellwick/conversation.sqlite"_s);
+platform::ModelContainer conversationStore(const QString& dataFolder) {
+    return platform::ModelContainer(dataFolder + u"/conversation.sqlite"_s,
+                                    {platform::RecordType::of<ChatSession>()});
 }
 
 } // namespace tellwick

@@ -39,10 +39,9 @@ public:
     void touch(platform::Instant now = platform::currentInstant());
 };
 
-/// The store of conversations in this file, which is opened when it is first used.
-platform::ModelContainer conversationStore(const QString& file);
-
-/// Where a user's conversation is kept.
-QString conversationFile();
+/// The store of a user's conversation, which is opened when it is first used.
+///
+/// @param dataFolder absolute path of the folder where the program keeps the user's data.
+platform::ModelContainer conversationStore(const QString& dataFolder);
 
 } // namespace tellwick

@@ -7,6 +7,7 @@
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
+using platform::TextSnapshot;
 using Role = ChatMessage::Role;
 
 /// What a turn is begun with.
@@ -18,25 +19,14 @@ struct ChatViewModel::Turn {
     QUuid reply;
 };
 
-std::shared_ptr<ChatViewModel> ChatViewModel::create(
-    platform::ModelContext& modelContext, const MakeModelManager& makeModelManager,
-    const platform::SystemLanguageModel& systemModel, platform::TaskScope& mainScope) {
-    return std::make_shared<ChatViewModel>(Private(), modelContext, makeModelManager, systemModel,
-                                           mainScope);
-}
-
-ChatViewModel::ChatViewModel(Private, platform::ModelContext& modelContext,
-                             const MakeModelManager& makeModelManager,
-                             const platform::SystemLanguageModel& systemModel,
-                             platform::TaskScope& mainScope)
-    : modelManager(makeModelManager())
+ChatViewModel::ChatViewModel(platform::ModelContext& modelContext,
+                             const ModelManager::Sources& models, platform::Executor& mainExecutor)
+    : modelManager(models, mainExecutor)
     , m_modelContext(modelContext)
-    , m_systemModel(systemModel)
-    , m_mainScope(mainScope) {
+    , m_systemModel(models.systemModel)
+    , m_tasks(mainExecutor) {
     loadSession();
 }
-
-ChatViewModel::~ChatViewModel() = default;
 
 void ChatViewModel::send() {
     platform::requireMainThread("ChatViewModel::send");
@@ -44,94 +34,73 @@ void ChatViewModel::send() {
     const QString text = draft.value().trimmed();
     if (text.isEmpty() || isGenerating.value())
         return;
-    if (const auto selected = modelManager->selected();
-        selected && selected->info().source() == ModelSource::appleIntelligence) {
+    const auto backend = modelManager.selected();
+    if (!backend) {
+        availabilityError = u"No model selected."_s;
+        return;
+    }
+    if (backend->info().source() == ModelSource::appleIntelligence) {
         if (const auto reason = m_systemModel.availability().unavailableReason()) {
             availabilityError = u"Apple Intelligence unavailable: "_s + platform::toText(*reason);
             return;
         }
     }
-    auto backend = modelManager->selected();
-    if (!backend) {
-        availabilityError = u"No model selected."_s;
-        return;
-    }
+
     draft = QString();
-    QList<ChatMessage> history = messages.value();
-    const ChatMessage reply(Role::assistant, platform::TextSnapshot());
-    qsizetype replyPosition = 0;
-    messages.mutate([&](QList<ChatMessage>& list) {
-        list.append(ChatMessage(Role::user, platform::TextSnapshot(text)));
-    });
-    messages.mutate([&](QList<ChatMessage>& list) {
-        replyPosition = list.size();
-        list.append(reply);
-    });
+    const QList<ChatMessage> history = messages.value();
+    const ChatMessage reply(Role::assistant, TextSnapshot());
+    messages.mutate([&](auto& list) { list.append(ChatMessage(Role::user, TextSnapshot(text))); });
+    const qsizetype replyPosition = messages.value().size();
+    messages.mutate([&](auto& list) { list.append(reply); });
     isGenerating = true;
-    m_streamTask =
-        m_mainScope.start(run(shared_from_this(), {std::move(backend), text, std::move(history),
-                                                   replyPosition, reply.id()}));
+    m_streamTask = m_tasks.start(run({backend, text, history, replyPosition, reply.id()}));
 }
 
-platform::Task<void> ChatViewModel::run(std::shared_ptr<ChatViewModel> self, Turn turn) {
+platform::Task<void> ChatViewModel::run(Turn turn) {
     std::exception_ptr error;
     try {
-        auto stream =
-            turn.backend->streamResponse(turn.prompt, turn.history, self->fullSystemPrompt());
+        const QString systemPrompt = AppConfig::systemPrompt(activeMode.value());
+        auto stream = turn.backend->streamResponse(turn.prompt, turn.history, systemPrompt);
         while (auto element = co_await stream.next()) {
             if (co_await platform::isCancelled())
                 break;
-            self->setReply(turn, *std::move(element));
+            setReply(turn, *std::move(element));
         }
     } catch (...) {
         error = std::current_exception();
     }
-    // Every way out of the turn comes by here, and only those: where the whole program ends in the
-    // middle of a turn, nothing of the turn is written.
-    self->endTurn(turn, error);
+
+    if (error && !platform::isCancellation(error)) {
+        setReply(turn, TextSnapshot(u"Error: "_s + platform::localizedDescription(error)));
+        turn.backend->reset();
+    }
+    // Whoever is told that the turn has ended may begin the next one at once.
+    m_streamTask.reset();
+    isGenerating = false;
+    saveSession();
 }
 
-void ChatViewModel::setReply(const Turn& turn, platform::TextSnapshot content) {
+void ChatViewModel::setReply(const Turn& turn, TextSnapshot content) {
     // The conversation may have been emptied since: a turn writes into its own reply or nowhere.
     const QList<ChatMessage>& list = messages.value();
     if (turn.replyPosition >= list.size() || list[turn.replyPosition].id() != turn.reply)
         return;
-    messages.mutate([&](QList<ChatMessage>& changing) {
-        changing[turn.replyPosition].content = std::move(content);
-    });
-}
-
-void ChatViewModel::endTurn(const Turn& turn, const std::exception_ptr& error) {
-    if (error && !platform::isCancellation(error)) {
-        setReply(turn,
-                 platform::TextSnapshot(u"Error: "_s + platform::localizedDescription(error)));
-        turn.backend->reset();
-    }
-    // Whoever hears of the one finds the other done, too, and may begin the next turn at once.
-    Qt::beginPropertyUpdateGroup();
-    isGenerating = false;
-    m_streamTask = std::nullopt;
-    Qt::endPropertyUpdateGroup();
-    saveSession();
+    messages.mutate(
+        [&](auto& changing) { changing[turn.replyPosition].content = std::move(content); });
 }
 
 void ChatViewModel::stop() {
     platform::requireMainThread("ChatViewModel::stop");
-    if (auto task = m_streamTask.value())
-        task->cancel();
+    if (m_streamTask)
+        m_streamTask->cancel();
 }
 
 void ChatViewModel::newChat() {
     platform::requireMainThread("ChatViewModel::newChat");
     stop();
     messages = QList<ChatMessage>();
-    if (const auto session = m_currentSession.value()) {
-        session->roles = QStringList();
-        session->contents = QStringList();
-        session->touch();
-    }
-    saveContext();
-    resetSelected();
+    saveSession();
+    resetSelectedBackend();
     availabilityError = std::nullopt;
     activeMode = std::nullopt;
 }
@@ -140,26 +109,18 @@ void ChatViewModel::setMode(const AppConfig::WritingMode& mode) {
     platform::requireMainThread("ChatViewModel::setMode");
     if (!messages.value().isEmpty())
         return;
-    const auto& active = activeMode.value();
-    if (active && active->id() == mode.id())
-        activeMode = std::nullopt;
-    else
-        activeMode = mode;
-    resetSelected();
+    activeMode = activeMode.value() == mode ? std::nullopt : std::optional(mode);
+    resetSelectedBackend();
 }
 
 void ChatViewModel::clearMode() {
     platform::requireMainThread("ChatViewModel::clearMode");
     activeMode = std::nullopt;
-    resetSelected();
+    resetSelectedBackend();
 }
 
-QString ChatViewModel::fullSystemPrompt() const {
-    return AppConfig::systemPrompt(activeMode.value());
-}
-
-void ChatViewModel::resetSelected() {
-    if (const auto backend = modelManager->selected())
+void ChatViewModel::resetSelectedBackend() {
+    if (const auto backend = modelManager.selected())
         backend->reset();
 }
 
@@ -173,23 +134,22 @@ void ChatViewModel::loadSession() {
     }
     if (sessions.isEmpty()) {
         m_currentSession = std::make_shared<ChatSession>();
-        m_modelContext.insert(m_currentSession.value());
+        m_modelContext.insert(m_currentSession);
         saveContext();
         return;
     }
     m_currentSession = sessions.takeFirst();
-    messages = m_currentSession.value()->messages();
+    messages = m_currentSession->messages();
     for (const auto& older : sessions)
         m_modelContext.deleteRecord(older);
 }
 
 void ChatViewModel::saveSession() {
     platform::requireMainThread("ChatViewModel::saveSession");
-    const auto session = m_currentSession.value();
-    if (!session)
+    if (!m_currentSession)
         return;
-    session->setMessages(messages.value());
-    session->touch();
+    m_currentSession->setMessages(messages.value());
+    m_currentSession->touch();
     saveContext();
 }
 

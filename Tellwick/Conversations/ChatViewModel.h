@@ -10,7 +10,6 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Core/ChatMessage.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -19,28 +18,17 @@ namespace tellwick {
 /// The controller of the one conversation: it holds the messages and the text being typed, sends
 /// turns to the selected model, and keeps the conversation's record in the store in step.
 ///
-/// Held by std::shared_ptr: a turn keeps its controller until it ends. Main thread only; operations
-/// called on another one stop the program.
-class ChatViewModel final : public std::enable_shared_from_this<ChatViewModel> {
-    struct Private {};
-
+/// Main thread only; operations called on another one stop the program.
+class ChatViewModel final {
 public:
-    using MakeModelManager = std::function<std::shared_ptr<ModelManager>()>;
-
-    /// Makes the controller and, with the function, its model manager, and loads the conversation
-    /// from the store. The context, the model and the scope outlive the controller; the scope
-    /// belongs to the main thread, and the turns run there.
-    static std::shared_ptr<ChatViewModel> create(platform::ModelContext& modelContext,
-                                                 const MakeModelManager& makeModelManager,
-                                                 const platform::SystemLanguageModel& systemModel,
-                                                 platform::TaskScope& mainScope);
-
-    ChatViewModel(Private, platform::ModelContext& modelContext,
-                  const MakeModelManager& makeModelManager,
-                  const platform::SystemLanguageModel& systemModel, platform::TaskScope& mainScope);
-    ChatViewModel(const ChatViewModel&) = delete;
-    ChatViewModel& operator=(const ChatViewModel&) = delete;
-    ~ChatViewModel();
+    /// Makes the catalogue of models and loads the conversation from the store.
+    ///
+    /// @param modelContext the store's; it outlives the controller.
+    /// @param models where the catalogue takes its models from.
+    /// @param mainExecutor the main thread's; it outlives the controller. A turn that is under way
+    ///     when the controller ends goes with it, and nothing of it is stored.
+    ChatViewModel(platform::ModelContext& modelContext, const ModelManager::Sources& models,
+                  platform::Executor& mainExecutor);
 
     // Observed state.
 
@@ -55,8 +43,8 @@ public:
     /// The chosen writing task.
     platform::ObservedOnAssignment<std::optional<AppConfig::WritingMode>> activeMode;
 
-    /// The catalogue of models and the selection; the same object for the controller's whole life.
-    const std::shared_ptr<ModelManager> modelManager;
+    /// The catalogue of models and the selection.
+    ModelManager modelManager;
 
     /// Begins a turn with the trimmed draft. Does nothing when that is empty or a turn runs; sets
     /// `availabilityError`, and keeps the draft, when there is no model to send it to.
@@ -77,20 +65,20 @@ public:
 private:
     struct Turn;
 
-    static platform::Task<void> run(std::shared_ptr<ChatViewModel> self, Turn turn);
+    platform::Task<void> run(Turn turn);
     void setReply(const Turn& turn, platform::TextSnapshot content);
-    void endTurn(const Turn& turn, const std::exception_ptr& error);
-    QString fullSystemPrompt() const;
-    void resetSelected();
+    void resetSelectedBackend();
     void loadSession();
     void saveSession();
     void saveContext();
 
-    platform::Observed<std::optional<platform::TaskHandle>> m_streamTask;
     platform::ModelContext& m_modelContext;
-    platform::Observed<std::shared_ptr<ChatSession>> m_currentSession;
     const platform::SystemLanguageModel& m_systemModel;
-    platform::TaskScope& m_mainScope;
+    /// The conversation's record; none where the store could not be read.
+    std::shared_ptr<ChatSession> m_currentSession;
+    /// The running turn.
+    std::optional<platform::TaskHandle> m_streamTask;
+    platform::TaskScope m_tasks; // ends first: its tasks use everything above
 };
 
 } // namespace tellwick

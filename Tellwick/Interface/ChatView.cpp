@@ -58,11 +58,10 @@ QStringView withoutBlanks(QStringView text) {
 
 } // namespace
 
-ChatView::ChatView(const Environment& environment, std::shared_ptr<ChatViewModel> vm,
-                   QWidget* parent)
+ChatView::ChatView(const Environment& environment, ChatViewModel& vm, QWidget* parent)
     : QWidget(parent)
     , m_environment(environment)
-    , m_vm(std::move(vm))
+    , m_vm(&vm)
     , m_rows(environment, *m_vm) {
     body();
 }
@@ -72,8 +71,7 @@ ChatView::~ChatView() = default;
 void ChatView::body() {
     auto* header = new platform::HeaderBar(m_environment.theme);
     header->setTitle(AppConfig::appName());
-    observe(header,
-            [this, header] { header->setSubtitle(m_vm->modelManager->selectedSubtitle()); });
+    observe(header, [this, header] { header->setSubtitle(m_vm->modelManager.selectedSubtitle()); });
     newChatButton(*header);
     menuButton(*header);
 
@@ -343,7 +341,7 @@ void ChatView::modelsPopover() {
             popover = m_environment.overlays.present(
                 std::make_unique<platform::Popover>(
                     m_environment.theme, u"Models"_s,
-                    new ModelsView(m_environment, *m_vm->modelManager), ModelsView::width,
+                    new ModelsView(m_environment, m_vm->modelManager), ModelsView::width,
                     m_menuButton),
                 [this] {
                     m_showingModels = false;

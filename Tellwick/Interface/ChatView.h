@@ -32,8 +32,7 @@ class ChatView final : public QWidget {
     Q_OBJECT
 
 public:
-    ChatView(const Environment& environment, std::shared_ptr<ChatViewModel> vm,
-             QWidget* parent = nullptr);
+    ChatView(const Environment& environment, ChatViewModel& vm, QWidget* parent = nullptr);
     ~ChatView() override;
 
     /// The colour of the send button: red while generating, the accent when there is something to
@@ -64,7 +63,7 @@ private:
     void availabilityAlert();
 
     const Environment& m_environment;
-    const std::shared_ptr<ChatViewModel> m_vm;
+    ChatViewModel* const m_vm;
     platform::Observed<bool> m_showingAbout{false};
     platform::Observed<bool> m_showingModels{false};
 

@@ -2,6 +2,7 @@
 #include "Tellwick/Interface/ContentView.h"
 
 #include "Platform/Observation/Observer.h"
+#include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/ChatView.h"
 
@@ -26,8 +27,9 @@ ContentView::ContentView(const Services& services, MakeViewModel makeViewModel, 
 }
 
 ContentView::~ContentView() {
-    // The chat screen reads the controller to its end.
+    // The screens read the controller to their end.
     delete m_chat;
+    delete m_overlays;
 }
 
 void ContentView::showEvent(QShowEvent* event) {
@@ -35,7 +37,7 @@ void ContentView::showEvent(QShowEvent* event) {
     if (m_vm)
         return;
     m_vm = m_makeViewModel();
-    m_chat = new ChatView(m_environment, m_vm, this);
+    m_chat = new ChatView(m_environment, *m_vm, this);
     m_chat->setGeometry(rect());
     m_chat->show();
     m_overlays->raise();

@@ -21,13 +21,11 @@ class ContentView final : public QWidget, public platform::AccessibleElement {
     Q_OBJECT
 
 public:
-    using MakeViewModel = std::function<std::shared_ptr<ChatViewModel>()>;
+    using MakeViewModel = std::function<std::unique_ptr<ChatViewModel>()>;
 
+    /// @param services outlive the view, and so does all that the function refers to.
     ContentView(const Services& services, MakeViewModel makeViewModel, QWidget* parent = nullptr);
     ~ContentView() override;
-
-    /// The controller; none before the first appearance.
-    const std::shared_ptr<ChatViewModel>& vm() const { return m_vm; }
 
     QAccessible::Role accessibleRole() const override { return QAccessible::Window; }
 
@@ -38,7 +36,7 @@ protected:
 
 private:
     MakeViewModel m_makeViewModel;
-    std::shared_ptr<ChatViewModel> m_vm;
+    std::unique_ptr<ChatViewModel> m_vm;
     platform::OverlayHost* m_overlays;
     Environment m_environment;
     ChatView* m_chat = nullptr;

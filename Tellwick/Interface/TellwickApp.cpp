@@ -36,12 +36,11 @@ constexpr auto applicationFolder = "tellwick"_L1;
 } // namespace
 
 /// Every object of the program, in the order of making; they end in the opposite order. The window
-/// goes first, then the tasks that it has started, then what those use.
+/// goes first, with the conversation and its tasks, then what those use.
 struct TellwickApp::Parts {
     explicit Parts(QApplication& application);
 
-    std::shared_ptr<ChatViewModel> makeViewModel();
-    std::shared_ptr<ModelManager> makeModelManager();
+    std::unique_ptr<ChatViewModel> makeViewModel();
 
     // The desktop.
     platform::AppearanceSettings appearance;
@@ -56,7 +55,6 @@ struct TellwickApp::Parts {
     const std::unique_ptr<platform::SystemLanguageModel> systemModel;
     platform::ModelContainer container;
     platform::ModelContext context;
-    platform::TaskScope mainScope;
 
     ContentView window;
     platform::TerminationSignals terminationSignals;
@@ -66,10 +64,8 @@ TellwickApp::Parts::Parts(QApplication& application)
     : directories(platform::UserDirectories::ofThisUser(applicationFolder))
     , systemModel(platform::makeSystemLanguageModel(
           {network, directories, QCoreApplication::applicationDirPath()}))
-    , container(directories.dataHome() + "/conversation.sqlite"_L1,
-                {platform::RecordType::of<ChatSession>()})
+    , container(conversationStore(directories.dataHome()))
     , context(container)
-    , mainScope(mainExecutor)
     , window({theme, urlOpener}, [this] { return makeViewModel(); })
     , terminationSignals([] { QCoreApplication::quit(); }) {
     appearance.start();
@@ -88,19 +84,13 @@ TellwickApp::Parts::Parts(QApplication& application)
     window.resize(defaultWidth, defaultHeight);
 }
 
-std::shared_ptr<ChatViewModel> TellwickApp::Parts::makeViewModel() {
-    return ChatViewModel::create(
-        context, [this] { return makeModelManager(); }, *systemModel, mainScope);
-}
-
-std::shared_ptr<ModelManager> TellwickApp::Parts::makeModelManager() {
-    return ModelManager::create(
-        std::make_shared<AppleIntelligenceBackend>(*systemModel, network.scope()),
-        {[this] { return OllamaBackend::discover(network); },
-         [this](const OllamaModelEntry& entry) {
-             return std::make_shared<OllamaBackend>(entry, network);
-         }},
-        mainScope);
+std::unique_ptr<ChatViewModel> TellwickApp::Parts::makeViewModel() {
+    const ModelManager::Sources models{*systemModel, network.scope(),
+                                       [this] { return OllamaBackend::discover(network); },
+                                       [this](const OllamaModelEntry& entry) {
+                                           return std::make_shared<OllamaBackend>(entry, network);
+                                       }};
+    return std::make_unique<ChatViewModel>(context, models, mainExecutor);
 }
 
 TellwickApp::TellwickApp(QApplication& application)

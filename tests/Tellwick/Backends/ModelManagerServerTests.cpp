@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Http/NetworkThread.h"
-#include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Tellwick/Backends/ModelManager.h"
 #include "Tellwick/Backends/OllamaBackend.h"
+#include "tests/Tellwick/Conversations/ScriptedModel.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestMain.h"
 
@@ -16,14 +16,6 @@ using tests::Script;
 using tests::ScriptedServer;
 
 namespace {
-
-class AbsentModel final : public SystemLanguageModel {
-public:
-    Availability availability() const override {
-        return Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    }
-    std::shared_ptr<LanguageModelSession> makeSession(const QString&) override { return nullptr; }
-};
 
 QByteArray listing(const QByteArrayList& names) {
     QByteArrayList entries;
@@ -53,15 +45,14 @@ private Q_SLOTS:
 
 private:
     void start() {
-        auto ai = std::make_shared<AppleIntelligenceBackend>(m_model, m_network->scope());
         NetworkThread& network = *m_network;
-        m_manager =
-            ModelManager::create(std::move(ai),
-                                 {[&network] { return OllamaBackend::discover(network); },
+        m_manager.emplace(
+            ModelManager::Sources{m_model, network.scope(),
+                                  [&network] { return OllamaBackend::discover(network); },
                                   [&network](const OllamaModelEntry& entry) {
                                       return std::make_shared<OllamaBackend>(entry, network);
                                   }},
-                                 *m_scope);
+            *m_main);
     }
     QStringList names() const {
         QStringList all;
@@ -70,19 +61,17 @@ private:
         return all;
     }
 
-    AbsentModel m_model;
+    tests::ScriptedModel m_model;
     // What ends first stands last.
     std::unique_ptr<MainExecutor> m_main;
     std::unique_ptr<NetworkThread> m_network;
-    std::unique_ptr<TaskScope> m_scope;
-    std::shared_ptr<ModelManager> m_manager;
+    std::optional<ModelManager> m_manager;
     std::unique_ptr<ScriptedServer> m_server;
 };
 
 void ModelManagerServerTests::init() {
     m_main = std::make_unique<MainExecutor>();
     m_network = std::make_unique<NetworkThread>();
-    m_scope = std::make_unique<TaskScope>(*m_main);
     m_server = std::make_unique<ScriptedServer>();
     QVERIFY2(m_server->listen(OllamaBackend::baseURL().port()),
              qPrintable(
@@ -93,7 +82,6 @@ void ModelManagerServerTests::init() {
 void ModelManagerServerTests::cleanup() {
     m_server.reset();
     m_manager.reset();
-    m_scope.reset();
     m_network.reset();
     m_main.reset();
 }
@@ -188,13 +176,9 @@ void ModelManagerServerTests::endingEverythingDuringARefreshTakesNoTime() {
     m_server->enqueue(Script().hold());
     start();
     QTRY_COMPARE(m_server->requestCount(), 1);
-    const std::weak_ptr<ModelManager> manager = m_manager;
     QElapsedTimer timer;
     timer.start();
     m_manager.reset();
-    QVERIFY(!manager.expired());
-    m_scope.reset();
-    QVERIFY(manager.expired());
     m_network.reset();
     QVERIFY2(timer.elapsed() < 1000, "the end waits for the refresh");
 }

@@ -1,55 +1,25 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Tellwick/Backends/ModelManager.h"
+#include "tests/Tellwick/Conversations/ScriptedModel.h"
+#include "tests/Tellwick/Conversations/ScriptedModelServer.h"
+#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
 using namespace platform;
 using namespace tellwick;
+using namespace tests;
 using namespace Qt::StringLiterals;
+using Availability = SystemLanguageModel::Availability;
 
-namespace {
-
-class UnavailableModel final : public SystemLanguageModel {
-public:
-    Availability availability() const override {
-        return Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    }
-    std::shared_ptr<LanguageModelSession> makeSession(const QString&) override { return nullptr; }
-};
-
-class ListedBackend final : public ModelBackend {
-public:
-    explicit ListedBackend(const OllamaModelEntry& entry)
-        : m_info(ModelInfo::ollamaID(entry.name), entry.name, ModelSource::ollama,
-                 entry.size == 0 ? std::nullopt : std::optional(QString::number(entry.size))) {}
-    const ModelInfo& info() const override { return m_info; }
-    bool isAvailable() const override { return true; }
-    ReplyStream streamResponse(const QString&, const QList<ChatMessage>&, const QString&) override {
-        return makeStream<TextSnapshot>().stream;
-    }
-    void reset() override {}
-
-private:
-    ModelInfo m_info;
-};
-
-using Listing = StreamContinuation<QList<OllamaModelEntry>>;
-
-Task<QList<OllamaModelEntry>> firstOf(AsyncStream<QList<OllamaModelEntry>> stream) {
-    auto list = co_await stream.next();
-    co_return list.value_or(QList<OllamaModelEntry>());
-}
-
-} // namespace
-
-/// A manager over a server whose answers the test gives, one for each listing that was asked for.
+/// A catalogue over a server whose answers the test gives, one for each listing that was asked for.
 class ModelManagerTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void init();
-    void cleanup();
+    void cleanup() { m_world.reset(); }
 
     void rightAfterConstructionOnlyTheOnDeviceModelIsThere();
     void theFirstRefreshStartsByItself();
@@ -58,202 +28,207 @@ private Q_SLOTS:
     void aSelectionSurvivesARefreshThatListsItsName();
     void aSelectionThatIsGoneFallsBackToTheOnDeviceModel();
     void anUnavailableModelCanBeSelected();
+    void aBackendThatIsNotListedAnyMoreCanBeSelected();
     void anUnknownIdentifierSelectsNothingUntilTheNextRefresh();
     void ofTwoModelsWithOneNameTheFirstIsSelected();
     void identifiersAreComparedExactly();
     void aModelWithoutDetailShowsTheGeneralLabel();
     void ofOverlappingRefreshesTheFirstToEndClearsTheFlagAndTheLastToEndWins();
+    void aRefreshThatFailsClearsTheFlagAndChangesNothing();
+    void aRefreshEndsWithItsManager();
     void stateNotifiesOnChangeAndTheListOnEveryAssignment();
-    void aRefreshKeepsTheManagerAlive();
-    void aScopeThatEndsMidRefreshLetsTheManagerGo();
 
 private:
-    void answer(qsizetype listing, const QStringList& names, qint64 size = 7);
+    /// What ends first stands last.
+    struct World {
+        MainExecutor executor;
+        TaskScope producers{executor};
+        ScriptedModel model;
+        ScriptedModelServer server;
+        std::optional<ModelManager> manager;
+        bool hasListed = false;
+    };
 
-    std::unique_ptr<MainExecutor> m_executor;
-    std::unique_ptr<TaskScope> m_scope;
-    UnavailableModel m_model;
-    QList<Listing> m_listings;
-    std::shared_ptr<ModelManager> m_manager;
+    ScriptedModelServer& server() { return m_world->server; }
+    ModelManager& manager() { return *m_world->manager; }
+    ModelManager::Backend listed(qsizetype index) {
+        return manager().ollamaBackends.value().at(index);
+    }
+    /// Answers the first refresh, later one that it starts; true when the manager has the answer.
+    bool list(const QStringList& names);
+
+    std::optional<World> m_world;
 };
 
 void ModelManagerTests::init() {
-    m_executor = std::make_unique<MainExecutor>();
-    m_scope = std::make_unique<TaskScope>(*m_executor);
-    m_listings.clear();
-    m_manager = ModelManager::create(
-        std::make_shared<AppleIntelligenceBackend>(m_model, *m_scope),
-        {[this] {
-             auto [stream, continuation] = makeStream<QList<OllamaModelEntry>>();
-             m_listings.append(continuation);
-             return firstOf(std::move(stream));
-         },
-         [](const OllamaModelEntry& entry) { return std::make_shared<ListedBackend>(entry); }},
-        *m_scope);
+    m_world.emplace();
+    server().holdsListings = true;
+    m_world->manager.emplace(server().sources(m_world->model, m_world->producers),
+                             m_world->executor);
 }
 
-void ModelManagerTests::cleanup() {
-    m_scope.reset();
-    m_manager.reset();
-    m_executor.reset();
-}
-
-void ModelManagerTests::answer(qsizetype listing, const QStringList& names, qint64 size) {
-    QTRY_VERIFY(m_listings.size() > listing);
-    QList<OllamaModelEntry> entries;
-    for (const QString& name : names)
-        entries.append({name, size});
-    m_listings[listing].yield(entries);
+bool ModelManagerTests::list(const QStringList& names) {
+    if (std::exchange(m_world->hasListed, true))
+        manager().startRefresh();
+    const Notifications lists(manager().ollamaBackends);
+    if (!QTest::qWaitFor([this] { return !server().listings.empty(); }))
+        return false;
+    server().answerListing(names);
+    return QTest::qWaitFor([&] { return lists.count() > 0; }) && !manager().isRefreshing.value();
 }
 
 void ModelManagerTests::rightAfterConstructionOnlyTheOnDeviceModelIsThere() {
-    QCOMPARE(m_manager->backends().size(), 1);
-    QCOMPARE(m_manager->backends().constFirst(), m_manager->aiBackend);
-    QCOMPARE(m_manager->selected(), m_manager->aiBackend);
-    QCOMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
-    QCOMPARE(m_manager->selectedSubtitle(), u"On-device · Private"_s);
-    QVERIFY(!m_manager->isRefreshing.value());
-    QVERIFY(m_listings.isEmpty());
+    QCOMPARE(manager().backends(), QList<ModelManager::Backend>{manager().aiBackend});
+    QCOMPARE(manager().selected(), manager().aiBackend);
+    QCOMPARE(manager().selectedID.value(), u"apple-intelligence"_s);
+    QCOMPARE(manager().selectedSubtitle(), u"On-device · Private"_s);
+    QVERIFY(!manager().isRefreshing.value());
+    QVERIFY(server().listings.empty());
 }
 
 void ModelManagerTests::theFirstRefreshStartsByItself() {
-    QTRY_VERIFY(m_manager->isRefreshing.value());
-    QVERIFY(m_manager->ollamaBackends.value().isEmpty());
-    answer(0, {u"a"_s});
-    QTRY_VERIFY(!m_manager->isRefreshing.value());
-    QCOMPARE(m_manager->ollamaBackends.value().size(), 1);
+    QTRY_VERIFY(manager().isRefreshing.value());
+    QVERIFY(manager().ollamaBackends.value().isEmpty());
+    QVERIFY(list({u"a"_s}));
+    QCOMPARE(manager().ollamaBackends.value().size(), 1);
 }
 
 void ModelManagerTests::withoutAServerTheListStaysEmptyAndNothingIsReported() {
-    answer(0, {});
-    QTRY_VERIFY(!m_manager->isRefreshing.value());
-    QVERIFY(m_manager->ollamaBackends.value().isEmpty());
-    QCOMPARE(m_manager->selected(), m_manager->aiBackend);
+    QVERIFY(list({}));
+    QVERIFY(manager().ollamaBackends.value().isEmpty());
+    QCOMPARE(manager().selected(), manager().aiBackend);
 }
 
 void ModelManagerTests::backendsComeInTheServersOrderBehindTheOnDeviceModel() {
-    answer(0, {u"z"_s, u"a"_s, u"m"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 4);
+    QVERIFY(list({u"z"_s, u"a"_s, u"m"_s}));
     QStringList ids;
-    for (const auto& backend : m_manager->backends())
+    for (const auto& backend : manager().backends())
         ids.append(backend->info().id());
     QCOMPARE(ids,
              (QStringList{u"apple-intelligence"_s, u"ollama-z"_s, u"ollama-a"_s, u"ollama-m"_s}));
 }
 
 void ModelManagerTests::aSelectionSurvivesARefreshThatListsItsName() {
-    answer(0, {u"a"_s, u"b"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 3);
-    const auto before = m_manager->ollamaBackends.value().at(1);
-    m_manager->select(before);
-    m_manager->startRefresh();
-    answer(1, {u"b"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    QCOMPARE(m_manager->selectedID.value(), u"ollama-b"_s);
-    QCOMPARE(m_manager->selected(), m_manager->ollamaBackends.value().at(0));
-    QVERIFY(m_manager->selected() != before);
+    QVERIFY(list({u"a"_s, u"b"_s}));
+    const auto before = listed(1);
+    manager().select(before);
+    QVERIFY(list({u"b"_s}));
+    QCOMPARE(manager().selectedID.value(), u"ollama-b"_s);
+    QCOMPARE(manager().selected(), listed(0));
+    QVERIFY(manager().selected() != before);
 }
 
 void ModelManagerTests::aSelectionThatIsGoneFallsBackToTheOnDeviceModel() {
-    answer(0, {u"a"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    m_manager->select(m_manager->ollamaBackends.value().at(0));
-    QCOMPARE(m_manager->selectedSubtitle(), u"7"_s);
-    m_manager->startRefresh();
-    answer(1, {});
-    QTRY_COMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
-    QVERIFY(m_manager->ollamaBackends.value().isEmpty());
+    server().details[u"a"_s] = u"7 GB"_s;
+    QVERIFY(list({u"a"_s}));
+    manager().select(listed(0));
+    QCOMPARE(manager().selectedSubtitle(), u"7 GB"_s);
+    QVERIFY(list({}));
+    QCOMPARE(manager().selectedID.value(), u"apple-intelligence"_s);
+    QVERIFY(manager().ollamaBackends.value().isEmpty());
 }
 
 void ModelManagerTests::anUnavailableModelCanBeSelected() {
-    answer(0, {u"a"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    m_manager->select(m_manager->ollamaBackends.value().at(0));
-    QVERIFY(!m_manager->aiBackend->isAvailable());
-    m_manager->select(m_manager->aiBackend);
-    QCOMPARE(m_manager->selected(), m_manager->aiBackend);
+    m_world->model.state =
+        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+    QVERIFY(list({u"a"_s}));
+    manager().select(listed(0));
+    QVERIFY(!manager().aiBackend->isAvailable());
+    manager().select(manager().aiBackend);
+    QCOMPARE(manager().selected(), manager().aiBackend);
+}
+
+void ModelManagerTests::aBackendThatIsNotListedAnyMoreCanBeSelected() {
+    QVERIFY(list({u"a"_s, u"b"_s}));
+    const auto gone = listed(0);
+    QVERIFY(list({u"b"_s}));
+    manager().select(gone);
+    QCOMPARE(manager().selectedID.value(), u"ollama-a"_s);
+    QVERIFY(!manager().selected());
+    QVERIFY(list({u"a"_s})); // listed again, it is what the user has selected
+    QCOMPARE(manager().selected(), listed(0));
 }
 
 void ModelManagerTests::anUnknownIdentifierSelectsNothingUntilTheNextRefresh() {
-    answer(0, {u"a"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    m_manager->selectedID = u"ollama-gone"_s;
-    QVERIFY(!m_manager->selected());
-    QCOMPARE(m_manager->selectedSubtitle(), u"Apple Intelligence · On-device"_s);
-    m_manager->startRefresh();
-    answer(1, {u"a"_s});
-    QTRY_COMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
+    QVERIFY(list({u"a"_s}));
+    manager().selectedID = u"ollama-gone"_s;
+    QVERIFY(!manager().selected());
+    QCOMPARE(manager().selectedSubtitle(), u"Apple Intelligence · On-device"_s);
+    QVERIFY(list({u"a"_s}));
+    QCOMPARE(manager().selectedID.value(), u"apple-intelligence"_s);
 }
 
 void ModelManagerTests::ofTwoModelsWithOneNameTheFirstIsSelected() {
-    answer(0, {u"twin"_s, u"twin"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 3);
-    m_manager->select(m_manager->ollamaBackends.value().at(1));
-    QCOMPARE(m_manager->selected(), m_manager->ollamaBackends.value().at(0));
+    QVERIFY(list({u"twin"_s, u"twin"_s}));
+    manager().select(listed(1));
+    QCOMPARE(manager().selected(), listed(0));
 }
 
 void ModelManagerTests::identifiersAreComparedExactly() {
-    answer(0, {u"Model"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    m_manager->selectedID = u"ollama-model"_s;
-    QVERIFY(!m_manager->selected());
+    QVERIFY(list({u"Model"_s}));
+    manager().selectedID = u"ollama-model"_s;
+    QVERIFY(!manager().selected());
 }
 
 void ModelManagerTests::aModelWithoutDetailShowsTheGeneralLabel() {
-    answer(0, {u"a"_s}, 0);
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    m_manager->select(m_manager->ollamaBackends.value().at(0));
-    QCOMPARE(m_manager->selectedSubtitle(), u"Apple Intelligence · On-device"_s);
+    QVERIFY(list({u"a"_s}));
+    manager().select(listed(0));
+    QCOMPARE(manager().selectedSubtitle(), u"Apple Intelligence · On-device"_s);
 }
 
 void ModelManagerTests::ofOverlappingRefreshesTheFirstToEndClearsTheFlagAndTheLastToEndWins() {
-    m_manager->startRefresh();
-    QTRY_COMPARE(m_listings.size(), 2);
-    QVERIFY(m_manager->isRefreshing.value());
-    answer(1, {u"second"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 2);
-    QVERIFY(!m_manager->isRefreshing.value()); // although the first is still under way
-    answer(0, {u"first"_s, u"other"_s});
-    QTRY_COMPARE(m_manager->backends().size(), 3);
-    QCOMPARE(m_manager->backends().at(1)->info().name(), u"first"_s);
-    QVERIFY(!m_manager->isRefreshing.value());
+    manager().startRefresh();
+    QTRY_COMPARE(server().listings.size(), std::size_t(2));
+    QVERIFY(manager().isRefreshing.value());
+    server().answerListing({u"second"_s}, 1);
+    QTRY_COMPARE(manager().backends().size(), 2);
+    QVERIFY(!manager().isRefreshing.value()); // although the first is still under way
+    server().answerListing({u"first"_s, u"other"_s});
+    QTRY_COMPARE(manager().backends().size(), 3);
+    QCOMPARE(listed(0)->info().name(), u"first"_s);
+    QVERIFY(!manager().isRefreshing.value());
+}
+
+void ModelManagerTests::aRefreshThatFailsClearsTheFlagAndChangesNothing() {
+    QVERIFY(list({u"a"_s}));
+    manager().select(listed(0));
+    manager().startRefresh();
+    QTRY_VERIFY(!server().listings.empty());
+    QVERIFY(manager().isRefreshing.value());
+    // No other error can leave a listing; this one ends the task that it leaves without a word.
+    server().listings.front().finish(std::make_exception_ptr(CancellationError()));
+    QTRY_VERIFY(!manager().isRefreshing.value());
+    QCOMPARE(manager().selected(), listed(0));
+}
+
+void ModelManagerTests::aRefreshEndsWithItsManager() {
+    QTRY_COMPARE(server().listings.size(), std::size_t(1));
+    QList<bool> flags;
+    auto& isRefreshing = manager().isRefreshing;
+    const auto notifier =
+        isRefreshing.addNotifier([&] { flags.append(isRefreshing.valueBypassingBindings()); });
+    m_world->manager.reset();
+    QCOMPARE(flags,
+             QList<bool>{false}); // the refresh went, and its clean-up found the manager whole
+    server().answerListing({u"a"_s});
+    bool isDrained = false;
+    m_world->executor.post([&] { isDrained = true; });
+    QTRY_VERIFY(isDrained);
 }
 
 void ModelManagerTests::stateNotifiesOnChangeAndTheListOnEveryAssignment() {
-    answer(0, {});
-    QTRY_VERIFY(m_listings.size() == 1 && !m_manager->isRefreshing.value());
-    int selections = 0;
-    int lists = 0;
-    int flags = 0;
-    const auto selectionNotifier = m_manager->selectedID.addNotifier([&] { ++selections; });
-    const auto listNotifier = m_manager->ollamaBackends.addNotifier([&] { ++lists; });
-    const auto flagNotifier = m_manager->isRefreshing.addNotifier([&] { ++flags; });
-    m_manager->select(m_manager->aiBackend);
-    m_manager->isRefreshing = false;
-    QCOMPARE(selections, 0);
-    QCOMPARE(flags, 0);
-    m_manager->startRefresh();
-    answer(1, {}); // an equal list
-    QTRY_COMPARE(lists, 1);
-    QTRY_COMPARE(flags, 2);
-    QCOMPARE(selections, 0);
-}
-
-void ModelManagerTests::aRefreshKeepsTheManagerAlive() {
-    QTRY_COMPARE(m_listings.size(), 1);
-    const std::weak_ptr<ModelManager> manager = m_manager;
-    m_manager.reset();
-    QVERIFY(!manager.expired());
-    answer(0, {u"a"_s});
-    QTRY_VERIFY(manager.expired());
-}
-
-void ModelManagerTests::aScopeThatEndsMidRefreshLetsTheManagerGo() {
-    QTRY_COMPARE(m_listings.size(), 1);
-    const std::weak_ptr<ModelManager> manager = m_manager;
-    m_manager.reset();
-    m_scope.reset();
-    QVERIFY(manager.expired());
+    QVERIFY(list({}));
+    const Notifications selections(manager().selectedID);
+    const Notifications lists(manager().ollamaBackends);
+    const Notifications flags(manager().isRefreshing);
+    manager().select(manager().aiBackend);
+    manager().isRefreshing = false;
+    QCOMPARE(selections.count(), 0);
+    QCOMPARE(flags.count(), 0);
+    QVERIFY(list({})); // an equal list
+    QCOMPARE(lists.count(), 1);
+    QCOMPARE(flags.count(), 2);
+    QCOMPARE(selections.count(), 0);
 }
 
 TELLWICK_TEST(ModelManagerTests, EventLoop)

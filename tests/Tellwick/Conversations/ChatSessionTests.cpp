@@ -4,7 +4,6 @@
 #include "Tellwick/Conversations/ChatSession.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 using namespace platform;
@@ -28,7 +27,6 @@ private Q_SLOTS:
     void everyRoleTextButUserIsTheAssistant();
     void theTimeOfTheLastWriteNeverGoesBack();
     void changesAreObservable();
-    void theFileLiesInTheFolderOfTheUsersData();
 };
 
 void ChatSessionTests::aNewRecordIsEmptyAndWrittenNow() {
@@ -46,7 +44,7 @@ void ChatSessionTests::theStoreHasOneTableWithTheThreeAttributes() {
     QCOMPARE(type.name, u"ChatSession"_s);
     QCOMPARE(type.attributes, (QStringList{u"updatedAt"_s, u"roles"_s, u"contents"_s}));
     const QTemporaryDir folder;
-    const auto container = conversationStore(folder.filePath(u"conversation.sqlite"_s));
+    const auto container = conversationStore(folder.path());
     Database database = container.openForWriting();
     Statement tables(database, "SELECT group_concat(sql) FROM sqlite_schema");
     QVERIFY(tables.step());
@@ -83,7 +81,7 @@ void ChatSessionTests::messagesComeBackWithFreshIdentities() {
 
 void ChatSessionTests::textsComeBackExactly() {
     const QTemporaryDir folder;
-    const auto container = conversationStore(folder.filePath(u"conversation.sqlite"_s));
+    const auto container = conversationStore(folder.path());
     const QStringList texts{
         {},
         u"\r\n\u2028\u0085"_s,
@@ -182,18 +180,6 @@ void ChatSessionTests::changesAreObservable() {
     session.roles = QStringList{u"user"_s};
     observer->flush();
     QCOMPARE(runs, 2);
-}
-
-void ChatSessionTests::theFileLiesInTheFolderOfTheUsersData() {
-    const bool wasSet = qEnvironmentVariableIsSet("XDG_DATA_HOME");
-    const QByteArray previous = qgetenv("XDG_DATA_HOME");
-    qputenv("XDG_DATA_HOME", "/somewhere");
-    QCOMPARE(conversationFile(), u"/somewhere/tellwick/conversation.sqlite"_s);
-    qunsetenv("XDG_DATA_HOME");
-    QCOMPARE(conversationFile(),
-             QDir::homePath() + u"/.local/share/tellwick/conversation.sqlite"_s);
-    if (wasSet)
-        qputenv("XDG_DATA_HOME", previous);
 }
 
 TELLWICK_TEST(ChatSessionTests, EventLoop)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the controller's operations do at once; what a turn does later is in ChatTurnTests.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
 using namespace platform;
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void aDraftOfNothingButWhiteSpaceIsNotSentAndStays();
     void sendReturnsAtOnceWithTheMessagesInPlace();
     void aSecondSendWhileATurnRunsDoesNothing();
+    void nothingIsReportedWhileATurnRuns();
     void anUnavailableModelIsReportedAndTheDraftStays_data();
     void anUnavailableModelIsReportedAndTheDraftStays();
     void availabilityIsAskedAfreshAtEverySend();
@@ -57,7 +59,7 @@ void ChatViewModelTests::aNewControllerIsIdleAndEmpty() {
     QVERIFY(!controller().isGenerating.value());
     QVERIFY(!controller().availabilityError.value());
     QVERIFY(!controller().activeMode.value());
-    QCOMPARE(controller().modelManager->selectedID.value(), u"apple-intelligence"_s);
+    QCOMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
 }
 
 void ChatViewModelTests::theDraftIsTrimmedOfWhiteSpaceAtBothEnds_data() {
@@ -130,6 +132,19 @@ void ChatViewModelTests::aSecondSendWhileATurnRunsDoesNothing() {
     QCOMPARE(conversation().model.turns.size(), std::size_t(1));
 }
 
+void ChatViewModelTests::nothingIsReportedWhileATurnRuns() {
+    conversation().ask(u"one"_s);
+    conversation().model.state = Availability::unavailable(Reason::modelNotReady);
+    const int asked = conversation().model.timesAsked;
+    for (const QString& selected : {u"apple-intelligence"_s, u"ollama-gone"_s}) {
+        controller().modelManager.selectedID = selected;
+        conversation().send(u"two"_s);
+        QVERIFY(!controller().availabilityError.value());
+        QCOMPARE(controller().draft.value(), u"two"_s);
+    }
+    QCOMPARE(conversation().model.timesAsked, asked); // nor is anything asked
+}
+
 void ChatViewModelTests::anUnavailableModelIsReportedAndTheDraftStays_data() {
     QTest::addColumn<int>("reason");
     QTest::addColumn<QString>("text");
@@ -168,7 +183,7 @@ void ChatViewModelTests::anAcceptedSendLeavesTheEarlierErrorStanding() {
 }
 
 void ChatViewModelTests::withoutASelectedModelTheUserIsToldSo() {
-    controller().modelManager->selectedID = u"ollama-gone"_s;
+    controller().modelManager.selectedID = u"ollama-gone"_s;
     QVERIFY(!conversation().send(u"Hello"_s));
     QCOMPARE(controller().availabilityError.value(), std::optional(u"No model selected."_s));
     QCOMPARE(controller().draft.value(), u"Hello"_s);
@@ -264,34 +279,31 @@ void ChatViewModelTests::newChatStartsANewSession() {
 }
 
 void ChatViewModelTests::whatNotifiesAndWhatDoesNot() {
-    int messages = 0;
-    int drafts = 0;
-    int generating = 0;
-    int errors = 0;
-    int modes = 0;
-    const auto m = controller().messages.addNotifier([&] { ++messages; });
-    const auto d = controller().draft.addNotifier([&] { ++drafts; });
-    const auto g = controller().isGenerating.addNotifier([&] { ++generating; });
-    const auto e = controller().availabilityError.addNotifier([&] { ++errors; });
-    const auto a = controller().activeMode.addNotifier([&] { ++modes; });
+    ChatViewModel& vm = controller();
+    const Notifications messages(vm.messages);
+    const Notifications drafts(vm.draft);
+    const Notifications generating(vm.isGenerating);
+    const Notifications errors(vm.availabilityError);
+    const Notifications modes(vm.activeMode);
+    const auto counts = [&] {
+        return QList<int>{messages.count(), drafts.count(), generating.count(), errors.count(),
+                          modes.count()};
+    };
 
-    controller().messages = QList<ChatMessage>();
-    controller().draft = QString();
-    controller().isGenerating = false;
-    controller().availabilityError = std::nullopt;
-    controller().activeMode = std::nullopt;
-    QCOMPARE(messages, 1);
-    QCOMPARE(drafts, 0);
-    QCOMPARE(generating, 0);
-    QCOMPARE(errors, 0);
-    QCOMPARE(modes, 1);
+    vm.messages = QList<ChatMessage>();
+    vm.draft = QString();
+    vm.isGenerating = false;
+    vm.availabilityError = std::nullopt;
+    vm.activeMode = std::nullopt;
+    QCOMPARE(counts(), (QList<int>{1, 0, 0, 0, 1}));
+    vm.clearMode(); // there is none
+    QCOMPARE(counts(), (QList<int>{1, 0, 0, 0, 2}));
+    vm.newChat(); // the conversation is empty
+    QCOMPARE(counts(), (QList<int>{2, 0, 0, 0, 3}));
 
+    // The two messages and the one element; a draft typed and cleared; the turn begun and ended.
     QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
-    QCOMPARE(messages, 1 + 2 + 1); // the two messages, the one element
-    QCOMPARE(drafts, 2);           // typed, cleared
-    QCOMPARE(generating, 2);
-    QCOMPARE(errors, 0);
-    QCOMPARE(modes, 1);
+    QCOMPARE(counts(), (QList<int>{2 + 2 + 1, 2, 2, 0, 3}));
 }
 
 TELLWICK_TEST(ChatViewModelTests, EventLoop)

@@ -30,46 +30,48 @@ public:
 
     /// Makes the controller, as the start of the program does.
     tellwick::ChatViewModel& start() {
-        m_container.emplace(tellwick::conversationStore(file()));
+        m_container.emplace(tellwick::conversationStore(folder()));
         m_context.emplace(*m_container, autosaveDelay);
         m_producers.emplace(executor);
-        m_scope.emplace(executor);
-        controller = makeController(*m_context);
+        m_controller = makeController(*m_context);
+        controller = m_controller.get();
         return *controller;
     }
 
-    /// Makes one more controller over a context.
-    std::shared_ptr<tellwick::ChatViewModel> makeController(platform::ModelContext& context) {
-        return tellwick::ChatViewModel::create(
-            context,
-            [this] {
-                return tellwick::ModelManager::create(
-                    std::make_shared<tellwick::AppleIntelligenceBackend>(model, *m_producers),
-                    server.connect(), *m_scope);
-            },
-            model, *m_scope);
+    /// The same for a window, which owns its controller and ends before quit().
+    std::unique_ptr<tellwick::ChatViewModel> startForWindow() {
+        start();
+        return std::move(m_controller);
     }
+
+    /// Makes one more controller over a context.
+    std::unique_ptr<tellwick::ChatViewModel> makeController(platform::ModelContext& context) {
+        return std::make_unique<tellwick::ChatViewModel>(context, models(), executor);
+    }
+
+    /// The scripted models.
+    tellwick::ModelManager::Sources models() { return server.sources(model, *m_producers); }
 
     /// Lets the server list these models, refreshes, and selects the one of that name.
     bool select(const QStringList& listed, const QString& name) {
         server.listed = listed;
-        controller->modelManager->startRefresh();
+        controller->modelManager.startRefresh();
         const auto find = [&] {
-            for (const auto& backend : controller->modelManager->ollamaBackends.value())
+            for (const auto& backend : controller->modelManager.ollamaBackends.value())
                 if (backend->info().name() == name)
                     return backend;
             return tellwick::ModelManager::Backend();
         };
         if (!QTest::qWaitFor([&] { return find() != nullptr; }, 5000))
             return false;
-        controller->modelManager->select(find());
+        controller->modelManager.select(find());
         return true;
     }
 
     /// Takes everything down in the order of the program's end, also in the middle of a turn.
     void quit() {
-        m_scope.reset();
-        controller.reset();
+        controller = nullptr;
+        m_controller.reset();
         m_producers.reset();
         m_context.reset();
         m_container.reset();
@@ -101,6 +103,13 @@ public:
     /// Waits for the end of the running turn.
     bool settle() {
         return QTest::qWaitFor([this] { return !controller->isGenerating.value(); }, 20000);
+    }
+
+    /// Lets everything run that has been posted to the main thread by now.
+    bool drain() {
+        bool isDrained = false;
+        executor.post([&] { isDrained = true; });
+        return QTest::qWaitFor([&] { return isDrained; }, 5000);
     }
 
     /// Waits until the reply reads so.
@@ -135,7 +144,7 @@ public:
 
     /// The records in the store, the newest first, as a program started now would find them.
     QList<StoredSession> stored() const {
-        const auto container = tellwick::conversationStore(file());
+        const auto container = tellwick::conversationStore(folder());
         platform::ModelContext context(container);
         QList<StoredSession> sessions;
         for (const auto& session : context.fetch(tellwick::ChatSession::newestFirst()))
@@ -147,7 +156,7 @@ public:
     /// Puts a record into the store before the start.
     void store(const QStringList& roles, const QStringList& contents,
                platform::Instant updatedAt) const {
-        const auto container = tellwick::conversationStore(file());
+        const auto container = tellwick::conversationStore(folder());
         platform::ModelContext context(container);
         const auto session = std::make_shared<tellwick::ChatSession>();
         session->roles = roles;
@@ -157,25 +166,22 @@ public:
         context.save();
     }
 
-    QString file() const {
-        return m_folder.filePath(QStringLiteral("tellwick/conversation.sqlite"));
-    }
-    QString folder() const { return m_folder.path(); }
+    QString file() const { return folder() + QStringLiteral("/conversation.sqlite"); }
+    QString folder() const { return m_folder.filePath(QStringLiteral("tellwick")); }
     platform::ModelContext& context() { return *m_context; }
-    platform::TaskScope& scope() { return *m_scope; }
 
     platform::MainExecutor executor;
     ScriptedModel model;
     ScriptedModelServer server;
     std::chrono::milliseconds autosaveDelay = std::chrono::hours(1);
-    std::shared_ptr<tellwick::ChatViewModel> controller;
+    tellwick::ChatViewModel* controller = nullptr;
 
 private:
     QTemporaryDir m_folder;
     std::optional<platform::ModelContainer> m_container;
     std::optional<platform::ModelContext> m_context;
     std::optional<platform::TaskScope> m_producers;
-    std::optional<platform::TaskScope> m_scope;
+    std::unique_ptr<tellwick::ChatViewModel> m_controller;
 };
 
 } // namespace tests

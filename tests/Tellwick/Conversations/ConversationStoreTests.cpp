@@ -207,7 +207,7 @@ void ConversationStoreTests::aSaveThatFailsIsIgnoredAndCaughtUpWith() {
     QVERIFY(conversation().talk(u"one"_s, u"1"_s));
     {
         Database other =
-            conversationStore(conversation().file()).openForWriting(); // holds the lock
+            conversationStore(conversation().folder()).openForWriting(); // holds the lock
         QVERIFY(conversation().talk(u"two"_s, u"2"_s));
         QVERIFY(!controller().availabilityError.value());
         QCOMPARE(conversation().contents().size(), 4);
@@ -219,7 +219,7 @@ void ConversationStoreTests::aSaveThatFailsIsIgnoredAndCaughtUpWith() {
 }
 
 void ConversationStoreTests::aStoreThatNeverCanBeWrittenDisturbsNothing() {
-    QFile inTheWay(conversation().folder() + u"/tellwick"_s);
+    QFile inTheWay(conversation().folder());
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     conversation().start();
     QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
@@ -231,7 +231,7 @@ void ConversationStoreTests::aStoreThatNeverCanBeWrittenDisturbsNothing() {
 
 void ConversationStoreTests::twoControllersOverOneStoreLoseNothing() {
     conversation().start();
-    const auto container = conversationStore(conversation().file());
+    const auto container = conversationStore(conversation().folder());
     ModelContext otherContext(container);
     const auto other = conversation().makeController(otherContext);
     QVERIFY(conversation().talk(u"ours"_s, u"1"_s));
@@ -254,7 +254,7 @@ void ConversationStoreTests::startingFromALongConversationIsQuick() {
         contents << QString(100, u'q') << QString(900, u'a');
     }
     conversation().store(roles, contents, atHour(1));
-    const auto container = conversationStore(conversation().file());
+    const auto container = conversationStore(conversation().folder());
     QBENCHMARK {
         ModelContext context(container);
         QCOMPARE(context.fetch(ChatSession::newestFirst()).first()->messages().size(), 2000);

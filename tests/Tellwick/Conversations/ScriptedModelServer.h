@@ -27,8 +27,11 @@ public:
         }
     };
 
-    tellwick::ModelManager::Server connect() {
-        return {[this] { return holdsListings ? heldListing() : list(listed); },
+    /// The catalogue's sources: this server, and a model of the platform.
+    tellwick::ModelManager::Sources sources(platform::SystemLanguageModel& systemModel,
+                                            platform::TaskScope& producers) {
+        return {systemModel, producers,
+                [this] { return holdsListings ? heldListing() : list(listed); },
                 [this](const tellwick::OllamaModelEntry& entry) {
                     return std::make_shared<Backend>(*this, entry);
                 }};
@@ -51,10 +54,11 @@ public:
     /// What the next request throws in place of a stream.
     std::exception_ptr refusal;
 
-    /// Answers the oldest listing that waits.
-    void answerListing(const QStringList& names) {
-        listings.front().yield(names);
-        listings.pop_front();
+    /// Answers a listing that waits, the oldest unless told.
+    void answerListing(const QStringList& names, std::ptrdiff_t which = 0) {
+        const auto listing = listings.begin() + which;
+        listing->yield(names);
+        listings.erase(listing);
     }
 
 private:

@@ -2,10 +2,12 @@
 // Turns with the models of a local server: what they are handed, how they fail, and what a change
 // of the selection does to them.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
 #include <QProcess>
 
+#include <map>
 #include <thread>
 
 using namespace platform;
@@ -32,6 +34,7 @@ private Q_SLOTS:
     void aCancellationErrorLeavesThePartialReplyAndResetsNothing();
     void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn_data();
     void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn();
+    void aFailureWhoseReplyHasGoneResetsItsBackendAllTheSame();
     void anErrorInPlaceOfAStreamIsShownToo();
     void aCancellationInPlaceOfAStreamLeavesTheReplyEmpty();
     void aModeResetsTheSelectedBackendOnlyWhenItMayBeSet();
@@ -79,7 +82,7 @@ void ServerTurnTests::aRestoredConversationIsTheHistory() {
     QVERIFY(talk(u"one"_s, u"1"_s));
     conversation().quit();
     conversation().start();
-    QCOMPARE(controller().modelManager->selectedID.value(), u"apple-intelligence"_s);
+    QCOMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
     QVERIFY(conversation().select({u"tiny"_s}, u"tiny"_s));
     QCOMPARE(conversation().askServer(u"two"_s).history.size(), 2);
 }
@@ -137,6 +140,15 @@ void ServerTurnTests::everyOtherErrorIsShownAndResetsTheBackendOfTheTurn() {
     QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
 }
 
+void ServerTurnTests::aFailureWhoseReplyHasGoneResetsItsBackendAllTheSame() {
+    const auto& request = conversation().askServer(u"one"_s);
+    controller().messages = QList<ChatMessage>();
+    request.fail(ScriptedError());
+    QVERIFY(conversation().settle());
+    QVERIFY(controller().messages.value().isEmpty());
+    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
+}
+
 void ServerTurnTests::anErrorInPlaceOfAStreamIsShownToo() {
     conversation().server.refusal = std::make_exception_ptr(ScriptedError());
     QVERIFY(conversation().send(u"one"_s));
@@ -180,8 +192,8 @@ void ServerTurnTests::aRefreshThatRemovesTheSelectedModelLeavesTheTurnAlone() {
     request.say(u"1");
     QVERIFY(conversation().waitForReply(u"1"_s));
     conversation().server.listed = {u"large"_s};
-    controller().modelManager->startRefresh();
-    QTRY_COMPARE(controller().modelManager->selectedID.value(), u"apple-intelligence"_s);
+    controller().modelManager.startRefresh();
+    QTRY_COMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
     request.say(u"1 and more");
     QVERIFY(conversation().waitForReply(u"1 and more"_s));
     request.fail(ScriptedError());
@@ -192,11 +204,11 @@ void ServerTurnTests::aRefreshThatRemovesTheSelectedModelLeavesTheTurnAlone() {
 }
 
 void ServerTurnTests::aRefreshThatKeepsTheNameLeavesTheTurnWithItsOwnBackend() {
-    const std::weak_ptr<ModelBackend> old = controller().modelManager->selected();
+    const std::weak_ptr<ModelBackend> old = controller().modelManager.selected();
     const auto& request = conversation().askServer(u"one"_s);
-    controller().modelManager->startRefresh();
-    QTRY_VERIFY(controller().modelManager->selected() != old.lock());
-    QCOMPARE(controller().modelManager->selectedID.value(), u"ollama-tiny"_s);
+    controller().modelManager.startRefresh();
+    QTRY_VERIFY(controller().modelManager.selected() != old.lock());
+    QCOMPARE(controller().modelManager.selectedID.value(), u"ollama-tiny"_s);
     QVERIFY(!old.expired());
     request.say(u"1");
     request.end();
@@ -277,7 +289,7 @@ void ServerTurnTests::aFloodOfElementsCanBeStopped() {
             sizeAtClick = controller().messages.value().last().content.size();
             controller().stop();
         });
-    const auto notifier = controller().messages.addNotifier([&] {
+    const Notifications notifications(controller().messages, [&] {
         if (!click.isActive() && sizeAtClick == 0)
             click.start(0);
     });
@@ -310,51 +322,93 @@ void ServerTurnTests::theEventLoopTurnsWhileElementsFlood() {
     QCOMPARE(controller().messages.value().last().content.size(), builder.text().size());
 }
 
-void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram_data() {
-    QTest::addColumn<QString>("operation");
-    for (const char* operation : {"send", "stop", "newChat", "setMode", "clearMode"})
-        QTest::newRow(operation) << QString::fromLatin1(operation);
-}
-
-void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram() {
-    QFETCH(QString, operation);
-    QProcess child;
-    child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(QCoreApplication::applicationFilePath(),
-                {u"ServerTurnTests"_s, u"--off-main-thread"_s, operation});
-    QVERIFY(child.waitForFinished(20'000));
-    const QByteArray said = child.readAll();
-    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
-    QVERIFY2(said.contains("ChatViewModel::" + operation.toUtf8()), said.constData());
-}
-
 namespace {
 
-/// What the child process of the last test does: it must not come back from the call.
-int callOffTheMainThread(const QString& operation) {
-    Conversation conversation;
-    ChatViewModel& controller = conversation.start();
-    std::thread([&] {
-        if (operation == u"send")
-            controller.send();
-        else if (operation == u"stop")
-            controller.stop();
-        else if (operation == u"newChat")
-            controller.newChat();
-        else if (operation == u"setMode")
-            controller.setMode(AppConfig::writingModes().first());
-        else
-            controller.clearMode();
-    }).join();
-    return 0;
+/// Runs what is posted to it at once, on a thread of its own; drops it while it is closed.
+class OtherThread final : public Executor {
+public:
+    void post(std::function<void()> work) override {
+        if (isOpen)
+            std::thread(std::move(work)).join();
+    }
+    bool isCurrent() const override { return false; }
+
+    bool isOpen = false;
+};
+
+using Operation = void (*)(Conversation&);
+
+template <auto operation>
+void onAnotherThread(Conversation& conversation) {
+    std::thread([&] { operation(*conversation.controller); }).join();
+}
+
+/// Operations that must not come back, by the name that each says when it stops the program.
+const std::map<QByteArray, Operation>& operations() {
+    static const std::map<QByteArray, Operation> operations{
+        {"ChatViewModel::send", onAnotherThread<[](ChatViewModel& vm) { vm.send(); }>},
+        {"ChatViewModel::stop", onAnotherThread<[](ChatViewModel& vm) { vm.stop(); }>},
+        {"ChatViewModel::newChat", onAnotherThread<[](ChatViewModel& vm) { vm.newChat(); }>},
+        {"ChatViewModel::setMode",
+         onAnotherThread<[](ChatViewModel& vm) { vm.setMode(AppConfig::writingModes().first()); }>},
+        {"ChatViewModel::clearMode", onAnotherThread<[](ChatViewModel& vm) { vm.clearMode(); }>},
+        {"ModelManager::select", onAnotherThread<[](ChatViewModel& vm) {
+             vm.modelManager.select(vm.modelManager.aiBackend);
+         }>},
+        {"ChatViewModel::loadSession",
+         [](Conversation& conversation) {
+             std::thread([&] { conversation.makeController(conversation.context()); }).join();
+         }},
+        {"ChatViewModel::saveSession",
+         [](Conversation& conversation) {
+             OtherThread elsewhere;
+             ChatViewModel vm(conversation.context(), conversation.models(), elsewhere);
+             const auto backend = conversation.models().makeBackend({u"tiny"_s, 1});
+             vm.modelManager.ollamaBackends = {backend};
+             vm.modelManager.select(backend);
+             vm.draft = u"one"_s;
+             conversation.server.refusal = std::make_exception_ptr(ScriptedError());
+             elsewhere.isOpen = true;
+             vm.send(); // the turn fails at once, and its end is stored
+         }},
+        {"ModelManager::refresh",
+         [](Conversation& conversation) {
+             OtherThread elsewhere;
+             elsewhere.isOpen = true;
+             const ModelManager manager(conversation.models(), elsewhere);
+         }},
+    };
+    return operations;
 }
 
 } // namespace
 
+void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram_data() {
+    QTest::addColumn<QByteArray>("operation");
+    for (const auto& [name, operation] : operations())
+        QTest::newRow(name.constData()) << name;
+}
+
+void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram() {
+    QFETCH(QByteArray, operation);
+    QProcess child;
+    child.setProcessChannelMode(QProcess::MergedChannels);
+    child.start(QCoreApplication::applicationFilePath(),
+                {u"ServerTurnTests"_s, u"--off-main-thread"_s, QString::fromLatin1(operation)});
+    QVERIFY(child.waitForFinished(20'000));
+    const QByteArray said = child.readAll();
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    QVERIFY2(said.contains(operation + " was called off the main thread"), said.constData());
+}
+
 static int run(int argc, char** argv) {
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments.at(1) == u"--off-main-thread")
-        return callOffTheMainThread(arguments.at(2));
+    if (arguments.size() == 3 && arguments.at(1) == u"--off-main-thread") {
+        Conversation conversation;
+        conversation.start();
+        operations().at(arguments.at(2).toLatin1())(conversation);
+        return 0;
+    }
     ServerTurnTests tests;
     return QTest::qExec(&tests, argc, argv);
 }

@@ -306,7 +306,7 @@ void ChatOverlayTests::aModelIsChosenInThePopoverWhichStaysOpen() {
     QTRY_VERIFY(screen().shows(u"llama"_s, QAccessible::ListItem));
     QVERIFY(screen().click(u"llama"_s, QAccessible::ListItem));
     QVERIFY(shown<Popover>());
-    QCOMPARE(m->vm().modelManager->selectedID.value(), u"ollama-llama"_s);
+    QCOMPARE(m->vm().modelManager.selectedID.value(), u"ollama-llama"_s);
     screen().key(Qt::Key_Escape);
     QVERIFY(isClosed());
     screen().type("Hi");

@@ -138,7 +138,7 @@ void ChatViewTests::theSubtitleFollowsTheSelectedModel() {
     QTRY_COMPARE(screen().texts().value(1), AppConfig::modelLabel());
     // The label of the empty state is fixed.
     QCOMPARE(screen().texts().last(), AppConfig::modelLabel());
-    m->vm().modelManager->select(m->vm().modelManager->aiBackend);
+    m->vm().modelManager.select(m->vm().modelManager.aiBackend);
     QTRY_COMPARE(screen().texts().value(1), u"On-device · Private"_s);
 }
 

@@ -25,8 +25,7 @@ public:
                             tellwick::TellwickApp::defaultHeight}) {
         view.emplace(desktop.services(), [this] {
             ++controllersMade;
-            conversation.start();
-            return conversation.controller;
+            return conversation.startForWindow();
         });
         view->resize(size);
         view->show();

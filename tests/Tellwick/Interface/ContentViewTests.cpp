@@ -27,24 +27,20 @@ private Q_SLOTS:
     void severalRecordsLeaveTheNewest();
     void aStoreThatCannotBeReadShowsAnEmptyChat();
     void theChatFillsTheWindow();
-    void theGroundFollowsTheTheme();
+    void theBackgroundFollowsTheTheme();
 };
 
 void ContentViewTests::theControllerIsMadeByTheFirstAppearance() {
     m->view.emplace(m->desktop.services(), [this] {
         ++m->controllersMade;
-        m->conversation.start();
-        return m->conversation.controller;
+        return m->conversation.startForWindow();
     });
     m->view->resize(640, 800);
     QCoreApplication::processEvents();
-    QVERIFY(!m->view->vm());
     QVERIFY(!m->chat());
     QCOMPARE(m->controllersMade, 0);
     m->view->show();
     QCOMPARE(m->controllersMade, 1);
-    QVERIFY(m->view->vm());
-    QCOMPARE(m->view->vm(), m->conversation.controller);
     QVERIFY(m->chat()->isVisible());
 }
 
@@ -68,7 +64,6 @@ void ContentViewTests::aSecondAppearanceKeepsTheController() {
     QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
     QVERIFY(m->conversation.select({u"llama"_s}, u"llama"_s));
     m->screen().type("draft");
-    const auto controller = m->view->vm();
     auto* chat = m->chat();
     for (int i = 0; i < 3; ++i) {
         m->view->hide();
@@ -77,11 +72,10 @@ void ContentViewTests::aSecondAppearanceKeepsTheController() {
         QVERIFY(QTest::qWaitForWindowActive(&*m->view));
         m->flush();
         QCOMPARE(m->controllersMade, 1);
-        QCOMPARE(m->view->vm(), controller);
         QCOMPARE(m->chat(), chat);
         QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
         QCOMPARE(m->field()->text(), u"draft"_s);
-        QCOMPARE(m->vm().modelManager->selectedID.value(), u"ollama-llama"_s);
+        QCOMPARE(m->vm().modelManager.selectedID.value(), u"ollama-llama"_s);
     }
     m->screen().type("s"); // the keyboard is where it was
     QCOMPARE(m->vm().draft.value(), u"drafts"_s);
@@ -115,7 +109,7 @@ void ContentViewTests::aRestartShowsTheConversationAndSelectsTheOnDeviceModel() 
 
     QVERIFY(m->open());
     QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello you"_s}));
-    QCOMPARE(m->vm().modelManager->selectedID.value(), u"apple-intelligence"_s);
+    QCOMPARE(m->vm().modelManager.selectedID.value(), u"apple-intelligence"_s);
     QVERIFY(m->screen().shows(u"On-device · Private"_s));
     QVERIFY(!m->vm().activeMode.value());
     QCOMPARE(m->field()->text(), QString());
@@ -175,16 +169,16 @@ void ContentViewTests::theChatFillsTheWindow() {
     QVERIFY(m->view->rect().contains(m->placeOf(m->sendButton())));
 }
 
-void ContentViewTests::theGroundFollowsTheTheme() {
+void ContentViewTests::theBackgroundFollowsTheTheme() {
     QVERIFY(m->open());
-    const auto ground = [this] { return m->view->grab().toImage().pixelColor(320, 600); };
+    const auto background = [this] { return m->view->grab().toImage().pixelColor(320, 600); };
     const QColor light = m->desktop.theme.color(platform::ColorRole::Window);
-    QCOMPARE(ground(), light);
+    QCOMPARE(background(), light);
     m->desktop.theme.setDark(true);
     m->flush();
     const QColor dark = m->desktop.theme.color(platform::ColorRole::Window);
     QVERIFY(dark != light);
-    QCOMPARE(ground(), dark);
+    QCOMPARE(background(), dark);
 }
 
 TELLWICK_TEST(ContentViewTests, Widgets)

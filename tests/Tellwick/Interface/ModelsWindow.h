@@ -59,7 +59,7 @@ struct ModelsWindow : TestWindow {
         fit();
     }
 
-    tellwick::ModelManager& manager() const { return *conversation.controller->modelManager; }
+    tellwick::ModelManager& manager() const { return conversation.controller->modelManager; }
     std::size_t listingsAsked() const { return conversation.server.listings.size(); }
 
     tellwick::ModelRow* row(const QString& name) const {

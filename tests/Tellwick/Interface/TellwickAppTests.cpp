@@ -3,6 +3,7 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Store/ModelContext.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
+#include "Tellwick/Interface/ChatView.h"
 #include "Tellwick/Interface/ContentView.h"
 #include "Tellwick/Interface/TellwickApp.h"
 #include "tests/Tellwick/Interface/ScreenReader.h"
@@ -86,8 +87,8 @@ void TellwickAppTests::theFirstStartOpensAWindowOf640By800OverOneEmptyRecord() {
     QCOMPARE(window()->size(), QSize(640, 800));
     QCOMPARE(window()->windowTitle(), u"Tellwick"_s);
     QVERIFY(tests::ScreenReader(window()).shows(tellwick::AppConfig::tagline()));
-    QCOMPARE(window()->vm()->modelManager->selectedID.value(), u"apple-intelligence"_s);
-    const auto container = tellwick::conversationStore(file());
+    QVERIFY(tests::ScreenReader(window()).shows(u"On-device · Private"_s));
+    const auto container = tellwick::conversationStore(m_folder->filePath(u"data/tellwick"_s));
     platform::ModelContext context(container);
     const auto sessions = context.fetch(tellwick::ChatSession::newestFirst());
     QCOMPARE(sessions.size(), 1);
@@ -98,7 +99,7 @@ void TellwickAppTests::theFirstStartOpensAWindowOf640By800OverOneEmptyRecord() {
 
 void TellwickAppTests::aStartShowsTheStoredConversation() {
     {
-        const auto container = tellwick::conversationStore(file());
+        const auto container = tellwick::conversationStore(m_folder->filePath(u"data/tellwick"_s));
         platform::ModelContext context(container);
         const auto session = std::make_shared<tellwick::ChatSession>();
         session->roles = QStringList{u"user"_s, u"assistant"_s};
@@ -118,12 +119,12 @@ void TellwickAppTests::aStartShowsTheStoredConversation() {
 void TellwickAppTests::aSecondRequestToOpenKeepsTheWindow() {
     QVERIFY(start());
     auto* first = window();
-    const auto controller = first->vm();
+    const auto* chat = first->findChild<tellwick::ChatView*>();
     first->resize(700, 600);
     m_app->openWindow("token");
     QCoreApplication::processEvents();
     QCOMPARE(window(), first);
-    QCOMPARE(first->vm(), controller);
+    QCOMPARE(first->findChild<tellwick::ChatView*>(), chat);
     QCOMPARE(first->size(), QSize(700, 600));
 }
 
