@@ -206,7 +206,8 @@ void AboutViewTests::theLinkOpensTheWebSite() {
     const QUrl site(AppConfig::website());
     auto* link = f.screen().widget<platform::TextButton>(site.host(), QAccessible::Link);
     QVERIFY(link);
-    QCOMPARE(f.place(link).left() + f.place(link).right(), 399);
+    // In the middle, whether its width is even or odd.
+    QVERIFY(std::abs(f.place(link).left() + f.place(link).right() - 399) <= 1);
     QVERIFY(f.place(link).bottom() < f.place(f.label(AppConfig::copyright())).top());
     QVERIFY(f.screen().click(site.host()));
     QCOMPARE(f.desktop.opened, QList<QUrl>{site});

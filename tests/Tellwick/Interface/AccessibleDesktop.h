@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/Platform/Desktop/Linux/PrivateBus.h"
-
 #include <QDBusConnection>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -10,22 +8,21 @@
 #include <memory>
 #include <optional>
 
-/// A desktop for one test program: a display in memory with a window manager, a session bus, and
-/// the accessibility bus with its registry, as a screen reader finds them. Nothing of the user's is
-/// touched.
+/// The desktop that scripts/with-display --managed gave, with an accessibility bus and its registry
+/// as a screen reader finds them. Nothing of the user's is touched.
 class AccessibleDesktop {
 public:
-    AccessibleDesktop();
     ~AccessibleDesktop();
 
-    /// Starts everything; the error tells what cannot be had here.
+    /// Starts the bus; the error tells what cannot be had here.
     bool start();
     const QString& errorString() const { return m_error; }
 
     /// The accessibility bus.
     QDBusConnection& bus() { return *m_bus; }
 
-    /// Starts a program on the desktop, with a home folder of its own.
+    /// Starts a program on the desktop, with a home folder of its own. One that still runs is
+    /// ended.
     bool startProgram(const QString& path);
     /// Ends the program and waits for it; whether it ended by itself and without a fault.
     bool endProgram();
@@ -35,14 +32,8 @@ public:
 
 private:
     bool fail(const QString& error);
-    bool startDisplay();
-    bool startAccessibilityBus();
 
     QTemporaryDir m_folder;
-    QProcessEnvironment m_environment;
-    QProcess m_display;
-    QProcess m_windowManager;
-    std::unique_ptr<PrivateBus> m_sessionBus;
     QProcess m_launcher;
     std::optional<QDBusConnection> m_bus;
     std::unique_ptr<QTemporaryDir> m_home;

@@ -1,27 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/Platform/Desktop/Linux/PrivateBus.h"
 
-#include <QFile>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr auto configuration = R"(<!DOCTYPE busconfig PUBLIC
- "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir=%1</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
 
 QString daemonProgram() {
     return QStandardPaths::findExecutable(u"dbus-daemon"_s);
@@ -34,14 +18,9 @@ bool PrivateBus::isPossible() {
 }
 
 PrivateBus::PrivateBus() {
-    const QString path = m_folder.filePath(u"bus.conf"_s);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    file.write(QString::fromLatin1(configuration).arg(m_folder.path()).toUtf8());
-    file.close();
-    m_daemon.start(daemonProgram(),
-                   {u"--config-file="_s + path, u"--nofork"_s, u"--print-address"_s});
+    m_daemon.start(daemonProgram(), {u"--config-file=" SCRIPTS_FOLDER "/session-bus.conf"_s,
+                                     u"--address=unix:dir="_s + m_folder.path(), u"--nofork"_s,
+                                     u"--print-address"_s});
     while (!m_daemon.canReadLine() && m_daemon.waitForReadyRead(5000)) {
     }
     if (m_daemon.canReadLine())
