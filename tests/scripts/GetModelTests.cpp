@@ -20,6 +20,8 @@
 using namespace tests;
 using namespace Qt::StringLiterals;
 
+Q_DECLARE_METATYPE(Script)
+
 /// scripts/get-model against a server on this machine.
 class GetModelTests final : public QObject {
     Q_OBJECT
@@ -36,20 +38,14 @@ private Q_SLOTS:
     void aTransferThatWasGivenUpGoesOnWithTheNextRun();
     void aServerThatCannotGoOnInTheMiddleSendsAllOfItAgain();
     void aRedirectIsFollowed();
-    void aWrongChecksumLeavesNothing();
-    void aFileThatIsTooShortLeavesNothingUnderTheName();
-    void aFileThatIsTooLongIsRefused();
-    void aMissingFileIsToldInOneSentence();
-    void aFullDiskIsTold();
-    void withoutRoomNothingIsFetched();
+    void whatFailsLeavesNoModelAndIsToldInOneLine_data();
+    void whatFailsLeavesNoModelAndIsToldInOneLine();
     void withoutANetworkOneLineSaysSoWithinTenSeconds_data();
     void withoutANetworkOneLineSaysSoWithinTenSeconds();
     void ctrlCStopsAndTheNextRunGoesOn();
     void twoAtOnceDoNotMix();
     void aModelThatIsThereIsLeftAlone_data();
     void aModelThatIsThereIsLeftAlone();
-    void anotherMachinesAddressIsRefused_data();
-    void anotherMachinesAddressIsRefused();
 
 private:
     struct Outcome {
@@ -254,62 +250,44 @@ void GetModelTests::aRedirectIsFollowed() {
     QCOMPARE(m_server->request(2).target, QByteArray("/elsewhere"));
 }
 
-void GetModelTests::aWrongChecksumLeavesNothing() {
-    m_environment.insert(u"TELLWICK_TEST_MODEL_CHECKSUM"_s, QString(64, u'a'));
-    m_server->enqueue(announce());
-    m_server->enqueue(part(0, m_weights.size()));
-    const Outcome outcome = run();
-    QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.lines().constLast().contains(u"wrong checksum"), qPrintable(outcome.said));
-    QCOMPARE(model(), QByteArray("no file"));
-    QCOMPARE(leftovers(), QStringList());
-}
-
-void GetModelTests::aFileThatIsTooShortLeavesNothingUnderTheName() {
-    m_server->enqueue(announce());
-    m_server->setFallback(Script::reply(200, m_weights.left(1'000)));
-    const Outcome outcome = run();
-    QCOMPARE(outcome.status, 1);
-    QCOMPARE(model(), QByteArray("no file"));
-}
-
-void GetModelTests::aFileThatIsTooLongIsRefused() {
-    m_server->enqueue(announce());
-    m_server->enqueue(Script::reply(200, m_weights + "more"));
-    const Outcome outcome = run();
-    QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.said.contains(u"another file under that name"), qPrintable(outcome.said));
-    QCOMPARE(model(), QByteArray("no file"));
-}
-
-void GetModelTests::aMissingFileIsToldInOneSentence() {
-    m_server->setFallback(Script::reply(404, "{}"));
-    const Outcome outcome = run();
-    QCOMPARE(outcome.status, 1);
-    QCOMPARE(outcome.lines().constLast(), u"The on-device model could not be fetched: its server "
-                                          u"does not have the file."_s);
-    QCOMPARE(model(), QByteArray("no file"));
-    QCOMPARE(leftovers(), QStringList());
-}
-
-void GetModelTests::aFullDiskIsTold() {
-    m_server->enqueue(announce());
-    m_server->setFallback(part(0, m_weights.size()));
+void GetModelTests::whatFailsLeavesNoModelAndIsToldInOneLine_data() {
+    QTest::addColumn<QString>("before"); // in the shell
+    QTest::addColumn<Script>("answer");
+    QTest::addColumn<int>("requests");
+    QTest::addColumn<int>("kept"); // parts to go on with
+    QTest::addColumn<QString>("told");
+    const Script whole = part(0, m_weights.size());
+    QTest::newRow("a wrong checksum") << u"export TELLWICK_TEST_MODEL_CHECKSUM=0a;"_s << whole << 2
+                                      << 0 << u"is not the on-device model (wrong checksum)"_s;
+    QTest::newRow("too short") << QString() << Script::reply(200, m_weights.left(1'000)) << 3 << 1
+                               << u"the transfer broke off"_s;
+    QTest::newRow("too long") << QString() << Script::reply(200, m_weights + "more") << 2 << 0
+                              << u"another file under that name"_s;
+    QTest::newRow("no such file")
+        << QString() << Script::reply(404, "{}") << 2 << 0
+        << u"The on-device model could not be fetched: its server does not have the file."_s;
+    QTest::newRow("no room") << u"export TELLWICK_TEST_MODEL_SIZE=4000000000000000;"_s << whole << 1
+                             << 0 << u"There is no room for it"_s;
     // The limit makes each write beyond it fail, as a full disk does.
-    const Outcome outcome = run({}, u"ulimit -f 100; trap '' XFSZ; "_s);
-    QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.lines().constLast().contains(u"the disk is full"), qPrintable(outcome.said));
-    QCOMPARE(model(), QByteArray("no file"));
+    QTest::newRow("a full disk") << u"ulimit -f 100; trap '' XFSZ;"_s << whole << 2 << 1
+                                 << u"the disk is full"_s;
+    for (const char* base : {"http://192.0.2.1:80", "http://127.0.0.1.example:80",
+                             "https://127.0.0.1:1", "http://127.0.0.1:1/path", "file:///etc"})
+        QTest::newRow(base) << u"export TELLWICK_TEST_MODEL_BASE=%1;"_s.arg(QLatin1StringView(base))
+                            << whole << 0 << 0 << u"is not a loopback address"_s;
 }
 
-void GetModelTests::withoutRoomNothingIsFetched() {
-    m_environment.insert(u"TELLWICK_TEST_MODEL_SIZE"_s, u"4000000000000000"_s);
-    m_server->setFallback(announce());
-    const Outcome outcome = run();
+void GetModelTests::whatFailsLeavesNoModelAndIsToldInOneLine() {
+    QFETCH(QString, before);
+    QFETCH(Script, answer);
+    QFETCH(QString, told);
+    m_server->setFallback(answer);
+    const Outcome outcome = run({}, before);
     QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.lines().constLast().startsWith(u"There is no room for it"),
-             qPrintable(outcome.said));
-    QCOMPARE(m_server->requestCount(), 1);
+    QVERIFY2(outcome.lines().constLast().contains(told), qPrintable(outcome.said));
+    QCOMPARE(model(), QByteArray("no file"));
+    QTEST(int(leftovers().size()), "kept");
+    QTEST(m_server->requestCount(), "requests");
 }
 
 void GetModelTests::withoutANetworkOneLineSaysSoWithinTenSeconds_data() {
@@ -419,21 +397,6 @@ void GetModelTests::aModelThatIsThereIsLeftAlone() {
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.said, QString());
     QCOMPARE(m_server->requestCount(), 0);
-}
-
-void GetModelTests::anotherMachinesAddressIsRefused_data() {
-    QTest::addColumn<QString>("base");
-    for (const char* base : {"http://192.0.2.1:80", "http://127.0.0.1.example:80",
-                             "https://127.0.0.1:1", "http://127.0.0.1:1/path", "file:///etc"})
-        QTest::newRow(base) << QString::fromLatin1(base);
-}
-
-void GetModelTests::anotherMachinesAddressIsRefused() {
-    QFETCH(QString, base);
-    m_environment.insert(u"TELLWICK_TEST_MODEL_BASE"_s, base);
-    const Outcome outcome = run();
-    QCOMPARE(outcome.status, 1);
-    QVERIFY(outcome.said.contains(u"is not a loopback address"));
 }
 
 TELLWICK_TEST(GetModelTests, EventLoop)
