@@ -2,10 +2,10 @@
 #include "Tellwick/Interface/AboutView.h"
 
 #include "Platform/Desktop/UrlOpener.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Controls/TextButton.h"
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QBoxLayout>
@@ -15,10 +15,10 @@
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ColorRole;
 using platform::IconView;
 using platform::Label;
-using platform::TextButton;
 using platform::TextStyle;
 using platform::Theme;
 
@@ -150,8 +150,7 @@ QWidget* AboutView::websiteLine(const Environment& environment, const QString& w
         text->setWeight(QFont::Medium);
         return text;
     }
-    auto* link = new TextButton(environment.theme, bareDomain(url), TextButton::Kind::Link);
-    link->setTextStyle(TextStyle::Footnote, QFont::Medium);
+    auto* link = new Button(environment.theme, Button::Look::Link, bareDomain(url));
     link->setAction([&opener = environment.urlOpener, url] { opener.open(url); });
     return link;
 }

@@ -3,16 +3,16 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Announcement.h"
-#include "Platform/Widgets/Controls/Chip.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Controls/PullDownButton.h"
 #include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/Popover.h"
+#include "Platform/Widgets/Overlays/PullDownButton.h"
 #include "Platform/Widgets/Overlays/Sheet.h"
 #include "Platform/Widgets/Scrolling/HorizontalStrip.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
@@ -32,8 +32,8 @@
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ColorRole;
-using platform::IconButton;
 using platform::Label;
 using platform::observe;
 using platform::TextStyle;
@@ -92,7 +92,8 @@ void ChatView::body() {
 
 void ChatView::newChatButton(platform::HeaderBar& placement) {
     auto* button =
-        new IconButton(m_environment.theme, u"New Chat"_s, u"square.and.pencil"_s, toolbarIconSize);
+        new Button(m_environment.theme, Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
+    button->setSymbolPoints(toolbarIconSize);
     button->setToolTip(u"New Chat (Ctrl+N)"_s);
     const auto newChat = [this] {
         m_vm->newChat();
@@ -113,9 +114,9 @@ bool ChatView::canStartNewChat() const {
 }
 
 void ChatView::menuButton(platform::HeaderBar& placement) {
-    m_menuButton =
-        new platform::PullDownButton(m_environment.theme, u"More"_s, u"ellipsis.circle"_s,
-                                     toolbarIconSize, m_environment.overlays);
+    m_menuButton = new platform::PullDownButton(m_environment.theme, u"More"_s,
+                                                u"ellipsis.circle"_s, m_environment.overlays);
+    m_menuButton->setSymbolPoints(toolbarIconSize);
     m_menuButton->setEntries([this]() -> std::vector<platform::MenuEntry> {
         return {{u"Models"_s, u"cpu"_s, [this] { m_showingModels = true; }},
                 platform::MenuEntry::separator(),
@@ -216,7 +217,7 @@ QWidget* ChatView::writingModeChips() {
     auto* strip = new platform::HorizontalStrip(8, 24);
     strip->setAccessibleName(u"Writing modes"_s);
     for (const AppConfig::WritingMode& mode : AppConfig::writingModes()) {
-        auto* chip = new platform::Chip(m_environment.theme, mode.label, mode.icon);
+        auto* chip = new Button(m_environment.theme, Button::Look::Chip, mode.label, mode.icon);
         chip->setAction([this, mode] { m_vm->setMode(mode); });
         observe(chip, [this, chip, mode] {
             const auto& active = m_vm->activeMode.value();
@@ -257,9 +258,8 @@ QWidget* ChatView::inputBar() {
     m_field->onContextMenu([this](QPoint position) { openEditMenu(position); });
     observe(m_field, [this] { m_field->setText(m_vm->draft.value()); });
 
-    auto* button = new IconButton(m_environment.theme, {}, {}, sendIconSize);
-    button->setRound(true);
-    button->setPadding(Theme::focusRingWidth);
+    auto* button = new Button(m_environment.theme, Button::Look::Disc, {});
+    button->setSymbolPoints(sendIconSize);
     button->setAction([this] {
         if (m_vm->isGenerating.value())
             m_vm->stop();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/ModeBar.h"
 
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
 
 #include <QHBoxLayout>
@@ -10,8 +10,8 @@
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ColorRole;
-using platform::IconButton;
 using platform::Label;
 using platform::TextStyle;
 using platform::Theme;
@@ -20,11 +20,9 @@ ModeBar::ModeBar(const Theme& theme, QWidget* parent)
     : QWidget(parent)
     , m_theme(theme)
     , m_label(new Label(theme, {}, TextStyle::Caption))
-    , m_clear(new IconButton(theme, u"Clear mode"_s, u"xmark.circle.fill"_s, 13)) {
+    , m_clear(new Button(theme, Button::Look::Disc, u"Clear mode"_s, u"xmark.circle.fill"_s)) {
     m_label->setWeight(QFont::Medium);
     m_label->setColorRole(ColorRole::Accent);
-    m_clear->setRound(true);
-    m_clear->setPadding(3);
     m_clear->setSymbolOpacity(0.75);
     auto* row = new QHBoxLayout(this);
     row->setSpacing(Theme::defaultSpacing);

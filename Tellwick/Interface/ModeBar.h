@@ -9,7 +9,7 @@
 #include <functional>
 
 namespace platform {
-class IconButton;
+class Button;
 class Label;
 } // namespace platform
 
@@ -31,7 +31,7 @@ protected:
 private:
     const platform::Theme& m_theme;
     platform::Label* m_label;
-    platform::IconButton* m_clear;
+    platform::Button* m_clear;
 };
 
 } // namespace tellwick

@@ -16,7 +16,7 @@ ModelRow::ModelRow(const platform::Theme& theme, const ModelBackend& backend, bo
 
 void ModelRow::show(const ModelBackend& backend, bool isSelected, std::function<void()> onSelect) {
     const ModelInfo& info = backend.info();
-    setTitle(info.name());
+    setName(info.name());
     setDetail(info.detail.value_or(QString()));
     setSelected(isSelected);
     setAction(std::move(onSelect));

@@ -2,7 +2,7 @@
 #include "Tellwick/Interface/ModelsView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
@@ -15,8 +15,8 @@
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ColorRole;
-using platform::IconButton;
 using platform::InsetSection;
 using platform::Label;
 using platform::observe;
@@ -116,7 +116,8 @@ InsetSection* ModelsView::otherModelsSection() {
 }
 
 QWidget* ModelsView::refreshButton() {
-    auto* button = new IconButton(m_environment.theme, u"Refresh"_s, u"arrow.clockwise"_s, 10);
+    auto* button = new Button(m_environment.theme, Button::Look::Icon, u"Refresh"_s);
+    button->setSymbolPoints(10);
     button->setAction([this] { m_modelManager.startRefresh(); });
     observe(button, [this, button] {
         const bool isRefreshing = m_modelManager.isRefreshing.value();

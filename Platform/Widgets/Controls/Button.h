@@ -2,46 +2,88 @@
 #pragma once
 
 #include "Platform/Widgets/Controls/Accessible.h"
-#include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Look/Painting.h"
 
 #include <QAbstractButton>
 
 #include <functional>
+#include <optional>
 
 namespace platform {
 
-/// What all buttons of the interface share: Return and Space press them, Tab reaches them, a click
-/// leaves the focus where it was, and the ring shows when the keyboard came here.
+/// Every button of the interface: Return and Space press it, Tab reaches it, a click leaves the
+/// focus where it was, and the ring shows when the keyboard came here.
 ///
 /// A button never changes its own checked state: it shows the state that its owner sets.
 class Button : public QAbstractButton, public AccessibleElement {
     Q_OBJECT
 
 public:
-    Button(const Theme& theme, QWidget* parent);
+    enum class Look {
+        Icon,    ///< a symbol alone
+        Disc,    ///< a symbol that is a disc itself: its own tone shows the pointer
+        Default, ///< a text on the accent: what Return does
+        Link,    ///< like a link in text; the pointer becomes a hand
+        Chip,    ///< a symbol and a text on a capsule, on or off: a toggle button
+        MenuRow, ///< an entry of a menu, highlighted by the focus, which the pointer brings along
+        ListRow, ///< a row of an inset list; see the class of that name
+    };
+
+    /// `name` is the text; of a symbol alone it is for assistive technology and the tool tip.
+    Button(const Theme& theme, Look look, const QString& name, QString icon = {},
+           QWidget* parent = nullptr);
 
     /// What a press does, by pointer, key or assistive technology. Replaces the former action.
     void setAction(std::function<void()> action) { m_action = std::move(action); }
+    void setName(const QString& name);
+    const QString& icon() const { return m_icon; }
+    void setIcon(const QString& icon);
+    ColorRole colorRole() const { return m_role; }
+    void setColorRole(ColorRole role);
 
-    QAccessible::Role accessibleRole() const override { return QAccessible::Button; }
+    /// Of a symbol alone: the size of the font in which it stands; at first the body's.
+    void setSymbolPoints(qreal points);
+    /// Of a symbol alone: 0 to 1.
+    void setSymbolOpacity(qreal opacity);
+    qreal symbolOpacity() const { return m_opacity; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    QAccessible::Role accessibleRole() const override;
     void addAccessibleState(QAccessible::State& state) const override;
     QString accessibleText() const override { return text(); }
+    QString accessibleDetail() const override;
     QStringList accessibleActions() const override;
     void performAccessibleAction(const QString& name) override;
 
 protected:
     const Theme& theme() const { return m_theme; }
-    bool showsFocusRing() const { return m_showsFocusRing && hasFocus(); }
-    /// Whether the pointer is over the button and a click would press it.
-    bool isHovered() const { return underMouse() && isEnabled(); }
+    /// Paints what stands on the button's background.
+    virtual void paintContent(QPainter& painter) const;
 
-    void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     void nextCheckState() override {}
+    void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool isSymbolAlone() const { return m_look == Look::Icon || m_look == Look::Disc; }
+    bool isRow() const { return m_look == Look::MenuRow || m_look == Look::ListRow; }
+    /// Whether the pointer is over the button and a click would press it.
+    bool isHovered() const { return underMouse() && isEnabled(); }
+    IconAndText line() const;
+    std::optional<ColorRole> background() const;
+    QColor foreground() const;
+
     const Theme& m_theme;
+    const Look m_look;
     std::function<void()> m_action;
+    QString m_icon;
+    ColorRole m_role;
+    qreal m_points;
+    qreal m_opacity = 1;
     bool m_showsFocusRing = false;
 };
 

@@ -2,6 +2,7 @@
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 
 #include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Look/Painting.h"
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -288,14 +289,12 @@ void GrowingTextField::keyPressEvent(QKeyEvent* event) {
 
 void GrowingTextField::focusInEvent(QFocusEvent* event) {
     QPlainTextEdit::focusInEvent(event);
-    m_showsFocus =
-        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    m_showsFocusRing = showsFocusRing(event->reason(), m_showsFocusRing);
     update();
 }
 
 void GrowingTextField::focusOutEvent(QFocusEvent* event) {
     QPlainTextEdit::focusOutEvent(event);
-    m_showsFocus = false;
     update();
 }
 
@@ -310,26 +309,17 @@ void GrowingTextField::contextMenuEvent(QContextMenuEvent* event) {
 
 bool GrowingTextField::event(QEvent* event) {
     if (event->type() == QEvent::Paint) {
-        paintGround(); // what lies around the viewport, and under it
+        paintBackground(); // what lies around the viewport, and under it
         return true;
     }
     return QPlainTextEdit::event(event);
 }
 
-void GrowingTextField::paintGround() {
+void GrowingTextField::paintBackground() {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const qreal radius = std::min<qreal>(Theme::fieldRadius, height() / 2.0);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(m_theme.color(ColorRole::Field));
-    painter.drawRoundedRect(rect(), radius, radius);
-    if (m_showsFocus) {
-        constexpr qreal ring = Theme::focusRingWidth - 1;
-        painter.setPen(QPen(m_theme.color(ColorRole::FocusRing), ring));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(ring / 2, ring / 2, -ring / 2, -ring / 2),
-                                radius - ring / 2, radius - ring / 2);
-    }
+    fillRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::Field));
+    if (m_showsFocusRing && hasFocus())
+        paintFocusRing(painter, m_theme, rect(), Theme::fieldRadius);
 }
 
 } // namespace platform

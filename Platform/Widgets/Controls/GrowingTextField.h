@@ -13,10 +13,10 @@ class OverlayScrollBar;
 
 /// A field for plain text that grows with what is typed, from one line to six, then scrolls.
 ///
-/// It stands on a rounded ground without a border. Return submits; Shift-Return and Alt-Return make
-/// a new line; Return while an input method composes commits the composition and submits nothing.
-/// Tab leaves the field. Ctrl-Return is left to its parents, and so are Page Up and Page Down as
-/// long as all lines are visible. Whatever is pasted becomes plain text.
+/// It stands on a rounded background without a border. Return submits; Shift-Return and Alt-Return
+/// make a new line; Return while an input method composes commits the composition and submits
+/// nothing. Tab leaves the field. Ctrl-Return is left to its parents, and so are Page Up and Page
+/// Down as long as all lines are visible. Whatever is pasted becomes plain text.
 class GrowingTextField : public QPlainTextEdit {
     Q_OBJECT
 
@@ -72,7 +72,7 @@ private:
     void alignText();
     void breakLinesFor(QStringView text);
     void applyTheme();
-    void paintGround();
+    void paintBackground();
     Extent extent() const;
     void fitHeight();
     void commitComposition();
@@ -85,7 +85,7 @@ private:
     std::function<void(QPoint)> m_openContextMenu;
     bool m_isComposing = false;
     bool m_isSetting = false;
-    bool m_showsFocus = false;
+    bool m_showsFocusRing = false;
     int m_height = 0; // of the last size hint
 };
 

@@ -174,7 +174,7 @@ void Label::paintEvent(QPaintEvent* /*event*/) {
         else
             area.setLeft(area.left() + before);
     }
-    line.paint(painter, m_theme, area, color, color, direction());
+    line.paint(painter, m_theme, area, color, direction());
 }
 
 } // namespace platform

@@ -22,16 +22,7 @@ using namespace Qt::StringLiterals;
 } // namespace
 
 ListRow::ListRow(const Theme& theme, QWidget* parent)
-    : Button(theme, parent) {
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
-
-void ListRow::setTitle(const QString& title) {
-    if (title != text()) {
-        setText(title);
-        setAccessibleName(title);
-    }
-}
+    : Button(theme, Look::ListRow, {}, {}, parent) {}
 
 void ListRow::setDetail(const QString& detail) {
     if (detail != m_detail) {
@@ -81,19 +72,11 @@ QSize ListRow::sizeHint() const {
         size = QSize(std::max(size.width(), detail.width()),
                      size.height() + lineGap + detail.height());
     }
-    const auto least = static_cast<int>(theme().scaled(24)); // of a row without a detail
-    return {size.width() + 2 * paddingX, std::max(size.height(), least) + 2 * paddingY};
+    const auto minimum = static_cast<int>(theme().scaled(24)); // of a row without a detail
+    return {size.width() + 2 * paddingX, std::max(size.height(), minimum) + 2 * paddingY};
 }
 
-void ListRow::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    const auto shape = QRectF(rect()).adjusted(4, 3, -4, -3);
-    if (isDown() || isHovered()) {
-        fillRounded(painter, shape, Theme::controlRadius,
-                    theme().color(isDown() ? ColorRole::Pressed : ColorRole::Hover));
-    }
-    if (showsFocusRing())
-        paintFocusRing(painter, theme(), shape, Theme::controlRadius);
+void ListRow::paintContent(QPainter& painter) const {
     auto area = rect().adjusted(paddingX, paddingY, -paddingX, -paddingY);
     const auto visual = [&](const QRect& part) {
         return QStyle::visualRect(layoutDirection(), rect(), part);
@@ -106,22 +89,22 @@ void ListRow::paintEvent(QPaintEvent* /*event*/) {
         auto place = area;
         place.setLeft(std::max(area.left(), area.right() + 1 - mark.size().width()));
         const auto color = theme().color(m_mark.color);
-        mark.paint(painter, theme(), visual(place), color, color, layoutDirection());
+        mark.paint(painter, theme(), visual(place), color, layoutDirection());
         area.setRight(place.left() - markGap);
     }
     const auto primary = theme().color(ColorRole::Label);
     const auto title = iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
     if (m_detail.isEmpty()) {
-        title.paint(painter, theme(), visual(area), primary, primary, layoutDirection());
+        title.paint(painter, theme(), visual(area), primary, layoutDirection());
         return;
     }
     const auto secondary = theme().color(ColorRole::SecondaryLabel);
     const auto detail = iconAndText(theme(), {}, m_detail, TextStyle::Caption, QFont::Normal);
     auto line = area;
     line.setHeight(title.size().height());
-    title.paint(painter, theme(), visual(line), primary, primary, layoutDirection());
+    title.paint(painter, theme(), visual(line), primary, layoutDirection());
     line = QRect(area.left(), line.bottom() + 1 + lineGap, area.width(), detail.size().height());
-    detail.paint(painter, theme(), visual(line), secondary, secondary, layoutDirection());
+    detail.paint(painter, theme(), visual(line), secondary, layoutDirection());
 }
 
 } // namespace platform

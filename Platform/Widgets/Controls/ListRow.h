@@ -5,7 +5,7 @@
 
 namespace platform {
 
-/// A row of an inset list that can be pressed anywhere: a title, a detail below it or none, and a
+/// A row of an inset list that can be pressed anywhere: a name, a detail below it or none, and a
 /// mark at the trailing end or none.
 class ListRow : public Button {
     Q_OBJECT
@@ -24,9 +24,7 @@ public:
 
     explicit ListRow(const Theme& theme, QWidget* parent = nullptr);
 
-    void setTitle(const QString& title);
-    QString title() const { return text(); }
-    /// Empty: the title stands alone.
+    /// Empty: the name stands alone.
     void setDetail(const QString& detail);
     const QString& detail() const { return m_detail; }
     void setMark(const Mark& mark);
@@ -36,13 +34,12 @@ public:
     bool isSelected() const { return m_isSelected; }
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
     QAccessible::Role accessibleRole() const override { return QAccessible::ListItem; }
     void addAccessibleState(QAccessible::State& state) const override;
     QString accessibleDetail() const override;
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
+    void paintContent(QPainter& painter) const override;
 
 private:
     QString m_detail;

@@ -34,9 +34,21 @@ void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, qreal wi
     painter.restore();
 }
 
+bool showsFocusRing(Qt::FocusReason reason, bool before) {
+    if (reason == Qt::ActiveWindowFocusReason)
+        return before;
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+           reason == Qt::ShortcutFocusReason;
+}
+
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role) {
-    strokeRounded(painter, rect, radius, Theme::focusRingWidth, theme.color(role));
+    constexpr auto off = 2;
+    if (role == ColorRole::OnAccent)
+        strokeRounded(painter, rect.adjusted(off, off, -off, -off), radius - off,
+                      Theme::focusRingWidth - 1, theme.color(role));
+    else
+        strokeRounded(painter, rect, radius, Theme::focusRingWidth, theme.color(role));
 }
 
 QSize IconAndText::size() const {
@@ -49,20 +61,21 @@ QSize IconAndText::size() const {
 }
 
 void IconAndText::paint(QPainter& painter, const Theme& theme, const QRect& rect,
-                        const QColor& iconColor, const QColor& textColor,
-                        Qt::LayoutDirection direction) const {
+                        const QColor& color, Qt::LayoutDirection direction) const {
     const QFontMetrics metrics(font);
     const auto top = rect.top() + (rect.height() - metrics.height()) / 2;
     auto textRect = QRect(rect.left(), top, rect.width(), metrics.height());
     if (!icon.isEmpty()) {
         const auto middle = top + metrics.ascent() - metrics.capHeight() / 2.0;
-        const QRectF square(rect.left(), std::round(middle - iconSize / 2.0), iconSize, iconSize);
-        const auto visual = QStyle::visualRect(direction, rect, square.toRect());
-        theme.icons().paint(painter, icon, visual, iconColor);
+        const auto lowest = std::max(rect.top(), rect.bottom() + 1 - iconSize);
+        const auto y = std::clamp(qRound(middle - iconSize / 2.0), rect.top(), lowest);
+        const QRect square(rect.left(), y, iconSize, iconSize);
+        const auto visual = QStyle::visualRect(direction, rect, square);
+        theme.icons().paint(painter, icon, visual, color);
         textRect.setLeft(rect.left() + iconSize + gap);
     }
     painter.setFont(font);
-    painter.setPen(textColor);
+    painter.setPen(color);
     const auto wanted = QFontMetricsF(font).horizontalAdvance(text);
     const auto shown = wanted <= textRect.width()
                            ? text

@@ -17,7 +17,12 @@ void fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QCol
 void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, qreal width,
                    const QColor& color);
 
-/// Shows along the inside of `rect` that the keyboard is here.
+/// Whether a widget that got the focus for a reason shows the ring: when the keyboard brought it,
+/// not the pointer or the program. A window that becomes active leaves it as it was `before`.
+bool showsFocusRing(Qt::FocusReason reason, bool before);
+
+/// Draws the ring along the inside of `rect`; in the role OnAccent, on a button that is filled with
+/// the accent, a little off its edge.
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role = ColorRole::FocusRing);
 
@@ -33,9 +38,9 @@ struct IconAndText {
     QSize size() const;
 
     /// Paints the line in the vertical middle of `rect`, from its leading edge; what does not fit
-    /// is elided. The symbol stands on the middle of the capital letters.
-    void paint(QPainter& painter, const Theme& theme, const QRect& rect, const QColor& iconColor,
-               const QColor& textColor, Qt::LayoutDirection direction) const;
+    /// is elided. The symbol stands on the middle of the capital letters, but within `rect`.
+    void paint(QPainter& painter, const Theme& theme, const QRect& rect, const QColor& color,
+               Qt::LayoutDirection direction) const;
 };
 
 /// The line of a text style, its symbol as large as its text.

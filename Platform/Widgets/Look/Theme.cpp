@@ -61,7 +61,6 @@ Scheme scheme(bool dark) {
 constexpr QRgb ownAccentLight = 0xff007aff;
 constexpr QRgb ownAccentDark = 0xff0a84ff;
 constexpr double readable = 4.5;
-constexpr double bodyPoints = 13;
 
 double points(TextStyle style) {
     switch (style) {
@@ -70,14 +69,14 @@ double points(TextStyle style) {
     case TextStyle::Title2:
         return 17;
     case TextStyle::Body:
-        return bodyPoints;
+        return Theme::bodyPoints;
     case TextStyle::Subheadline:
         return 11;
     case TextStyle::Footnote:
     case TextStyle::Caption:
         return 10;
     }
-    return bodyPoints;
+    return Theme::bodyPoints;
 }
 
 QFont resized(QFont font, double ratio) {

@@ -103,6 +103,9 @@ public:
     Motion& motion() { return m_motion; }
     const Motion& motion() const { return m_motion; }
 
+    /// The body's size in the points that the other sizes of text and symbols are said in.
+    static constexpr qreal bodyPoints = 13;
+
     // Sizes in device-independent pixels.
 
     static constexpr int defaultPadding = 16; ///< around a column

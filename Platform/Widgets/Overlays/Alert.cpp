@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/Alert.h"
 
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Controls/TextButton.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
 
 #include <QKeyEvent>
@@ -25,7 +25,7 @@ Alert::Alert(const Theme& theme, const QString& title, const QString& message,
     : OverlaySurface(theme, title)
     , m_message(message)
     , m_scroll(new ScrollView(theme, this))
-    , m_button(new TextButton(theme, button, TextButton::Kind::Default, this)) {
+    , m_button(new Button(theme, Button::Look::Default, button, {}, this)) {
     auto* texts = new QWidget;
     auto* column = new QVBoxLayout(texts);
     column->setContentsMargins(padding, padding, padding, 0);

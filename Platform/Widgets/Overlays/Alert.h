@@ -5,8 +5,8 @@
 
 namespace platform {
 
+class Button;
 class ScrollView;
-class TextButton;
 
 /// A message over the dimmed window, with one button. Closed by the button, Return or Escape, not
 /// by a click beside it.
@@ -31,7 +31,7 @@ protected:
 private:
     QString m_message;
     ScrollView* m_scroll;
-    TextButton* m_button;
+    Button* m_button;
 };
 
 } // namespace platform

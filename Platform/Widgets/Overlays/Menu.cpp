@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/Menu.h"
 
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Controls/MenuRow.h"
 
 #include <QKeyEvent>
 #include <QVBoxLayout>
@@ -46,7 +46,7 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
             layout->addSpacing(padding);
             continue;
         }
-        auto* row = new MenuRow(theme, entry.title, entry.icon, this);
+        auto* row = new Button(theme, Button::Look::MenuRow, entry.title, entry.icon, this);
         row->setAction([this, action = std::move(entry.action)] {
             dismiss();
             if (action)
@@ -57,8 +57,8 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
     }
 }
 
-MenuRow* Menu::rowAt(QPoint global) const {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [global](const MenuRow* row) {
+Button* Menu::rowAt(QPoint global) const {
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [global](const Button* row) {
         return row->rect().contains(row->mapFromGlobal(global));
     });
     return found == m_rows.end() ? nullptr : *found;
@@ -96,7 +96,7 @@ void Menu::focusRow(qsizetype index) {
 
 void Menu::keyPressEvent(QKeyEvent* event) {
     const auto now = std::find_if(m_rows.begin(), m_rows.end(),
-                                  [](const MenuRow* row) { return row->hasFocus(); });
+                                  [](const Button* row) { return row->hasFocus(); });
     const bool isOnRow = now != m_rows.end();
     const auto index = isOnRow ? std::distance(m_rows.begin(), now) : -1;
     switch (event->key()) {

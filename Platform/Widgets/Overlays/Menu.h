@@ -11,7 +11,7 @@
 
 namespace platform {
 
-class MenuRow;
+class Button;
 
 /// One line of a menu; without a title: a line between groups.
 struct MenuEntry {
@@ -35,7 +35,7 @@ public:
     /// The first entry has the focus from the start: for menus opened from the keyboard.
     void setStartsAtFirst(bool startsAtFirst) { m_startsAtFirst = startsAtFirst; }
     /// The row under a point of the screen; none: null.
-    MenuRow* rowAt(QPoint global) const;
+    Button* rowAt(QPoint global) const;
 
     QRect place(const QRect& area) override;
     QWidget* initialFocus() override;
@@ -51,7 +51,7 @@ private:
          QPoint global);
     void focusRow(qsizetype index);
 
-    std::vector<MenuRow*> m_rows;
+    std::vector<Button*> m_rows;
     QPointer<QWidget> m_anchor;
     QPoint m_global;
     bool m_startsAtFirst = false;

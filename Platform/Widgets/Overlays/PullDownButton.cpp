@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Controls/PullDownButton.h"
+#include "Platform/Widgets/Overlays/PullDownButton.h"
 
-#include "Platform/Widgets/Controls/MenuRow.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 
 #include <QKeyEvent>
@@ -11,9 +10,9 @@
 
 namespace platform {
 
-PullDownButton::PullDownButton(const Theme& theme, QString name, QString icon, qreal points,
+PullDownButton::PullDownButton(const Theme& theme, const QString& name, QString icon,
                                OverlayHost& host, QWidget* parent)
-    : IconButton(theme, std::move(name), std::move(icon), points, parent)
+    : Button(theme, Look::Icon, name, std::move(icon), parent)
     , m_host(host) {}
 
 void PullDownButton::setEntries(std::function<std::vector<MenuEntry>()> entries) {
@@ -23,7 +22,7 @@ void PullDownButton::setEntries(std::function<std::vector<MenuEntry>()> entries)
 void PullDownButton::openMenu(bool startsAtFirst) {
     if (m_menu != nullptr || !m_entries)
         return;
-    auto menu = std::make_unique<Menu>(theme(), accessibleName(), m_entries(), this);
+    auto menu = std::make_unique<Menu>(theme(), text(), m_entries(), this);
     menu->setStartsAtFirst(startsAtFirst);
     const auto announce = [](PullDownButton* button) {
         QAccessible::State changed;
@@ -44,7 +43,7 @@ void PullDownButton::openMenu(bool startsAtFirst) {
 }
 
 void PullDownButton::addAccessibleState(QAccessible::State& state) const {
-    IconButton::addAccessibleState(state);
+    Button::addAccessibleState(state);
     state.hasPopup = true;
     state.expandable = true;
     state.expanded = m_menu != nullptr;
@@ -69,7 +68,7 @@ void PullDownButton::keyPressEvent(QKeyEvent* event) {
         openMenu(true);
         break;
     default:
-        IconButton::keyPressEvent(event);
+        Button::keyPressEvent(event);
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Overlays/Menu.h"
 
 #include <QPointer>
@@ -15,12 +15,12 @@ class OverlayHost;
 
 /// A symbol that opens a menu: on the press of the pointer, whose release over an entry chooses it,
 /// or by Space, Return and Down.
-class PullDownButton final : public IconButton {
+class PullDownButton final : public Button {
     Q_OBJECT
 
 public:
     /// The host outlives the button's use.
-    PullDownButton(const Theme& theme, QString name, QString icon, qreal points, OverlayHost& host,
+    PullDownButton(const Theme& theme, const QString& name, QString icon, OverlayHost& host,
                    QWidget* parent = nullptr);
 
     /// `entries` is asked each time the menu opens.

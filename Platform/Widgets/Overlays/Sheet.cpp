@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/Sheet.h"
 
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
 
 #include <QCoreApplication>
@@ -26,12 +26,11 @@ constexpr qreal closePoints = 14;
 
 Sheet::Sheet(const Theme& theme, const QString& title, QWidget* content, int width)
     : OverlaySurface(theme, title)
-    , m_close(new IconButton(theme, u"Close"_s, u"xmark.circle.fill"_s, closePoints, this))
+    , m_close(new Button(theme, Button::Look::Disc, u"Close"_s, u"xmark.circle.fill"_s, this))
     , m_scroll(new ScrollView(theme, this))
     , m_width(width) {
-    m_close->setRound(true);
+    m_close->setSymbolPoints(closePoints);
     m_close->setSymbolOpacity(0.75);
-    m_close->setPadding(4);
     m_close->setAction([this] { dismiss(); });
     m_scroll->setContent(content);
     auto* layout = new QVBoxLayout(this);
@@ -70,7 +69,7 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
 void Sheet::resizeEvent(QResizeEvent* /*event*/) {
     const auto side = m_close->sizeHint();
     const auto body = bodyRect();
-    const QRect corner(QPoint(body.right() - 8 - side.width(), body.top() + 8), side);
+    const QRect corner(QPoint(body.right() - 9 - side.width(), body.top() + 9), side);
     m_close->setGeometry(QStyle::visualRect(layoutDirection(), body, corner));
 }
 

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-class IconButton;
+class Button;
 class ScrollView;
 
 /// A screen over the dimmed window, with a button "Close" in its corner. Its content scrolls when
@@ -27,7 +27,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    IconButton* m_close; // made first: the focus enters here
+    Button* m_close; // made first: the focus enters here
     ScrollView* m_scroll;
     int m_width;
 };

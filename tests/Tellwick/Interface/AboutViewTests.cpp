@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Controls/TextButton.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "tests/Tellwick/Interface/TestWindow.h"
@@ -204,7 +204,7 @@ void AboutViewTests::theHeadingIsShownInCapitals() {
 void AboutViewTests::theLinkOpensTheWebSite() {
     Fixture f;
     const QUrl site(AppConfig::website());
-    auto* link = f.screen().widget<platform::TextButton>(site.host(), QAccessible::Link);
+    auto* link = f.screen().widget<platform::Button>(site.host(), QAccessible::Link);
     QVERIFY(link);
     // In the middle, whether its width is even or odd.
     QVERIFY(std::abs(f.place(link).left() + f.place(link).right() - 399) <= 1);
@@ -246,9 +246,7 @@ void AboutViewTests::aWebsiteTextThatIsNoAddressIsPlainText() {
         QTest::mouseClick(line, Qt::LeftButton);
         QCOMPARE(f.desktop.opened, QList<QUrl>{QUrl(website)});
         // In the same font as the plain text.
-        Label plain(f.desktop.theme, link, TextStyle::Footnote);
-        plain.setWeight(QFont::Medium);
-        QCOMPARE(line->font().pointSizeF(), plain.font().pointSizeF());
+        QCOMPARE(line->font(), f.desktop.theme.font(TextStyle::Footnote, QFont::Medium));
     }
 }
 

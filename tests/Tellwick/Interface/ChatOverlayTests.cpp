@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What opens over the chat screen: the alert, the menu, the models' popover and the About sheet.
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Controls/PullDownButton.h"
 #include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/Menu.h"
 #include "Platform/Widgets/Overlays/Popover.h"
+#include "Platform/Widgets/Overlays/PullDownButton.h"
 #include "Platform/Widgets/Overlays/Sheet.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "Tellwick/Interface/ModelsView.h"

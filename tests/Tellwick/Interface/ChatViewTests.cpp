@@ -2,7 +2,7 @@
 // The chat screen at rest: the empty conversation, the writing modes, a new chat. What is typed is
 // in ChatInputTests, how the screen follows a conversation in ChatListTests, what opens over it in
 // ChatOverlayTests.
-#include "Platform/Widgets/Controls/Chip.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/IconView.h"
@@ -187,7 +187,7 @@ void ChatViewTests::theModeBarShowsTheModeAndClearsIt() {
     QCOMPARE(label->textStyle(), TextStyle::Caption);
     QCOMPARE(label->weight(), QFont::Medium);
     QCOMPARE(label->colorRole(), ColorRole::Accent);
-    auto* clear = screen().widget<platform::IconButton>(u"Clear mode"_s);
+    auto* clear = screen().widget<platform::Button>(u"Clear mode"_s);
     QCOMPARE(clear->icon(), u"xmark.circle.fill"_s);
     QCOMPARE(clear->colorRole(), ColorRole::SecondaryLabel);
     QTRY_COMPARE(m->placeOf(label).left(), 16);
@@ -263,7 +263,7 @@ void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave() {
     arrange();
     m->flush();
     QCOMPARE(!screen().find(u"New Chat"_s)->state().disabled, isEnabled);
-    QCOMPARE(screen().widget<platform::IconButton>(u"New Chat"_s)->icon(), u"square.and.pencil"_s);
+    QCOMPARE(screen().widget<platform::Button>(u"New Chat"_s)->icon(), u"square.and.pencil"_s);
     QVERIFY(screen().click(u"New Chat"_s));
     QCOMPARE(!m->vm().activeMode.value(), isEnabled);
     arrange();

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/GrowingTextField.h"
-#include "Platform/Widgets/Controls/IconButton.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 #include "Tellwick/Interface/ChatView.h"
@@ -55,9 +55,9 @@ public:
     }
 
     /// The button beside the field: its name says what it does now.
-    platform::IconButton* sendButton() {
-        auto* send = screen().widget<platform::IconButton>(QStringLiteral("Send"));
-        return send ? send : screen().widget<platform::IconButton>(QStringLiteral("Stop"));
+    platform::Button* sendButton() {
+        auto* send = screen().widget<platform::Button>(QStringLiteral("Send"));
+        return send ? send : screen().widget<platform::Button>(QStringLiteral("Stop"));
     }
 
     /// What assistive technology reads out for each message.

@@ -9,8 +9,8 @@
 #include <QPointer>
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ColorRole;
-using platform::IconButton;
 using platform::IconView;
 using platform::Label;
 using platform::TextStyle;
@@ -278,7 +278,7 @@ void ModelsViewTests::anotherNumberOfModelsMakesAnotherList() {
     QVERIFY(m->openOver({u"one"_s, u"two"_s}));
     const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
     const QPointer<ModelRow> one = m->row(u"one"_s);
-    const QPointer<IconButton> button = m->refreshButton();
+    const QPointer<Button> button = m->refreshButton();
     QVERIFY(m->refresh({u"one"_s, u"two"_s, u"three"_s}));
     QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"one"_s, u"two"_s, u"three"_s}));
     QTRY_VERIFY(!one);
@@ -296,7 +296,7 @@ void ModelsViewTests::theSameNumberOfModelsChangesTheRowsInPlace() {
     const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
     const QPointer<ModelRow> first = m->row(u"one"_s);
     const QPointer<ModelRow> second = m->row(u"two"_s);
-    const QPointer<IconButton> button = m->refreshButton();
+    const QPointer<Button> button = m->refreshButton();
     QVERIFY(m->refresh({u"three"_s, u"four"_s}));
     QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"three"_s, u"four"_s}));
     QCOMPARE(m->row(appleIntelligence), onDevice.data());
@@ -361,7 +361,7 @@ void ModelsViewTests::aListOfTwoThousandModelsIsShown() {
     // Not through the reader: it walks to each element from the first one on.
     const auto rows = m->view->findChildren<ModelRow*>();
     QCOMPARE(rows.size(), 2001);
-    QCOMPARE(rows.last()->title(), u"model-1999"_s);
+    QCOMPARE(rows.last()->text(), u"model-1999"_s);
     QVERIFY(rows.last()->isVisible());
     rows.last()->click();
     QCOMPARE(m->manager().selectedID.value(), u"ollama-model-1999"_s);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "Tellwick/Interface/ModelRow.h"
 #include "Tellwick/Interface/ModelsView.h"
@@ -69,8 +69,8 @@ struct ModelsWindow : TestWindow {
         return screen().find(name, QAccessible::ListItem)->text(QAccessible::Description);
     }
     QStringList rows() const { return screen().names(QAccessible::ListItem); }
-    platform::IconButton* refreshButton() const {
-        return screen().widget<platform::IconButton>(QStringLiteral("Refresh"));
+    platform::Button* refreshButton() const {
+        return screen().widget<platform::Button>(QStringLiteral("Refresh"));
     }
 
     Conversation conversation;

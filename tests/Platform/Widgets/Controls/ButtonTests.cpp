@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Chip.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
-#include "Platform/Widgets/Controls/IconButton.h"
-#include "Platform/Widgets/Controls/TextButton.h"
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
@@ -11,9 +8,7 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
-using platform::Chip;
-using platform::IconButton;
-using platform::TextButton;
+using platform::Button;
 
 class ButtonTests final : public QObject {
     Q_OBJECT
@@ -30,7 +25,7 @@ private Q_SLOTS:
     }
     void returnAndSpaceAndAClickPress() {
         QFETCH(int, key);
-        IconButton button(m_theme, u"New Chat"_s, u"square.and.pencil"_s, 15);
+        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         int presses = 0;
         button.setAction([&] { ++presses; });
         button.show();
@@ -46,7 +41,7 @@ private Q_SLOTS:
     }
 
     void returnWithAModifierIsNotAPress() {
-        IconButton button(m_theme, u"New Chat"_s, u"square.and.pencil"_s, 15);
+        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         int presses = 0;
         button.setAction([&] { ++presses; });
         button.show();
@@ -55,8 +50,8 @@ private Q_SLOTS:
     }
 
     void anActionMayDestroyItsButton() {
-        auto* button = new IconButton(m_theme, u"Gone"_s, u"cpu"_s, 15);
-        const QPointer<IconButton> alive(button);
+        auto* button = new Button(m_theme, platform::Button::Look::Icon, u"Gone"_s, u"cpu"_s);
+        const QPointer<Button> alive(button);
         QString kept = u"kept"_s;
         button->setAction([button, kept] {
             button->deleteLater();
@@ -70,7 +65,8 @@ private Q_SLOTS:
         QWidget window;
         auto* column = new QVBoxLayout(&window);
         auto* field = new QLineEdit;
-        auto* button = new IconButton(m_theme, u"New Chat"_s, u"square.and.pencil"_s, 15);
+        auto* button = new Button(m_theme, platform::Button::Look::Icon, u"New Chat"_s,
+                                  u"square.and.pencil"_s);
         column->addWidget(field);
         column->addWidget(button);
         window.show();
@@ -93,7 +89,7 @@ private Q_SLOTS:
     void theFocusRingIsPaintedForTheKeyboardOnly() {
         QFETCH(Qt::FocusReason, reason);
         QFETCH(bool, isShown);
-        IconButton button(m_theme, u"New Chat"_s, u"square.and.pencil"_s, 15);
+        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         button.show();
         QVERIFY(QTest::qWaitForWindowActive(&button));
         button.clearFocus();
@@ -104,7 +100,7 @@ private Q_SLOTS:
     }
 
     void aChipShowsTheStateOfItsOwnerAndNeverItsOwn() {
-        Chip chip(m_theme, u"Proofread"_s, u"checkmark.circle"_s);
+        Button chip(m_theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
         int presses = 0;
         chip.setAction([&] { ++presses; });
         chip.show();
@@ -118,7 +114,7 @@ private Q_SLOTS:
     }
 
     void aChipIsAToggleButtonToAssistiveTechnology() {
-        Chip chip(m_theme, u"Proofread"_s, u"checkmark.circle"_s);
+        Button chip(m_theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
         int presses = 0;
         chip.setAction([&] { ++presses; });
         auto* interface = QAccessible::queryAccessibleInterface(&chip);
@@ -142,7 +138,7 @@ private Q_SLOTS:
     }
 
     void aSymbolHasItsNameForAssistiveTechnologyAndTheToolTip() {
-        IconButton button(m_theme, u"Send"_s, u"arrow.up.circle.fill"_s, 30);
+        Button button(m_theme, platform::Button::Look::Icon, u"Send"_s, u"arrow.up.circle.fill"_s);
         auto* interface = QAccessible::queryAccessibleInterface(&button);
         QVERIFY(interface);
         QCOMPARE(interface->text(QAccessible::Name), u"Send"_s);
@@ -154,12 +150,12 @@ private Q_SLOTS:
     }
 
     void aLinkIsALinkToAssistiveTechnology() {
-        TextButton link(m_theme, u"example.org"_s, TextButton::Kind::Link);
+        Button link(m_theme, Button::Look::Link, u"example.org"_s);
         auto* interface = QAccessible::queryAccessibleInterface(&link);
         QVERIFY(interface);
         QCOMPARE(interface->role(), QAccessible::Link);
         QCOMPARE(interface->text(QAccessible::Name), u"example.org"_s);
-        TextButton button(m_theme, u"OK"_s, TextButton::Kind::Default);
+        Button button(m_theme, Button::Look::Default, u"OK"_s);
         QCOMPARE(QAccessible::queryAccessibleInterface(&button)->role(), QAccessible::Button);
     }
 
@@ -168,8 +164,9 @@ private Q_SLOTS:
         QFont font;
         font.setPixelSize(13);
         theme.setBodyFont(font);
-        Chip chip(theme, u"Proofread"_s, u"checkmark.circle"_s);
-        IconButton button(theme, u"Send"_s, u"arrow.up.circle.fill"_s, 30);
+        Button chip(theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
+        Button button(theme, platform::Button::Look::Icon, u"Send"_s, u"arrow.up.circle.fill"_s);
+        button.setSymbolPoints(30);
         const auto chipBefore = chip.sizeHint();
         const auto buttonBefore = button.sizeHint();
         font.setPixelSize(26);
@@ -182,8 +179,10 @@ private Q_SLOTS:
         platform::HeaderBar bar(m_theme);
         bar.setTitle(u"Tellwick"_s);
         bar.setSubtitle(u"llama3 · Ollama"_s);
-        auto* first = new IconButton(m_theme, u"New Chat"_s, u"square.and.pencil"_s, 15);
-        auto* second = new IconButton(m_theme, u"More"_s, u"ellipsis.circle"_s, 15);
+        auto* first = new Button(m_theme, platform::Button::Look::Icon, u"New Chat"_s,
+                                 u"square.and.pencil"_s);
+        auto* second =
+            new Button(m_theme, platform::Button::Look::Icon, u"More"_s, u"ellipsis.circle"_s);
         bar.addTrailing(first);
         bar.addTrailing(second);
         bar.resize(400, bar.sizeHint().height());

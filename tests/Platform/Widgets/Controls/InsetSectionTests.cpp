@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Controls/IconButton.h"
 #include "Platform/Widgets/Controls/InsetCard.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
@@ -23,7 +23,7 @@ private Q_SLOTS:
         QList<QWidget*> rows;
         for (int i = 0; i < 3; ++i) {
             auto* row = new ListRow(m_theme);
-            row->setTitle(QString::number(i));
+            row->setName(QString::number(i));
             rows << row;
         }
         section.setRows(rows);
@@ -48,7 +48,7 @@ private Q_SLOTS:
 
     void aRowIsPressedAnywhere() {
         ListRow row(m_theme);
-        row.setTitle(u"llama3"_s);
+        row.setName(u"llama3"_s);
         row.resize(320, row.sizeHint().height());
         row.show();
         int presses = 0;
@@ -61,7 +61,7 @@ private Q_SLOTS:
 
     void aRowWithADetailIsHigher() {
         ListRow row(m_theme);
-        row.setTitle(u"llama3"_s);
+        row.setName(u"llama3"_s);
         const auto alone = row.sizeHint().height();
         row.setDetail(u"4.7 GB"_s);
         QVERIFY(row.sizeHint().height() > alone);
@@ -72,7 +72,7 @@ private Q_SLOTS:
     void assistiveTechnologySeesAListOfItems() {
         platform::InsetSection section(m_theme, u"Other Models"_s, u"For advanced users."_s);
         auto* row = new ListRow(m_theme);
-        row->setTitle(u"llama3:8b"_s);
+        row->setName(u"llama3:8b"_s);
         row->setDetail(u"4.7 GB"_s);
         row->setMark({.text = {},
                       .icon = u"checkmark"_s,
@@ -101,7 +101,8 @@ private Q_SLOTS:
         platform::InsetSection section(m_theme, u"Other Models"_s, {}, &window);
         auto* row = new ListRow(m_theme);
         section.setRows({row});
-        auto* refresh = new platform::IconButton(m_theme, u"Refresh"_s, u"arrow.clockwise"_s, 10);
+        auto* refresh = new platform::Button(m_theme, platform::Button::Look::Icon, u"Refresh"_s,
+                                             u"arrow.clockwise"_s);
         section.setHeaderItem(refresh);
         section.resize(300, 200);
         window.resize(300, 200);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Controls/MenuRow.h"
-#include "Platform/Widgets/Controls/PullDownButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Overlays/Menu.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
+#include "Platform/Widgets/Overlays/PullDownButton.h"
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
@@ -12,9 +12,9 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::Menu;
 using platform::MenuEntry;
-using platform::MenuRow;
 
 namespace {
 
@@ -47,7 +47,7 @@ struct Window {
     QLineEdit* field = new QLineEdit;
     platform::OverlayHost* host = new platform::OverlayHost(theme, &widget);
     platform::PullDownButton* button =
-        new platform::PullDownButton(theme, u"More"_s, u"ellipsis.circle"_s, 15, *host);
+        new platform::PullDownButton(theme, u"More"_s, u"ellipsis.circle"_s, *host);
     QStringList chosen;
     bool wasOpenWhenChosen = false;
 };
@@ -81,14 +81,14 @@ private Q_SLOTS:
         const auto body = menu->bodyRect().translated(menu->pos());
         QVERIFY(m->host->rect().contains(body));
         QVERIFY(body.top() >= m->button->geometry().bottom());
-        QCOMPARE(menu->findChildren<MenuRow*>().size(), 2);
+        QCOMPARE(menu->findChildren<Button*>().size(), 2);
         QTest::mouseRelease(m->button, Qt::LeftButton);
         QVERIFY(m->button->menu());
     }
 
     void aClickOnAnEntryClosesTheMenuAndRunsIt() {
         QTest::mouseClick(m->button, Qt::LeftButton);
-        QTest::mouseClick(m->button->menu()->findChildren<MenuRow*>().at(1), Qt::LeftButton);
+        QTest::mouseClick(m->button->menu()->findChildren<Button*>().at(1), Qt::LeftButton);
         QCOMPARE(m->chosen, QStringList{u"About"_s});
         QVERIFY(!m->wasOpenWhenChosen);
         QVERIFY(!m->button->menu());
@@ -97,7 +97,7 @@ private Q_SLOTS:
 
     void aReleaseOverAnEntryChoosesIt() {
         QTest::mousePress(m->button, Qt::LeftButton);
-        auto* row = m->button->menu()->findChildren<MenuRow*>().at(0);
+        auto* row = m->button->menu()->findChildren<Button*>().at(0);
         const auto at = m->button->mapFromGlobal(row->mapToGlobal(row->rect().center()));
         QTest::mouseMove(m->button, at);
         QTest::mouseRelease(m->button, Qt::LeftButton, {}, at);
@@ -152,7 +152,7 @@ private Q_SLOTS:
 
     void thePointerBringsTheFocusAlong() {
         QTest::mouseClick(m->button, Qt::LeftButton);
-        auto* row = m->button->menu()->findChildren<MenuRow*>().at(1);
+        auto* row = m->button->menu()->findChildren<Button*>().at(1);
         QTest::mouseMove(row, row->rect().center() - QPoint(2, 0));
         QTest::mouseMove(row, row->rect().center());
         QTRY_COMPARE(focusName(), u"About"_s);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Controls/IconButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Controls/TextButton.h"
 #include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/Popover.h"
@@ -20,10 +19,10 @@
 
 using namespace Qt::StringLiterals;
 using platform::Alert;
+using platform::Button;
 using platform::OverlaySurface;
 using platform::Popover;
 using platform::Sheet;
-using platform::TextButton;
 
 namespace {
 
@@ -43,8 +42,8 @@ struct Window {
     QWidget* content(int height = 100) {
         auto* content = new QWidget;
         auto* column = new QVBoxLayout(content);
-        first = new TextButton(theme, u"First"_s, TextButton::Kind::Plain);
-        second = new TextButton(theme, u"Second"_s, TextButton::Kind::Plain);
+        first = new Button(theme, Button::Look::Default, u"First"_s);
+        second = new Button(theme, Button::Look::Default, u"Second"_s);
         column->addWidget(first);
         auto* block = new QWidget;
         block->setFixedHeight(height);
@@ -72,11 +71,11 @@ struct Window {
     platform::Theme theme;
     QWidget widget;
     QLineEdit* field = new QLineEdit;
-    platform::IconButton* anchor =
-        new platform::IconButton(theme, u"More"_s, u"ellipsis.circle"_s, 15);
+    platform::Button* anchor =
+        new platform::Button(theme, platform::Button::Look::Icon, u"More"_s, u"ellipsis.circle"_s);
     platform::OverlayHost* host = new platform::OverlayHost(theme, &widget);
-    QPointer<TextButton> first;
-    QPointer<TextButton> second;
+    QPointer<Button> first;
+    QPointer<Button> second;
     int dismissals = 0;
 };
 
@@ -138,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(visited, QStringList({u"Close"_s, u"First"_s, u"Second"_s, u"Close"_s, u"First"_s,
                                        u"Second"_s}));
         QTest::keyClick(focus(), Qt::Key_Backtab);
-        QCOMPARE(focus(), sheet->findChildren<TextButton*>().last());
+        QCOMPARE(focus(), m->second.data());
     }
 
     void tabSkipsWhatIsDisabledOrHidden() {
@@ -205,7 +204,7 @@ private Q_SLOTS:
     void anAlertClosesByItsButtonReturnOrEscape() {
         QFETCH(int, key);
         auto* alert = m->presentAlert();
-        auto* button = alert->findChild<TextButton*>();
+        auto* button = alert->findChild<Button*>();
         QVERIFY(button->hasFocus());
         if (key != 0)
             QTest::keyClick(focus(), static_cast<Qt::Key>(key));
@@ -330,7 +329,7 @@ private Q_SLOTS:
         auto* popover = m->presentPopover();
         const auto before = bodyInHost(popover).height();
         m->first->parentWidget()->layout()->addWidget(
-            new TextButton(m->theme, u"Third"_s, TextButton::Kind::Plain));
+            new Button(m->theme, Button::Look::Default, u"Third"_s));
         QTRY_VERIFY(bodyInHost(popover).height() > before + 10);
         QCOMPARE(popover->findChild<platform::ScrollView*>()->maximum(), 0);
     }

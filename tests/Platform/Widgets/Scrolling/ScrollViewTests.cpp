@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Controls/TextButton.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "tests/support/TestMain.h"
@@ -10,8 +10,8 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using platform::Button;
 using platform::ScrollView;
-using platform::TextButton;
 
 namespace {
 
@@ -23,7 +23,7 @@ struct Fixture {
         column->setContentsMargins(0, 0, 0, 0);
         column->setSpacing(0);
         for (int i = 0; i < 10; ++i) {
-            auto* button = new TextButton(theme, QString::number(i), TextButton::Kind::Plain);
+            auto* button = new Button(theme, Button::Look::Default, QString::number(i));
             button->setFixedHeight(100);
             column->addWidget(button);
             buttons.append(button);
@@ -45,7 +45,7 @@ struct Fixture {
     bool isActive = false;
     platform::Theme theme;
     ScrollView view{theme};
-    QList<TextButton*> buttons;
+    QList<Button*> buttons;
 };
 
 } // namespace
