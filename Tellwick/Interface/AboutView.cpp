@@ -4,7 +4,6 @@
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Core/AppConfig.h"
 
@@ -17,7 +16,6 @@ namespace tellwick {
 using namespace Qt::StringLiterals;
 using platform::Button;
 using platform::ColorRole;
-using platform::IconView;
 using platform::Label;
 using platform::TextStyle;
 using platform::Theme;
@@ -77,8 +75,8 @@ AboutView::AboutView(const Environment& environment, QWidget* parent)
 QLayout* AboutView::header() {
     const Theme& theme = m_environment.theme;
     auto* layout = column(12, {0, 32, 0, 24});
-    auto* brain = new IconView(theme, u"brain"_s, 64.0);
-    brain->setColorRole(ColorRole::Accent);
+    auto* brain = label(theme, {}, TextStyle::Body, ColorRole::Accent);
+    brain->setIcon(u"brain"_s, 64);
     auto* name = label(theme, AppConfig::appName(), TextStyle::LargeTitle);
     name->setWeight(QFont::Bold);
     name->setHeading(true);
@@ -159,9 +157,9 @@ AboutRow::AboutRow(const Theme& theme, const QString& icon, const QString& text,
     auto* layout = new QHBoxLayout(this);
     layout->setSpacing(10);
     layout->setContentsMargins({});
-    auto* symbol = new IconView(theme, icon, TextStyle::Subheadline);
-    symbol->setFrameWidth(20);
-    symbol->setColorRole(color);
+    auto* symbol = label(theme, {}, TextStyle::Subheadline, color);
+    symbol->setIcon(icon);
+    symbol->setMinimumWidth(20);
     layout->addWidget(symbol, 0, Qt::AlignTop);
     layout->addWidget(paragraph(theme, text, TextStyle::Subheadline), 1);
 }

@@ -2,18 +2,14 @@
 #include "Tellwick/Interface/ChatView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/Announcement.h"
+#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
-#include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
-#include "Platform/Widgets/Overlays/Popover.h"
 #include "Platform/Widgets/Overlays/PullDownButton.h"
-#include "Platform/Widgets/Overlays/Sheet.h"
 #include "Platform/Widgets/Scrolling/HorizontalStrip.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
@@ -36,6 +32,7 @@ using platform::Button;
 using platform::ColorRole;
 using platform::Label;
 using platform::observe;
+using platform::Panel;
 using platform::TextStyle;
 using platform::Theme;
 
@@ -114,14 +111,14 @@ bool ChatView::canStartNewChat() const {
 }
 
 void ChatView::menuButton(platform::HeaderBar& placement) {
-    m_menuButton = new platform::PullDownButton(m_environment.theme, u"More"_s,
-                                                u"ellipsis.circle"_s, m_environment.overlays);
-    m_menuButton->setSymbolPoints(toolbarIconSize);
-    m_menuButton->setEntries([this]() -> std::vector<platform::MenuEntry> {
+    const auto entries = [this]() -> std::vector<platform::MenuEntry> {
         return {{u"Models"_s, u"cpu"_s, [this] { m_showingModels = true; }},
                 platform::MenuEntry::separator(),
                 {u"About"_s, u"info.circle"_s, [this] { m_showingAbout = true; }}};
-    });
+    };
+    m_menuButton = new platform::PullDownButton(
+        m_environment.theme, u"More"_s, u"ellipsis.circle"_s, m_environment.overlays, entries);
+    m_menuButton->setSymbolPoints(toolbarIconSize);
     placement.addTrailing(m_menuButton);
 }
 
@@ -190,8 +187,8 @@ QWidget* ChatView::emptyState() {
         return made;
     };
 
-    auto* brain = new platform::IconView(theme, u"brain"_s, 52.0);
-    brain->setColorRole(ColorRole::SecondaryLabel);
+    auto* brain = label({}, TextStyle::Body, ColorRole::SecondaryLabel);
+    brain->setIcon(u"brain"_s, 52);
     centred(brain);
     auto* name = label(AppConfig::appName(), TextStyle::Title2, ColorRole::Label);
     name->setWeight(QFont::Medium);
@@ -309,42 +306,39 @@ void ChatView::keyboardShortcuts() {
 }
 
 void ChatView::aboutSheet() {
-    observe(
-        this,
-        [this, sheet = QPointer<platform::Sheet>()]() mutable {
-            if (m_showingAbout.value() == !sheet.isNull())
-                return;
-            if (sheet) {
-                m_environment.overlays.dismiss(sheet);
-                return;
-            }
-            sheet = m_environment.overlays.present(
-                std::make_unique<platform::Sheet>(m_environment.theme, u"About"_s,
-                                                  new AboutView(m_environment), AboutView::width),
-                [this] {
-                    m_showingAbout = false;
-                    focusField();
-                });
+    showWhile(
+        m_showingAbout,
+        [this] {
+            return Panel::sheet(m_environment.theme, u"About"_s, new AboutView(m_environment),
+                                AboutView::width);
         });
 }
 
 void ChatView::modelsPopover() {
+    showWhile(
+        m_showingModels,
+        [this] {
+            return Panel::popover(m_environment.theme, u"Models"_s,
+                                  new ModelsView(m_environment, m_vm->modelManager),
+                                  ModelsView::width, m_menuButton);
+        });
+}
+
+void ChatView::showWhile(platform::Observed<bool>& flag,
+                         std::function<std::unique_ptr<Panel>()> make) {
     observe(
         this,
-        [this, popover = QPointer<platform::Popover>()]() mutable {
-            if (m_showingModels.value() == !popover.isNull())
+        [this, &flag, make = std::move(make), panel = QPointer<Panel>()]() mutable {
+            if (flag.value() == !panel.isNull())
                 return;
-            if (popover) {
-                m_environment.overlays.dismiss(popover);
+            if (panel) {
+                m_environment.overlays.dismiss(panel);
                 return;
             }
-            popover = m_environment.overlays.present(
-                std::make_unique<platform::Popover>(
-                    m_environment.theme, u"Models"_s,
-                    new ModelsView(m_environment, m_vm->modelManager), ModelsView::width,
-                    m_menuButton),
-                [this] {
-                    m_showingModels = false;
+            panel = m_environment.overlays.present(
+                make(),
+                [this, &flag] {
+                    flag = false;
                     focusField();
                 });
         });
@@ -353,7 +347,7 @@ void ChatView::modelsPopover() {
 void ChatView::availabilityAlert() {
     observe(
         this,
-        [this, alert = QPointer<platform::Alert>(), shown = QString()]() mutable {
+        [this, alert = QPointer<Panel>(), shown = QString()]() mutable {
             const std::optional<QString>& error = m_vm->availabilityError.value();
             if (error && alert && shown == *error)
                 return;
@@ -363,8 +357,8 @@ void ChatView::availabilityAlert() {
                 return;
             shown = *error;
             alert = m_environment.overlays.present(
-                std::make_unique<platform::Alert>(
-                    m_environment.theme, u"Apple Intelligence Unavailable"_s, shown, u"OK"_s),
+                Panel::alert(m_environment.theme, u"Apple Intelligence Unavailable"_s, shown,
+                             u"OK"_s),
                 [this, told = shown] {
                     // Another error may be what has closed it, and wants an alert of its own.
                     if (m_vm->availabilityError.value() == told)

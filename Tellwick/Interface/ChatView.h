@@ -9,13 +9,14 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 namespace platform {
 class GrowingTextField;
 class HeaderBar;
 class LazyColumn;
-class OverlaySurface;
+class Panel;
 class PullDownButton;
 } // namespace platform
 
@@ -60,6 +61,9 @@ private:
     void keyboardShortcuts();
     void aboutSheet();
     void modelsPopover();
+    /// Keeps a panel open while the flag is set; to close the panel clears it.
+    void showWhile(platform::Observed<bool>& flag,
+                   std::function<std::unique_ptr<platform::Panel>()> make);
     void availabilityAlert();
 
     const Environment& m_environment;

@@ -17,7 +17,7 @@ GreetingBubble::GreetingBubble(const Theme& theme, const QString& text, QWidget*
     , m_theme(theme) {
     auto* label = new platform::Label(theme, text, platform::TextStyle::Body);
     label->setWrapping(true);
-    label->setTextAlignment(Qt::AlignHCenter);
+    label->setAlignment(Qt::AlignHCenter);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 8, 12, 8);
     layout->addWidget(label);

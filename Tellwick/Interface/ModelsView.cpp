@@ -3,7 +3,6 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Backends/ModelManager.h"
@@ -134,7 +133,8 @@ QWidget* ModelsView::emptyListNotice() {
     auto* row = new QHBoxLayout(notice);
     row->setSpacing(10);
     row->setContentsMargins(14, 4 + 6, 14, 4 + 6); // as the rows that may stand in its place
-    auto* icon = new platform::IconView(theme, u"info.circle"_s, TextStyle::Body);
+    auto* icon = new Label(theme, {}, TextStyle::Body);
+    icon->setIcon(u"info.circle"_s);
     icon->setColorRole(ColorRole::SecondaryLabel);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);

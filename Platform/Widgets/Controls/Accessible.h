@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+class QWidget;
+
 namespace platform {
 
 /// What a custom-painted widget tells assistive technology. A widget class derives from QWidget and
@@ -28,5 +30,13 @@ public:
     /// Makes the elements known to Qt; to call it again changes nothing.
     static void install();
 };
+
+/// Has assistive technology read a text out, once, without moving the focus.
+///
+/// From Qt 6.8 on this is an announcement of the accessibility bus. Earlier releases know none:
+/// there the widget tells that its name has changed, which is what screen readers of the time
+/// listen to; the text should therefore be the widget's name. Costs nothing where no assistive
+/// technology runs.
+void announce(QWidget* widget, const QString& text);
 
 } // namespace platform

@@ -3,6 +3,7 @@
 
 #include "Platform/Widgets/Look/Theme.h"
 
+#include <QPainter>
 #include <QWidget>
 
 namespace platform {
@@ -12,19 +13,19 @@ class Divider final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit Divider(const Theme& theme, QWidget* parent = nullptr);
-
-    /// Leaves so many pixels free at the leading edge, as between the rows of a list.
-    void setLeadingInset(int inset);
-
-    QSize sizeHint() const override { return {0, 1}; }
+    explicit Divider(const Theme& theme, QWidget* parent = nullptr)
+        : QWidget(parent)
+        , m_theme(theme) {
+        setFixedHeight(1);
+    }
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter(this).fillRect(rect(), m_theme.color(ColorRole::Divider));
+    }
 
 private:
     const Theme& m_theme;
-    int m_leadingInset = 0;
 };
 
 } // namespace platform

@@ -37,11 +37,7 @@ HeaderBar::HeaderBar(const Theme& theme, QWidget* parent)
     row->addLayout(texts, 1);
     row->addLayout(m_trailing);
 
-    observe(this, [this] {
-        setMinimumHeight(static_cast<int>(m_theme.scaled(50)));
-        [[maybe_unused]] const auto tracked = m_theme.color(ColorRole::Header);
-        update();
-    });
+    observe(this, [this] { setMinimumHeight(static_cast<int>(m_theme.scaled(50))); });
 }
 
 void HeaderBar::setTitle(const QString& title) {

@@ -2,26 +2,57 @@
 #include "Platform/Widgets/Controls/InsetSection.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/InsetCard.h"
+#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Controls/Label.h"
 
 #include <QHBoxLayout>
+#include <QPainter>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace platform {
 
 namespace {
 
-constexpr int inset = 14;          // of texts from the card's edge
+constexpr int inset = 14;          // of texts and lines from the card's edge
 constexpr qreal headerHeight = 24; // the same with an item and without
+
+/// What the rows stand on; paints the lines between them.
+class Card final : public QWidget, public AccessibleElement {
+public:
+    Card(const Theme& theme, const QString& name, QWidget* parent)
+        : QWidget(parent)
+        , m_theme(theme) {
+        setAccessibleName(name);
+        auto* rows = new QVBoxLayout(this);
+        rows->setContentsMargins({});
+        rows->setSpacing(1); // for the line
+    }
+
+    QAccessible::Role accessibleRole() const override { return QAccessible::List; }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        fillRounded(painter, rect(), Theme::cardRadius, m_theme.color(ColorRole::Card));
+        for (int i = 1; i < layout()->count(); ++i) {
+            const auto y = layout()->itemAt(i)->geometry().top() - 1;
+            const auto line = QRect(inset, y, width() - inset, 1);
+            painter.fillRect(QStyle::visualRect(layoutDirection(), rect(), line),
+                             m_theme.color(ColorRole::Divider));
+        }
+    }
+
+private:
+    const Theme& m_theme;
+};
 
 } // namespace
 
 InsetSection::InsetSection(const Theme& theme, const QString& header, const QString& footer,
                            QWidget* parent)
     : QWidget(parent)
-    , m_headerRow(new QHBoxLayout)
-    , m_card(new InsetCard(theme, this)) {
+    , m_headerRow(new QHBoxLayout) {
     auto* title = new Label(theme, header, TextStyle::Subheadline, this);
     title->setWeight(QFont::DemiBold);
     title->setColorRole(ColorRole::SecondaryLabel);
@@ -30,8 +61,7 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     m_headerRow->addWidget(title, 1);
     observe(title,
             [&theme, title] { title->setMinimumHeight(qRound(theme.scaled(headerHeight))); });
-    m_card->setAccessibleName(header);
-    m_card->raise(); // read out after its heading
+    m_card = new Card(theme, header, this); // read out after its heading
 
     auto* explanation = new Label(theme, footer, TextStyle::Caption, this);
     explanation->setColorRole(ColorRole::SecondaryLabel);
@@ -41,12 +71,11 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     footerRow->addWidget(explanation);
 
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins({});
     column->setSpacing(6);
     column->addLayout(m_headerRow);
     column->addWidget(m_card);
     column->addLayout(footerRow);
-    explanation->setVisible(!footer.isEmpty());
 }
 
 void InsetSection::setHeaderItem(QWidget* item) {
@@ -56,11 +85,9 @@ void InsetSection::setHeaderItem(QWidget* item) {
 }
 
 void InsetSection::setRows(const QList<QWidget*>& rows) {
-    m_card->setRows(rows);
-}
-
-const QList<QWidget*>& InsetSection::rows() const {
-    return m_card->rows();
+    m_rows = rows;
+    for (auto* row : rows)
+        m_card->layout()->addWidget(row);
 }
 
 } // namespace platform

@@ -10,8 +10,6 @@ class QHBoxLayout;
 
 namespace platform {
 
-class InsetCard;
-
 /// A section of an inset list: a heading, rows on a rounded card with lines between them, and a
 /// line of explanation below.
 class InsetSection final : public QWidget {
@@ -23,14 +21,14 @@ public:
 
     /// Puts a widget at the trailing end of the heading. Takes ownership.
     void setHeaderItem(QWidget* item);
-    /// Shows these rows in this order. Takes ownership; rows that were shown before and are not in
-    /// the list are destroyed, the others stay as they are.
+    /// Shows these rows in this order, once. Takes ownership.
     void setRows(const QList<QWidget*>& rows);
-    const QList<QWidget*>& rows() const;
+    const QList<QWidget*>& rows() const { return m_rows; }
 
 private:
     QHBoxLayout* m_headerRow;
-    InsetCard* m_card;
+    QWidget* m_card;
+    QList<QWidget*> m_rows;
 };
 
 } // namespace platform

@@ -45,7 +45,7 @@ function(embed_icons)
     endforeach()
     file(CONFIGURE OUTPUT "${arg_OUTPUT}" @ONLY CONTENT [=[
 // Written by EmbedIcons.cmake.
-#include "Platform/Widgets/Look/IconData.h"
+#include "Platform/Widgets/Look/Icons.h"
 
 namespace platform {
 

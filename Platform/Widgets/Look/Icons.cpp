@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Look/Icons.h"
 
-#include "Platform/Widgets/Look/IconData.h"
 #include "Platform/Widgets/Look/SvgPath.h"
 
 #include <QPainter>

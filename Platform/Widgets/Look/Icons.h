@@ -6,11 +6,23 @@
 #include <QPainterPath>
 #include <QString>
 
+#include <span>
 #include <vector>
 
 class QPainter;
 
 namespace platform {
+
+/// One path of an icon's drawing, in the square from (0, 0) to (16, 16).
+struct IconPart {
+    const char* name;   ///< the icon; its parts follow each other
+    const char* path;   ///< path data as in SVG
+    double strokeWidth; ///< 0: filled
+    bool isEvenOdd;
+};
+
+/// The parts of all icons.
+std::span<const IconPart> iconParts();
 
 /// The icons, by name ("cpu", "square.and.pencil"). A drawing is read from its path data when it is
 /// first shown, kept, and painted as a path: crisp at every size and scale, in any colour.

@@ -101,7 +101,7 @@ QColor Theme::color(ColorRole role) const {
 }
 
 void Theme::setDark(bool dark) {
-    if (dark != m_dark.valueBypassingBindings()) {
+    if (dark != m_dark) {
         m_dark = dark;
         rebuild();
     }
@@ -117,9 +117,8 @@ void Theme::setAccent(std::optional<QColor> accent) {
 }
 
 void Theme::rebuild() {
-    const auto dark = m_dark.valueBypassingBindings();
-    const auto own = QColor(dark ? ownAccentDark : ownAccentLight);
-    m_palette = palette(dark, m_accent ? QColor(m_accent->rgb()) : own);
+    const auto own = QColor(m_dark ? ownAccentDark : ownAccentLight);
+    m_palette = palette(m_dark, m_accent ? QColor(m_accent->rgb()) : own);
     m_revision = m_revision.valueBypassingBindings() + 1;
 }
 

@@ -3,12 +3,12 @@
 
 #include "Platform/Observation/Observed.h"
 #include "Platform/Widgets/Look/Icons.h"
-#include "Platform/Widgets/Look/Motion.h"
 
 #include <QColor>
 #include <QFont>
 
 #include <array>
+#include <chrono>
 #include <optional>
 
 namespace platform {
@@ -56,6 +56,22 @@ enum class ColorRole {
 /// The text styles of the program, as ratios of the desktop's own font.
 enum class TextStyle { LargeTitle, Title2, Body, Subheadline, Footnote, Caption };
 
+/// The one switch of all animations. They are off until somebody who knows the user's wish turns
+/// them on, so tests never wait for one.
+class Motion {
+public:
+    bool isEnabled() const { return m_enabled; }
+    void setEnabled(bool enabled) { m_enabled = enabled; }
+
+    /// How long an animation of the given length is to take now: its length, or no time at all.
+    std::chrono::milliseconds duration(std::chrono::milliseconds length) const {
+        return m_enabled ? length : std::chrono::milliseconds::zero();
+    }
+
+private:
+    Observed<bool> m_enabled{false};
+};
+
 /// Every colour, text style and size of the interface, for the light and the dark scheme.
 ///
 /// One object, made at the program's start and passed by reference to every widget; it outlives
@@ -71,7 +87,6 @@ public:
     /// The colour of a role; some are translucent (see ColorRole).
     QColor color(ColorRole role) const;
 
-    bool isDark() const { return m_dark; }
     void setDark(bool dark);
 
     /// The desktop's accent colour; none: our own blue. What is shown is the nearest tone of it
@@ -134,7 +149,7 @@ private:
     void rebuild();
     static Palette palette(bool dark, const QColor& accent);
 
-    Observed<bool> m_dark{false};
+    bool m_dark = false;
     Observed<int> m_revision{0}; // of the palette
     std::optional<QColor> m_accent;
     Palette m_palette;

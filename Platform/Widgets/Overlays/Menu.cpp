@@ -15,35 +15,23 @@ namespace platform {
 namespace {
 
 constexpr int padding = 5;
-constexpr int air = 6;
-constexpr int gap = 4; // below the anchor
-constexpr qreal narrowest = 150;
+constexpr int margin = 6; // to the window's edge
+constexpr int gap = 4;    // below the anchor
+constexpr qreal minimumBodyWidth = 150;
 
 } // namespace
 
-Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries,
+Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global,
            QWidget* anchor)
-    : Menu(theme, title, std::move(entries), anchor, QPoint()) {}
-
-Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global)
-    : Menu(theme, title, std::move(entries), nullptr, global) {}
-
-Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries,
-           QWidget* anchor, QPoint global)
-    : OverlaySurface(theme, title)
-    , m_anchor(anchor)
+    : Panel(theme, Kind::Menu, title, anchor)
     , m_global(global) {
-    auto* layout = new QVBoxLayout(this);
-    const auto margins = contentsMargins() + QMargins(padding, padding, padding, padding);
-    setContentsMargins(0, 0, 0, 0);
-    layout->setContentsMargins(margins);
-    layout->setSpacing(0);
+    column()->setContentsMargins(column()->contentsMargins() +
+                                 QMargins(padding, padding, padding, padding));
     for (auto& entry : entries) {
         if (entry.title.isEmpty()) {
-            auto* line = new Divider(theme, this);
-            layout->addSpacing(padding);
-            layout->addWidget(line);
-            layout->addSpacing(padding);
+            column()->addSpacing(padding);
+            column()->addWidget(new Divider(theme, this));
+            column()->addSpacing(padding);
             continue;
         }
         auto* row = new Button(theme, Button::Look::MenuRow, entry.title, entry.icon, this);
@@ -52,7 +40,7 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
             if (action)
                 action();
         });
-        layout->addWidget(row);
+        column()->addWidget(row);
         m_rows.push_back(row);
     }
 }
@@ -65,27 +53,19 @@ Button* Menu::rowAt(QPoint global) const {
 }
 
 QRect Menu::place(const QRect& area) {
+    const auto free = area.adjusted(margin, margin, -margin, -margin);
     auto size = layout()->sizeHint() - QSize(2 * Shadow::extent, 2 * Shadow::extent);
-    size.setWidth(std::max(size.width(), static_cast<int>(theme().scaled(narrowest))));
-    size = size.boundedTo(area.size() - QSize(2 * air, 2 * air));
-    QRect body(QPoint(), size);
-    const auto host = [this](QPoint global) { return parentWidget()->mapFromGlobal(global); };
-    if (m_anchor != nullptr) {
-        const QRect anchor(host(m_anchor->mapToGlobal(QPoint(0, 0))), m_anchor->size());
-        const bool isLeft = m_anchor->layoutDirection() == Qt::RightToLeft;
-        body.moveTop(anchor.bottom() + gap);
-        isLeft ? body.moveLeft(anchor.left()) : body.moveRight(anchor.right());
-    } else {
-        body.moveTopLeft(host(m_global));
+    size.setWidth(std::max(size.width(), static_cast<int>(theme().scaled(minimumBodyWidth))));
+    QRect body(parentWidget()->mapFromGlobal(m_global), size.boundedTo(free.size()));
+    if (const auto* above = anchor()) {
+        const QRect rect(parentWidget()->mapFromGlobal(above->mapToGlobal(QPoint())),
+                         above->size());
+        body.moveTop(rect.bottom() + gap);
+        above->isRightToLeft() ? body.moveLeft(rect.left()) : body.moveRight(rect.right());
     }
-    const auto free = area.adjusted(air, air, -air, -air);
     body.moveLeft(std::max(free.left(), std::min(body.left(), free.right() + 1 - body.width())));
     body.moveTop(std::max(free.top(), std::min(body.top(), free.bottom() + 1 - body.height())));
     return body;
-}
-
-QWidget* Menu::initialFocus() {
-    return m_startsAtFirst && !m_rows.empty() ? m_rows.front() : nullptr;
 }
 
 void Menu::focusRow(qsizetype index) {
@@ -95,16 +75,15 @@ void Menu::focusRow(qsizetype index) {
 }
 
 void Menu::keyPressEvent(QKeyEvent* event) {
-    const auto now = std::find_if(m_rows.begin(), m_rows.end(),
-                                  [](const Button* row) { return row->hasFocus(); });
-    const bool isOnRow = now != m_rows.end();
-    const auto index = isOnRow ? std::distance(m_rows.begin(), now) : -1;
+    const auto focused = std::find_if(m_rows.begin(), m_rows.end(),
+                                      [](const Button* row) { return row->hasFocus(); });
+    const auto index = focused == m_rows.end() ? -1 : std::distance(m_rows.begin(), focused);
     switch (event->key()) {
     case Qt::Key_Down:
         focusRow(index + 1);
         break;
     case Qt::Key_Up:
-        focusRow(isOnRow ? index - 1 : -1);
+        focusRow(std::max<qsizetype>(index, 0) - 1);
         break;
     case Qt::Key_Home:
         focusRow(0);
@@ -113,10 +92,8 @@ void Menu::keyPressEvent(QKeyEvent* event) {
         focusRow(-1);
         break;
     default:
-        OverlaySurface::keyPressEvent(event);
-        return;
+        Panel::keyPressEvent(event);
     }
-    event->accept();
 }
 
 } // namespace platform

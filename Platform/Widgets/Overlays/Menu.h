@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Overlays/OverlaySurface.h"
-
-#include <QPointer>
-#include <QString>
+#include "Platform/Widgets/Overlays/Panel.h"
 
 #include <functional>
 #include <vector>
 
 namespace platform {
-
-class Button;
 
 /// One line of a menu; without a title: a line between groups.
 struct MenuEntry {
@@ -23,38 +18,32 @@ struct MenuEntry {
 };
 
 /// A menu: entries to point at, or to walk through with the arrow keys and press with Return.
-class Menu final : public OverlaySurface {
+/// Drawn inside the window like every panel: a pop-up window of the toolkit's would be placed by a
+/// Wayland compositor, and show black corners on X11 without one.
+class Menu final : public Panel {
     Q_OBJECT
 
 public:
-    /// Hangs below a widget, at its trailing edge.
-    Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QWidget* anchor);
-    /// Opens at a point of the screen, as a context menu.
-    Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global);
+    /// Opens at a point of the screen, as a context menu, or hangs below the trailing edge of an
+    /// anchor.
+    Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global,
+         QWidget* anchor = nullptr);
 
-    /// The first entry has the focus from the start: for menus opened from the keyboard.
-    void setStartsAtFirst(bool startsAtFirst) { m_startsAtFirst = startsAtFirst; }
+    /// Puts the focus on the first entry: for menus opened from the keyboard.
+    void focusFirst() { focusRow(0); }
     /// The row under a point of the screen; none: null.
     Button* rowAt(QPoint global) const;
 
-    QRect place(const QRect& area) override;
-    QWidget* initialFocus() override;
-    QAccessible::Event openingEvent() const override { return QAccessible::PopupMenuStart; }
-    QAccessible::Role accessibleRole() const override { return QAccessible::PopupMenu; }
-
 protected:
-    qreal cornerRadius() const override { return Theme::menuRadius; }
+    QRect place(const QRect& area) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QWidget* anchor,
-         QPoint global);
+    /// One before the first is the last, one behind the last is the first.
     void focusRow(qsizetype index);
 
     std::vector<Button*> m_rows;
-    QPointer<QWidget> m_anchor;
     QPoint m_global;
-    bool m_startsAtFirst = false;
 };
 
 } // namespace platform

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 
-#include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Look/Contrast.h"
-#include "Platform/Widgets/Overlays/OverlaySurface.h"
+#include "Platform/Widgets/Overlays/Panel.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -25,7 +24,7 @@ using namespace std::chrono_literals;
 
 constexpr auto openingTime = 160ms;
 constexpr auto closingTime = 120ms;
-constexpr int rise = 8; // pixels that a surface travels while it opens
+constexpr int rise = 8; // pixels that a panel travels while it opens
 
 /// Runs `step` with values from 0 to 1, then `finished`; at once with 1 if there is no time.
 QVariantAnimation* animate(QObject* owner, std::chrono::milliseconds time,
@@ -47,6 +46,12 @@ QVariantAnimation* animate(QObject* owner, std::chrono::milliseconds time,
     return animation;
 }
 
+QAccessible::Event openingEvent(Panel::Kind kind) {
+    if (kind == Panel::Kind::Menu)
+        return QAccessible::PopupMenuStart;
+    return kind == Panel::Kind::Alert ? QAccessible::Alert : QAccessible::DialogStart;
+}
+
 } // namespace
 
 OverlayHost::OverlayHost(const Theme& theme, QWidget* covered)
@@ -55,59 +60,57 @@ OverlayHost::OverlayHost(const Theme& theme, QWidget* covered)
     hide();
     setGeometry(covered->rect());
     covered->installEventFilter(this);
-    observe(this, [this] {
-        [[maybe_unused]] const auto tracked = m_theme.color(ColorRole::Scrim);
-        update();
-    });
 }
 
 OverlayHost::~OverlayHost() {
-    // The surfaces go with us as children; they must not ask us to be dismissed meanwhile.
+    // The panels go with us as children; they must not ask us to be dismissed meanwhile.
     for (auto& shown : m_shown)
-        shown.surface->m_host = nullptr;
+        shown.panel->m_host = nullptr;
 }
 
-OverlaySurface* OverlayHost::top() const {
-    return m_shown.empty() ? nullptr : m_shown.back().surface;
+Panel* OverlayHost::top() const {
+    return m_shown.empty() ? nullptr : m_shown.back().panel;
 }
 
 bool OverlayHost::isDimmed() const {
     return std::any_of(
         m_shown.begin(), m_shown.end(),
-        [](const Shown& shown) { return shown.surface->dimsGround(); });
+        [](const Shown& shown) {
+            return shown.panel->kind() == Panel::Kind::Sheet ||
+                   shown.panel->kind() == Panel::Kind::Alert;
+        });
 }
 
 Qt::FocusReason OverlayHost::focusReason() const {
-    // Opened from the keyboard, the surface shows at once where the keyboard is.
+    // Opened from the keyboard, the panel shows at once where the keyboard is.
     return m_lastInputWasKey ? Qt::TabFocusReason : Qt::PopupFocusReason;
 }
 
-void OverlayHost::add(OverlaySurface* surface, std::function<void()> onDismissed) {
-    surface->m_host = this;
-    m_shown.push_back({surface, QApplication::focusWidget(), std::move(onDismissed)});
-    surface->setParent(this);
+void OverlayHost::add(Panel* panel, std::function<void()> onDismissed) {
+    panel->m_host = this;
+    m_shown.push_back({panel, QApplication::focusWidget(), std::move(onDismissed)});
+    panel->setParent(this);
     updateVisibility();
-    place(*surface);
-    surface->show();
-    surface->raise();
-    auto* focus = surface->initialFocus();
-    (focus != nullptr ? focus : surface)->setFocus(focusReason());
+    panel->fit();
+    panel->show();
+    panel->raise();
+    panel->initialFocus()->setFocus(focusReason());
     fadeScrim();
-    animateIn(*surface);
-    QAccessibleEvent event(surface, surface->openingEvent());
+    animateIn(*panel);
+    QAccessibleEvent event(panel, openingEvent(panel->kind()));
     QAccessible::updateAccessibility(&event);
 }
 
-void OverlayHost::dismiss(OverlaySurface* surface) {
-    const auto isIt = [surface](const Shown& shown) { return shown.surface == surface; };
+void OverlayHost::dismiss(Panel* panel) {
+    const auto isIt = [panel](const Shown& shown) { return shown.panel == panel; };
     while (std::any_of(m_shown.begin(), m_shown.end(), isIt)) {
         const auto gone = std::move(m_shown.back());
         m_shown.pop_back();
-        gone.surface->m_host = nullptr;
-        animateOut(*gone.surface);
+        gone.panel->m_host = nullptr;
+        animateOut(*gone.panel);
         giveFocusBack(gone);
-        gone.surface->hide();
-        gone.surface->deleteLater();
+        gone.panel->hide();
+        gone.panel->deleteLater();
         fadeScrim();
         updateVisibility();
         if (gone.onDismissed)
@@ -117,55 +120,51 @@ void OverlayHost::dismiss(OverlaySurface* surface) {
 
 void OverlayHost::giveFocusBack(const Shown& gone) {
     auto* now = QApplication::focusWidget();
-    if (now != nullptr && now != gone.surface && !gone.surface->isAncestorOf(now))
+    if (now != nullptr && now != gone.panel && !gone.panel->isAncestorOf(now))
         return; // somebody has taken it meanwhile
     auto* before = gone.focusBefore.data();
     if (before != nullptr && before->isVisible() && before->isEnabled())
         before->setFocus(focusReason());
     else if (!m_shown.empty())
-        m_shown.back().surface->setFocus(focusReason());
+        m_shown.back().panel->setFocus(focusReason());
 }
 
 void OverlayHost::pressedOutside() {
-    if (auto* surface = top(); surface != nullptr && surface->closesOnOutsideClick())
-        dismiss(surface);
+    if (auto* panel = top(); panel != nullptr && panel->kind() != Panel::Kind::Alert)
+        dismiss(panel);
 }
 
-void OverlayHost::place(OverlaySurface& surface) {
-    surface.setBodyGeometry(surface.place(rect()));
-}
-
-void OverlayHost::animateIn(OverlaySurface& surface) {
+void OverlayHost::animateIn(Panel& panel) {
     const auto time = m_theme.motion().duration(openingTime);
     if (time == time.zero())
         return;
-    auto* effect = new QGraphicsOpacityEffect(&surface);
+    auto* effect = new QGraphicsOpacityEffect(&panel);
     effect->setOpacity(0);
-    surface.setGraphicsEffect(effect);
-    auto* moving = &surface;
+    panel.setGraphicsEffect(effect);
+    auto* moving = &panel;
     const auto step = [this, moving, effect](qreal share) {
         effect->setOpacity(share);
-        place(*moving);
+        moving->fit();
         moving->move(moving->pos() + QPoint(0, qRound((1 - share) * rise)));
     };
     animate(moving, time, step, [moving] { moving->setGraphicsEffect(nullptr); });
     step(0);
 }
 
-void OverlayHost::animateOut(OverlaySurface& surface) {
+void OverlayHost::animateOut(Panel& panel) {
     const auto time = m_theme.motion().duration(closingTime);
-    if (time == time.zero() || !surface.isVisible())
+    if (time == time.zero() || !panel.isVisible())
         return;
-    const auto ghost = std::make_shared<Ghost>(Ghost{surface.grab(), surface.geometry(), 1.0});
-    m_ghosts.push_back(ghost);
+    const auto snapshot = std::make_shared<Snapshot>(Snapshot{panel.grab(), panel.geometry(), 1.0});
+    m_fading.push_back(snapshot);
     animate(
         this, time,
-        [this, ghost](qreal share) {
-            ghost->opacity = 1 - share;
-            update(ghost->geometry);
+        [this, snapshot](qreal share) {
+            snapshot->opacity = 1 - share;
+            update(snapshot->geometry);
         },
-        [this, ghost] {
-            std::erase(m_ghosts, ghost);
+        [this, snapshot] {
+            std::erase(m_fading, snapshot);
             updateVisibility();
         });
 }
@@ -187,9 +186,9 @@ void OverlayHost::fadeScrim() {
 }
 
 void OverlayHost::updateVisibility() {
-    // While the last surface fades the window beneath already hears the pointer.
+    // While the last panel fades the window beneath already hears the pointer.
     setAttribute(Qt::WA_TransparentForMouseEvents, m_shown.empty());
-    const bool isNeeded = !m_shown.empty() || !m_ghosts.empty() || m_scrim > 0;
+    const bool isNeeded = !m_shown.empty() || !m_fading.empty() || m_scrim > 0;
     if (isNeeded && isHidden()) {
         setGeometry(parentWidget()->rect());
         setVisible(true);
@@ -212,7 +211,7 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
     } else if (event->type() == QEvent::Resize) {
         setGeometry(parentWidget()->rect());
         for (auto& shown : m_shown)
-            place(*shown.surface);
+            shown.panel->fit();
     } else if (event->type() == QEvent::ChildAdded) {
         raise();
     }
@@ -232,9 +231,9 @@ void OverlayHost::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     if (m_scrim > 0)
         painter.fillRect(event->rect(), withOpacity(m_theme.color(ColorRole::Scrim), m_scrim));
-    for (const auto& ghost : m_ghosts) {
-        painter.setOpacity(ghost->opacity);
-        painter.drawPixmap(ghost->geometry.topLeft(), ghost->picture);
+    for (const auto& snapshot : m_fading) {
+        painter.setOpacity(snapshot->opacity);
+        painter.drawPixmap(snapshot->geometry.topLeft(), snapshot->picture);
     }
 }
 

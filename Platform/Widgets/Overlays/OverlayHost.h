@@ -13,7 +13,7 @@
 
 namespace platform {
 
-class OverlaySurface;
+class Panel;
 
 /// The layer over a window's content on which menus, popovers, sheets and alerts are shown. Nothing
 /// leaves the window, so it looks the same under every compositor.
@@ -27,25 +27,25 @@ public:
     OverlayHost(const Theme& theme, QWidget* covered);
     ~OverlayHost() override;
 
-    /// Shows a surface above all others and moves the focus into it. `onDismissed` is called once
+    /// Shows a panel above all others and moves the focus into it. `onDismissed` is called once
     /// when it has been closed, in whatever way, after the focus has gone back to where it was; not
     /// called if the host goes first.
-    template <class Surface>
-    Surface* present(std::unique_ptr<Surface> surface, std::function<void()> onDismissed = {}) {
-        auto* shown = surface.release();
+    template <class PanelClass>
+    PanelClass* present(std::unique_ptr<PanelClass> panel, std::function<void()> onDismissed = {}) {
+        auto* shown = panel.release();
         add(shown, std::move(onDismissed));
         return shown;
     }
 
-    /// Closes a surface and all that were opened over it; one that is not shown: does nothing.
-    void dismiss(OverlaySurface* surface);
+    /// Closes a panel and all that were opened over it; one that is not shown: does nothing.
+    void dismiss(Panel* panel);
 
     /// Whether anything is shown.
     bool isPresenting() const { return !m_shown.empty(); }
-    /// The surface on top; none: null.
-    OverlaySurface* top() const;
+    /// The panel on top; none: null.
+    Panel* top() const;
 
-    /// A click beside the surface on top.
+    /// A click beside the panel on top.
     void pressedOutside();
 
 protected:
@@ -56,22 +56,21 @@ protected:
 
 private:
     struct Shown {
-        OverlaySurface* surface;
+        Panel* panel;
         QPointer<QWidget> focusBefore;
         std::function<void()> onDismissed;
     };
-    /// The picture of a surface that is gone, while it fades.
-    struct Ghost {
+    /// The picture of a panel that is gone, while it fades.
+    struct Snapshot {
         QPixmap picture;
         QRect geometry;
         qreal opacity;
     };
 
-    void add(OverlaySurface* surface, std::function<void()> onDismissed);
-    void place(OverlaySurface& surface);
+    void add(Panel* panel, std::function<void()> onDismissed);
     void giveFocusBack(const Shown& gone);
-    void animateIn(OverlaySurface& surface);
-    void animateOut(OverlaySurface& surface);
+    void animateIn(Panel& panel);
+    void animateOut(Panel& panel);
     void fadeScrim();
     void updateVisibility();
     bool isDimmed() const;
@@ -79,7 +78,7 @@ private:
 
     const Theme& m_theme;
     std::vector<Shown> m_shown; // bottom up
-    std::vector<std::shared_ptr<Ghost>> m_ghosts;
+    std::vector<std::shared_ptr<Snapshot>> m_fading;
     qreal m_scrim = 0; // 0 to 1
     QPointer<QObject> m_scrimAnimation;
     QPointer<QObject> m_watchedWindow;

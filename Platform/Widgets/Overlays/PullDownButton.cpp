@@ -10,36 +10,36 @@
 
 namespace platform {
 
-PullDownButton::PullDownButton(const Theme& theme, const QString& name, QString icon,
-                               OverlayHost& host, QWidget* parent)
-    : Button(theme, Look::Icon, name, std::move(icon), parent)
-    , m_host(host) {}
+PullDownButton::PullDownButton(const Theme& theme, const QString& name, const QString& icon,
+                               OverlayHost& host, std::function<std::vector<MenuEntry>()> entries,
+                               QWidget* parent)
+    : Button(theme, Look::Icon, name, icon, parent)
+    , m_host(host)
+    , m_entries(std::move(entries)) {}
 
-void PullDownButton::setEntries(std::function<std::vector<MenuEntry>()> entries) {
-    m_entries = std::move(entries);
+void PullDownButton::openMenu() {
+    if (m_menu != nullptr)
+        return;
+    const auto closed = [self = QPointer(this)] {
+        if (self != nullptr)
+            self->setMenu(nullptr);
+    };
+    setMenu(m_host.present(std::make_unique<Menu>(theme(), text(), m_entries(), QPoint(), this),
+                           closed));
 }
 
-void PullDownButton::openMenu(bool startsAtFirst) {
-    if (m_menu != nullptr || !m_entries)
-        return;
-    auto menu = std::make_unique<Menu>(theme(), text(), m_entries(), this);
-    menu->setStartsAtFirst(startsAtFirst);
-    const auto announce = [](PullDownButton* button) {
-        QAccessible::State changed;
-        changed.expanded = true;
-        QAccessibleStateChangeEvent event(button, changed);
-        QAccessible::updateAccessibility(&event);
-    };
-    setDown(true);
-    const QPointer<PullDownButton> self(this);
-    m_menu = m_host.present(std::move(menu), [self, announce] {
-        if (self != nullptr) {
-            self->m_menu = nullptr;
-            self->setDown(false);
-            announce(self);
-        }
-    });
-    announce(this);
+void PullDownButton::openMenuAtFirst() {
+    openMenu();
+    m_menu->focusFirst();
+}
+
+void PullDownButton::setMenu(Menu* menu) {
+    m_menu = menu;
+    setDown(menu != nullptr);
+    QAccessible::State changed;
+    changed.expanded = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
 }
 
 void PullDownButton::addAccessibleState(QAccessible::State& state) const {
@@ -56,7 +56,7 @@ QStringList PullDownButton::accessibleActions() const {
 }
 
 void PullDownButton::performAccessibleAction(const QString& /*name*/) {
-    openMenu(true);
+    openMenuAtFirst();
 }
 
 void PullDownButton::keyPressEvent(QKeyEvent* event) {
@@ -65,7 +65,7 @@ void PullDownButton::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Down:
-        openMenu(true);
+        openMenuAtFirst();
         break;
     default:
         Button::keyPressEvent(event);
@@ -74,7 +74,7 @@ void PullDownButton::keyPressEvent(QKeyEvent* event) {
 
 void PullDownButton::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton)
-        openMenu(false);
+        openMenu();
 }
 
 void PullDownButton::mouseMoveEvent(QMouseEvent* event) {
@@ -84,10 +84,9 @@ void PullDownButton::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void PullDownButton::mouseReleaseEvent(QMouseEvent* event) {
-    if (m_menu != nullptr) {
-        if (auto* row = m_menu->rowAt(event->globalPosition().toPoint()))
-            row->click();
-    }
+    auto* row = m_menu == nullptr ? nullptr : m_menu->rowAt(event->globalPosition().toPoint());
+    if (row != nullptr)
+        row->click();
 }
 
 } // namespace platform

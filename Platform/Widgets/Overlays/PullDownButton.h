@@ -19,15 +19,12 @@ class PullDownButton final : public Button {
     Q_OBJECT
 
 public:
-    /// The host outlives the button's use.
-    PullDownButton(const Theme& theme, const QString& name, QString icon, OverlayHost& host,
-                   QWidget* parent = nullptr);
+    /// The host outlives the button's use. `entries` is asked each time the menu opens.
+    PullDownButton(const Theme& theme, const QString& name, const QString& icon, OverlayHost& host,
+                   std::function<std::vector<MenuEntry>()> entries, QWidget* parent = nullptr);
 
-    /// `entries` is asked each time the menu opens.
-    void setEntries(std::function<std::vector<MenuEntry>()> entries);
     /// The open menu; none: null.
     Menu* menu() const { return m_menu; }
-    void openMenu(bool startsAtFirst);
 
     QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
     void addAccessibleState(QAccessible::State& state) const override;
@@ -41,6 +38,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    void openMenu();
+    void openMenuAtFirst();
+    void setMenu(Menu* menu);
+
     OverlayHost& m_host;
     std::function<std::vector<MenuEntry>()> m_entries;
     QPointer<Menu> m_menu;

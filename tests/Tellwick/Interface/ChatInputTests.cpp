@@ -24,189 +24,175 @@ private Q_SLOTS:
     }
     void cleanup() { m.reset(); }
 
-    void theSendButtonsColourFollowsTheDraft_data();
-    void theSendButtonsColourFollowsTheDraft();
-    void typingBlanksKeepsTheButtonGreyAndALetterColoursIt();
-    void aDraftOfLineBreaksIsColouredAndNotSent();
-    void theFieldHasTheFocusFromTheStart();
-    void theFieldAndTheDraftAreOne();
-    void theFieldGrowsToSixLinesAndThenScrolls();
-    void theInputBarIsLaidOutAsAsked();
-    void shiftReturnMakesANewLine();
-    void typingGoesToTheFieldWhereverTheFocusIs();
-    void shortcutsOfOthersAreNotTyped();
-    void tabReachesEveryControlAndComesBack();
-    void returnDuringACompositionDoesNotSend();
-};
-
-void ChatInputTests::theSendButtonsColourFollowsTheDraft_data() {
-    QTest::addColumn<QString>("draft");
-    QTest::addColumn<ColorRole>("color");
-    const auto grey = ColorRole::SecondaryLabel;
-    const auto accent = ColorRole::Accent;
-    QTest::newRow("nothing") << u""_s << grey;
-    QTest::newRow("three blanks") << u"   "_s << grey;
-    QTest::newRow("a tab") << u"\t"_s << grey;
-    QTest::newRow("blanks of other widths") << u"\u00A0\u2003\u202F\u3000"_s << grey;
-    QTest::newRow("a letter") << u"a"_s << accent;
-    QTest::newRow("a letter between blanks") << u" \ta "_s << accent;
-    QTest::newRow("a line break") << u"\n"_s << accent;
-    QTest::newRow("line breaks between blanks") << u" \n\n "_s << accent;
-    QTest::newRow("a blank of no width") << u"\u200B"_s << accent;
-}
-
-void ChatInputTests::theSendButtonsColourFollowsTheDraft() {
-    QFETCH(QString, draft);
-    QFETCH(ColorRole, color);
-    m->vm().draft = draft;
-    QCOMPARE(m->chat()->sendButtonColor(), color);
-    m->flush();
-    QCOMPARE(m->sendButton()->colorRole(), color);
-    QVERIFY(m->sendButton()->isEnabled());
-    m->vm().isGenerating = true;
-    QCOMPARE(m->chat()->sendButtonColor(), ColorRole::Red);
-    m->flush();
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Red);
-    QVERIFY(m->sendButton()->isEnabled());
-    m->vm().isGenerating = false;
-}
-
-void ChatInputTests::typingBlanksKeepsTheButtonGreyAndALetterColoursIt() {
-    screen().type("   ");
-    QCOMPARE(m->vm().draft.value(), u"   "_s);
-    m->flush();
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
-    screen().type("a");
-    m->flush();
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
-}
-
-void ChatInputTests::aDraftOfLineBreaksIsColouredAndNotSent() {
-    screen().key(Qt::Key_Return, Qt::ShiftModifier);
-    screen().key(Qt::Key_Return, Qt::ShiftModifier);
-    QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
-    m->flush();
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
-    screen().key(Qt::Key_Return);
-    screen().key(Qt::Key_Return, Qt::ControlModifier);
-    QVERIFY(screen().click(u"Send"_s));
-    QVERIFY(m->vm().messages.value().isEmpty());
-    QVERIFY(!m->vm().isGenerating.value());
-    QVERIFY(!m->vm().availabilityError.value());
-    QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
-}
-
-void ChatInputTests::theFieldHasTheFocusFromTheStart() {
-    QVERIFY(m->field()->hasFocus());
-    QVERIFY(screen().find(u"Message"_s)->state().focused);
-    QCOMPARE(m->field()->placeholderText(), u"Message"_s);
-}
-
-void ChatInputTests::theFieldAndTheDraftAreOne() {
-    screen().type("Hi");
-    QCOMPARE(m->vm().draft.value(), u"Hi"_s);
-    m->vm().draft = u"From elsewhere\nin two lines"_s;
-    m->flush();
-    QCOMPARE(m->field()->text(), u"From elsewhere\nin two lines"_s);
-    screen().type("!");
-    QCOMPARE(m->vm().draft.value(), u"From elsewhere\nin two lines!"_s);
-}
-
-void ChatInputTests::theFieldGrowsToSixLinesAndThenScrolls() {
-    const int one = m->field()->height();
-    int before = one;
-    for (int lines = 2; lines <= 6; ++lines) {
-        screen().key(Qt::Key_Return, Qt::ShiftModifier);
-        m->flush();
-        QCOMPARE(m->field()->visibleLines(), lines);
-        QTRY_VERIFY(m->field()->height() > before);
-        before = m->field()->height();
+    void theSendButtonsColourFollowsTheDraft_data() {
+        QTest::addColumn<QString>("draft");
+        QTest::addColumn<ColorRole>("color");
+        const auto grey = ColorRole::SecondaryLabel;
+        const auto accent = ColorRole::Accent;
+        QTest::newRow("nothing") << u""_s << grey;
+        QTest::newRow("three blanks") << u"   "_s << grey;
+        QTest::newRow("a tab") << u"\t"_s << grey;
+        QTest::newRow("blanks of other widths") << u"\u00A0\u2003\u202F\u3000"_s << grey;
+        QTest::newRow("a letter") << u"a"_s << accent;
+        QTest::newRow("a letter between blanks") << u" \ta "_s << accent;
+        QTest::newRow("a line break") << u"\n"_s << accent;
+        QTest::newRow("line breaks between blanks") << u" \n\n "_s << accent;
+        QTest::newRow("a blank of no width") << u"\u200B"_s << accent;
     }
-    for (int lines = 7; lines <= 20; ++lines)
-        screen().key(Qt::Key_Return, Qt::ShiftModifier);
-    m->flush();
-    QCoreApplication::processEvents();
-    QCOMPARE(m->field()->height(), before);
-    QVERIFY(m->field()->verticalScrollBar()->maximum() > 0);
-    m->vm().draft = QString();
-    m->flush();
-    QTRY_COMPARE(m->field()->height(), one);
-}
+    void theSendButtonsColourFollowsTheDraft() {
+        QFETCH(QString, draft);
+        QFETCH(ColorRole, color);
+        m->vm().draft = draft;
+        QCOMPARE(m->chat()->sendButtonColor(), color);
+        m->flush();
+        QCOMPARE(m->sendButton()->colorRole(), color);
+        QVERIFY(m->sendButton()->isEnabled());
+        m->vm().isGenerating = true;
+        QCOMPARE(m->chat()->sendButtonColor(), ColorRole::Red);
+        m->flush();
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Red);
+        QVERIFY(m->sendButton()->isEnabled());
+        m->vm().isGenerating = false;
+    }
 
-void ChatInputTests::theInputBarIsLaidOutAsAsked() {
-    for (int lines = 1; lines <= 4; ++lines) {
-        const QRect field = m->placeOf(m->field());
-        const QRect button = m->placeOf(m->sendButton());
-        QCOMPARE(field.left(), 12);
-        QCOMPARE(button.left(), field.right() + 1 + 8);
-        QCOMPARE(button.right(), m->view->width() - 1 - 12);
-        QCOMPARE(button.bottom(), field.bottom());
-        QCOMPARE(field.bottom(), m->view->height() - 1 - 10);
+    void typingBlanksKeepsTheButtonGreyAndALetterColoursIt() {
+        screen().type("   ");
+        QCOMPARE(m->vm().draft.value(), u"   "_s);
+        m->flush();
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
+        screen().type("a");
+        m->flush();
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+    }
+
+    void aDraftOfLineBreaksIsColouredAndNotSent() {
         screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
+        m->flush();
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+        screen().key(Qt::Key_Return);
+        screen().key(Qt::Key_Return, Qt::ControlModifier);
+        QVERIFY(screen().click(u"Send"_s));
+        QVERIFY(m->vm().messages.value().isEmpty());
+        QVERIFY(!m->vm().isGenerating.value());
+        QVERIFY(!m->vm().availabilityError.value());
+        QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
+    }
+
+    void theFieldHasTheFocusFromTheStart() {
+        QVERIFY(m->field()->hasFocus());
+        QVERIFY(screen().find(u"Message"_s)->state().focused);
+        QCOMPARE(m->field()->placeholderText(), u"Message"_s);
+    }
+
+    void theFieldAndTheDraftAreOne() {
+        screen().type("Hi");
+        QCOMPARE(m->vm().draft.value(), u"Hi"_s);
+        m->vm().draft = u"From elsewhere\nin two lines"_s;
+        m->flush();
+        QCOMPARE(m->field()->text(), u"From elsewhere\nin two lines"_s);
+        screen().type("!");
+        QCOMPARE(m->vm().draft.value(), u"From elsewhere\nin two lines!"_s);
+    }
+
+    void theFieldGrowsToSixLinesAndThenScrolls() {
+        const int one = m->field()->height();
+        int before = one;
+        for (int lines = 2; lines <= 6; ++lines) {
+            screen().key(Qt::Key_Return, Qt::ShiftModifier);
+            m->flush();
+            QCOMPARE(m->field()->visibleLines(), lines);
+            QTRY_VERIFY(m->field()->height() > before);
+            before = m->field()->height();
+        }
+        for (int lines = 7; lines <= 20; ++lines)
+            screen().key(Qt::Key_Return, Qt::ShiftModifier);
         m->flush();
         QCoreApplication::processEvents();
+        QCOMPARE(m->field()->height(), before);
+        QVERIFY(m->field()->verticalScrollBar()->maximum() > 0);
+        m->vm().draft = QString();
+        m->flush();
+        QTRY_COMPARE(m->field()->height(), one);
     }
-}
 
-void ChatInputTests::shiftReturnMakesANewLine() {
-    screen().type("a");
-    screen().key(Qt::Key_Return, Qt::ShiftModifier);
-    screen().type("b");
-    QCOMPARE(m->vm().draft.value(), u"a\nb"_s);
-    QVERIFY(m->vm().messages.value().isEmpty());
-}
+    void theInputBarIsLaidOutAsAsked() {
+        for (int lines = 1; lines <= 4; ++lines) {
+            const QRect field = m->placeOf(m->field());
+            const QRect button = m->placeOf(m->sendButton());
+            QCOMPARE(field.left(), 12);
+            QCOMPARE(button.left(), field.right() + 1 + 8);
+            QCOMPARE(button.right(), m->view->width() - 1 - 12);
+            QCOMPARE(button.bottom(), field.bottom());
+            QCOMPARE(field.bottom(), m->view->height() - 1 - 10);
+            screen().key(Qt::Key_Return, Qt::ShiftModifier);
+            m->flush();
+            QCoreApplication::processEvents();
+        }
+    }
 
-void ChatInputTests::typingGoesToTheFieldWhereverTheFocusIs() {
-    for (const QString& name : {u"Proofread"_s, u"More"_s, u"Send"_s}) {
-        screen().widget(name)->setFocus();
-        QVERIFY(!m->field()->hasFocus());
-        screen().type("x");
+    void shiftReturnMakesANewLine() {
+        screen().type("a");
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        screen().type("b");
+        QCOMPARE(m->vm().draft.value(), u"a\nb"_s);
+        QVERIFY(m->vm().messages.value().isEmpty());
+    }
+
+    void typingGoesToTheFieldWhereverTheFocusIs() {
+        for (const QString& name : {u"Proofread"_s, u"More"_s, u"Send"_s}) {
+            screen().widget(name)->setFocus();
+            QVERIFY(!m->field()->hasFocus());
+            screen().type("x");
+            QVERIFY(m->field()->hasFocus());
+        }
+        QCOMPARE(m->vm().draft.value(), u"xxx"_s);
+        QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+        m->flush();
+        m->column()->setFocus();
+        screen().type("y");
         QVERIFY(m->field()->hasFocus());
+        QCOMPARE(m->vm().draft.value(), u"y"_s);
     }
-    QCOMPARE(m->vm().draft.value(), u"xxx"_s);
-    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
-    m->flush();
-    m->column()->setFocus();
-    screen().type("y");
-    QVERIFY(m->field()->hasFocus());
-    QCOMPARE(m->vm().draft.value(), u"y"_s);
-}
 
-void ChatInputTests::shortcutsOfOthersAreNotTyped() {
-    screen().widget(u"Proofread"_s)->setFocus();
-    screen().key(Qt::Key_J, Qt::ControlModifier);
-    screen().key(Qt::Key_J, Qt::AltModifier);
-    screen().key(Qt::Key_F5);
-    screen().key(Qt::Key_Escape);
-    QCOMPARE(m->vm().draft.value(), QString());
-    QVERIFY(screen().widget(u"Proofread"_s)->hasFocus());
-}
+    void shortcutsOfOthersAreNotTyped() {
+        screen().widget(u"Proofread"_s)->setFocus();
+        screen().key(Qt::Key_J, Qt::ControlModifier);
+        screen().key(Qt::Key_J, Qt::AltModifier);
+        screen().key(Qt::Key_F5);
+        screen().key(Qt::Key_Escape);
+        QCOMPARE(m->vm().draft.value(), QString());
+        QVERIFY(screen().widget(u"Proofread"_s)->hasFocus());
+    }
 
-void ChatInputTests::tabReachesEveryControlAndComesBack() {
-    m->vm().setMode(AppConfig::writingModes().first());
-    m->flush();
-    QStringList reached;
-    do {
-        screen().key(Qt::Key_Tab);
-        auto* focus = QApplication::focusWidget();
-        auto* element = QAccessible::queryAccessibleInterface(focus);
-        reached.append(element->text(QAccessible::Name));
-    } while (!m->field()->hasFocus() && reached.size() < 30);
-    for (const QString& name : {u"Send"_s, u"More"_s, u"Proofread"_s, u"Summarise"_s,
-                                u"Explain Simply"_s, u"Rewrite"_s, u"Clear mode"_s, u"Message"_s})
-        QVERIFY2(reached.contains(name), qPrintable(name));
-    QVERIFY(!reached.contains(u"New Chat"_s)); // there is nothing to leave
-}
+    void tabReachesEveryControlAndComesBack() {
+        m->vm().setMode(AppConfig::writingModes().first());
+        m->flush();
+        QStringList reached;
+        do {
+            screen().key(Qt::Key_Tab);
+            auto* focus = QApplication::focusWidget();
+            auto* element = QAccessible::queryAccessibleInterface(focus);
+            reached.append(element->text(QAccessible::Name));
+        } while (!m->field()->hasFocus() && reached.size() < 30);
+        for (const QString& name :
+             {u"Send"_s, u"More"_s, u"Proofread"_s, u"Summarise"_s, u"Explain Simply"_s,
+              u"Rewrite"_s, u"Clear mode"_s, u"Message"_s})
+            QVERIFY2(reached.contains(name), qPrintable(name));
+        QVERIFY(!reached.contains(u"New Chat"_s)); // there is nothing to leave
+    }
 
-void ChatInputTests::returnDuringACompositionDoesNotSend() {
-    QInputMethodEvent composing(u"かな"_s, {});
-    QCoreApplication::sendEvent(m->field(), &composing);
-    screen().key(Qt::Key_Return);
-    QVERIFY(m->vm().messages.value().isEmpty());
-    QCOMPARE(m->vm().draft.value(), u"かな"_s);
-    screen().key(Qt::Key_Return);
-    QCOMPARE(m->conversation.contents(), (QStringList{u"かな"_s, QString()}));
-}
+    void returnDuringACompositionDoesNotSend() {
+        QInputMethodEvent composing(u"かな"_s, {});
+        QCoreApplication::sendEvent(m->field(), &composing);
+        screen().key(Qt::Key_Return);
+        QVERIFY(m->vm().messages.value().isEmpty());
+        QCOMPARE(m->vm().draft.value(), u"かな"_s);
+        screen().key(Qt::Key_Return);
+        QCOMPARE(m->conversation.contents(), (QStringList{u"かな"_s, QString()}));
+    }
+};
 
 TELLWICK_TEST(ChatInputTests, Widgets)
 #include "ChatInputTests.moc"

@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: MIT
 // What opens over the chat screen: the alert, the menu, the models' popover and the About sheet.
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/Menu.h"
-#include "Platform/Widgets/Overlays/Popover.h"
 #include "Platform/Widgets/Overlays/PullDownButton.h"
-#include "Platform/Widgets/Overlays/Sheet.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
 #include "tests/support/TestMain.h"
 
-#include <QPointer>
-
 using namespace Qt::StringLiterals;
-using platform::Alert;
-using platform::OverlaySurface;
-using platform::Popover;
-using platform::Sheet;
+using platform::Panel;
 using Availability = platform::SystemLanguageModel::Availability;
 
 class ChatOverlayTests final : public QObject {
@@ -27,11 +19,11 @@ class ChatOverlayTests final : public QObject {
 
     tests::ScreenReader screen() { return m->screen(); }
 
-    /// The surface on top, if it is of that kind.
-    template <class Surface>
-    Surface* shown() {
+    /// The panel on top, if it is of that kind.
+    Panel* shown(Panel::Kind kind) {
         m->flush();
-        return qobject_cast<Surface*>(m->overlays()->top());
+        auto* top = m->overlays()->top();
+        return top && top->kind() == kind ? top : nullptr;
     }
 
     /// What is on top, as it is read out.
@@ -57,284 +49,245 @@ private Q_SLOTS:
     }
     void cleanup() { m.reset(); }
 
-    void anErrorOpensTheAlert_data();
-    void anErrorOpensTheAlert();
-    void theAlertClearsTheErrorHoweverItIsClosed_data();
-    void theAlertClearsTheErrorHoweverItIsClosed();
-    void aClickBesideTheAlertLeavesItOpen();
-    void aClearedErrorClosesTheAlert();
-    void aSecondErrorTakesThePlaceOfTheFirst();
-    void theSameErrorOpensTheAlertAgain();
-    void theAlertOfAnUnavailableModelKeepsTheDraft();
-    void theWindowBeneathTheAlertHearsNoKey();
-    void theMenuHasModelsAndAboutWithADividerBetween();
-    void theMenuOpensByPointerAndByKey_data();
-    void theMenuOpensByPointerAndByKey();
-    void modelsOpensAPopoverAtTheButton();
-    void aboutOpensASheet();
-    void screensCloseAndGiveTheFocusToTheField_data();
-    void screensCloseAndGiveTheFocusToTheField();
-    void aScreenOpensAgainAndAgain();
-    void theSheetClosesByItsButton();
-    void aModelIsChosenInThePopoverWhichStaysOpen();
-    void anErrorOpensTheAlertOverAnOpenScreen();
-    void theWindowClosesWhileAScreenIsOpen();
-};
+    void anErrorOpensTheAlert_data() {
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no model") << u"No model selected."_s;
+        QTest::newRow("a long one")
+            << u"Apple Intelligence unavailable: "_s + u"why "_s.repeated(300);
+        QTest::newRow("none, but there") << u""_s;
+    }
+    void anErrorOpensTheAlert() {
+        QFETCH(QString, error);
+        m->vm().availabilityError = error;
+        QVERIFY(shown(Panel::Kind::Alert));
+        QCOMPARE(top().texts(), (QStringList{u"Apple Intelligence Unavailable"_s, error}));
+        QCOMPARE(top().names(QAccessible::Button), QStringList{u"OK"_s});
+        QVERIFY(top().find(u"OK"_s)->state().focused);
+        QVERIFY(screen().shows(u"Apple Intelligence Unavailable"_s, QAccessible::AlertMessage));
+        QVERIFY(m->view->rect().contains(m->placeOf(top().widget(u"OK"_s))));
+        QVERIFY(m->vm().availabilityError.value());
+    }
 
-void ChatOverlayTests::anErrorOpensTheAlert_data() {
-    QTest::addColumn<QString>("error");
-    QTest::newRow("no model") << u"No model selected."_s;
-    QTest::newRow("a long one") << u"Apple Intelligence unavailable: "_s + u"why "_s.repeated(300);
-    QTest::newRow("none, but there") << u""_s;
-}
-
-void ChatOverlayTests::anErrorOpensTheAlert() {
-    QFETCH(QString, error);
-    m->vm().availabilityError = error;
-    QVERIFY(shown<Alert>());
-    QCOMPARE(top().texts(), (QStringList{u"Apple Intelligence Unavailable"_s, error}));
-    QCOMPARE(top().names(QAccessible::Button), QStringList{u"OK"_s});
-    QVERIFY(top().find(u"OK"_s)->state().focused);
-    QVERIFY(screen().shows(u"Apple Intelligence Unavailable"_s, QAccessible::AlertMessage));
-    QVERIFY(m->view->rect().contains(m->placeOf(top().widget(u"OK"_s))));
-    QVERIFY(m->vm().availabilityError.value());
-}
-
-void ChatOverlayTests::theAlertClearsTheErrorHoweverItIsClosed_data() {
-    QTest::addColumn<int>("key"); // none: the pointer
-    QTest::newRow("OK") << 0;
-    QTest::newRow("Return") << int(Qt::Key_Return);
-    QTest::newRow("Enter") << int(Qt::Key_Enter);
-    QTest::newRow("Space") << int(Qt::Key_Space);
-    QTest::newRow("Escape") << int(Qt::Key_Escape);
-}
-
-void ChatOverlayTests::theAlertClearsTheErrorHoweverItIsClosed() {
-    QFETCH(int, key);
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    if (key == 0)
-        QVERIFY(top().click(u"OK"_s));
-    else
-        screen().key(Qt::Key(key));
-    QVERIFY(!m->vm().availabilityError.value());
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::aClickBesideTheAlertLeavesItOpen() {
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    screen().clickAt({20, 400});
-    QVERIFY(shown<Alert>());
-    QCOMPARE(m->vm().availabilityError.value(), u"No model selected."_s);
-}
-
-void ChatOverlayTests::aClearedErrorClosesTheAlert() {
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    m->vm().newChat();
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::aSecondErrorTakesThePlaceOfTheFirst() {
-    m->vm().availabilityError = u"The first."_s;
-    const QPointer<Alert> first = shown<Alert>();
-    QVERIFY(first);
-    m->vm().availabilityError = u"The second."_s;
-    QTRY_VERIFY(!first); // what its end sets off has come
-    QVERIFY(shown<Alert>());
-    QCOMPARE(top().texts().value(1), u"The second."_s);
-    QCOMPARE(m->vm().availabilityError.value(), u"The second."_s);
-    screen().key(Qt::Key_Escape);
-    QVERIFY(!m->vm().availabilityError.value());
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::theSameErrorOpensTheAlertAgain() {
-    for (int i = 0; i < 3; ++i) {
+    void theAlertClearsTheErrorHoweverItIsClosed_data() {
+        QTest::addColumn<int>("key"); // none: the pointer
+        QTest::newRow("OK") << 0;
+        QTest::newRow("Return") << int(Qt::Key_Return);
+        QTest::newRow("Enter") << int(Qt::Key_Enter);
+        QTest::newRow("Space") << int(Qt::Key_Space);
+        QTest::newRow("Escape") << int(Qt::Key_Escape);
+    }
+    void theAlertClearsTheErrorHoweverItIsClosed() {
+        QFETCH(int, key);
         m->vm().availabilityError = u"No model selected."_s;
-        QVERIFY(shown<Alert>());
-        QCOMPARE(top().texts().value(1), u"No model selected."_s);
-        screen().key(Qt::Key_Return);
+        QVERIFY(shown(Panel::Kind::Alert));
+        if (key == 0)
+            QVERIFY(top().click(u"OK"_s));
+        else
+            screen().key(Qt::Key(key));
+        QVERIFY(!m->vm().availabilityError.value());
         QVERIFY(isClosed());
     }
-}
 
-void ChatOverlayTests::theAlertOfAnUnavailableModelKeepsTheDraft() {
-    m->conversation.model.state =
-        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    screen().type("Hello");
-    screen().key(Qt::Key_Return);
-    QVERIFY(shown<Alert>());
-    QCOMPARE(top().texts().value(1), u"Apple Intelligence unavailable: modelNotReady"_s);
-    screen().key(Qt::Key_Return);
-    QVERIFY(isClosed());
-    QCOMPARE(m->field()->text(), u"Hello"_s);
-    QVERIFY(m->bubbles().isEmpty());
-    m->conversation.model.state = Availability::available();
-    screen().key(Qt::Key_Return);
-    m->flush();
-    QCOMPARE(m->bubbles().value(0), u"You: Hello"_s);
-    QVERIFY(!m->overlays()->isPresenting());
-}
-
-void ChatOverlayTests::theWindowBeneathTheAlertHearsNoKey() {
-    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
-    m->vm().draft = u"Draft"_s;
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    screen().type("abc");
-    screen().key(Qt::Key_N, Qt::ControlModifier);
-    QVERIFY(shown<Alert>());
-    QCOMPARE(m->vm().draft.value(), u"Draft"_s);
-    QCOMPARE(m->conversation.contents(), (QStringList{u"Hi"_s, u"Hello"_s}));
-    QVERIFY(!m->vm().isGenerating.value());
-}
-
-void ChatOverlayTests::theMenuHasModelsAndAboutWithADividerBetween() {
-    auto* more = screen().widget<platform::PullDownButton>(u"More"_s, QAccessible::ButtonMenu);
-    QCOMPARE(more->icon(), u"ellipsis.circle"_s);
-    QVERIFY(screen().press(u"More"_s, QAccessible::ButtonMenu));
-    QVERIFY(shown<platform::Menu>());
-    QCOMPARE(top().names(QAccessible::MenuItem), (QStringList{u"Models"_s, u"About"_s}));
-    const auto lines = m->overlays()->top()->findChildren<platform::Divider*>();
-    QCOMPARE(lines.size(), 1);
-    const int line = m->placeOf(lines.first()).top();
-    QVERIFY(m->placeOf(top().widget(u"Models"_s)).bottom() < line);
-    QVERIFY(m->placeOf(top().widget(u"About"_s)).top() > line);
-    screen().key(Qt::Key_Escape);
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::theMenuOpensByPointerAndByKey_data() {
-    QTest::addColumn<int>("key"); // none: the pointer
-    QTest::newRow("pointer") << 0;
-    QTest::newRow("Space") << int(Qt::Key_Space);
-    QTest::newRow("Return") << int(Qt::Key_Return);
-    QTest::newRow("Down") << int(Qt::Key_Down);
-}
-
-void ChatOverlayTests::theMenuOpensByPointerAndByKey() {
-    QFETCH(int, key);
-    if (key == 0) {
-        QVERIFY(screen().click(u"More"_s));
-        QVERIFY(shown<platform::Menu>());
-        QVERIFY(screen().click(u"About"_s, QAccessible::MenuItem));
-    } else {
-        screen().widget(u"More"_s)->setFocus();
-        screen().key(Qt::Key(key));
-        QVERIFY(shown<platform::Menu>());
-        screen().key(Qt::Key_Down);
-        screen().key(Qt::Key_Return);
+    void aClickBesideTheAlertLeavesItOpen() {
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        screen().clickAt({20, 400});
+        QVERIFY(shown(Panel::Kind::Alert));
+        QCOMPARE(m->vm().availabilityError.value(), u"No model selected."_s);
     }
-    QVERIFY(shown<Sheet>());
-    screen().key(Qt::Key_Escape);
-    QVERIFY(isClosed());
-}
 
-void ChatOverlayTests::modelsOpensAPopoverAtTheButton() {
-    choose(u"Models"_s);
-    auto* popover = shown<Popover>();
-    QVERIFY(popover);
-    QCOMPARE(popover->title(), u"Models"_s);
-    auto* models = popover->findChild<tellwick::ModelsView*>();
-    QVERIFY(models);
-    QCOMPARE(models->size().width(), 360);
-    QVERIFY(top().shows(u"Other Models"_s));
-    QVERIFY(m->placeOf(popover).top() <= m->placeOf(screen().widget(u"More"_s)).bottom() + 1);
-    QVERIFY(m->view->rect().contains(m->placeOf(models)));
-}
-
-void ChatOverlayTests::aboutOpensASheet() {
-    choose(u"About"_s);
-    auto* sheet = shown<Sheet>();
-    QVERIFY(sheet);
-    QCOMPARE(sheet->title(), u"About"_s);
-    auto* about = sheet->findChild<tellwick::AboutView*>();
-    QVERIFY(about);
-    QCOMPARE(about->size().width(), 400);
-    QVERIFY(top().shows(u"Version 2.3.1"_s));
-}
-
-void ChatOverlayTests::screensCloseAndGiveTheFocusToTheField_data() {
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<bool>("byKey");
-    for (const QString& entry : {u"Models"_s, u"About"_s}) {
-        QTest::addRow("%s by Escape", qPrintable(entry)) << entry << true;
-        QTest::addRow("%s by a click outside", qPrintable(entry)) << entry << false;
+    void aClearedErrorClosesTheAlert() {
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        m->vm().newChat();
+        QVERIFY(isClosed());
     }
-}
 
-void ChatOverlayTests::screensCloseAndGiveTheFocusToTheField() {
-    QFETCH(QString, entry);
-    QFETCH(bool, byKey);
-    screen().widget(u"More"_s)->setFocus();
-    choose(entry);
-    QVERIFY(m->overlays()->isPresenting());
-    QVERIFY(!m->field()->hasFocus());
-    if (byKey)
+    void aSecondErrorTakesThePlaceOfTheFirst() {
+        m->vm().availabilityError = u"The first."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        m->vm().availabilityError = u"The second."_s;
+        for (int i = 0; i < 5; ++i) {
+            QVERIFY(shown(Panel::Kind::Alert));
+            QCOMPARE(top().texts().value(1), u"The second."_s);
+            QCOMPARE(m->vm().availabilityError.value(), u"The second."_s);
+            QCoreApplication::processEvents(); // whatever was set off meanwhile has come
+        }
         screen().key(Qt::Key_Escape);
-    else
-        screen().clickAt({10, 780});
-    QVERIFY(isClosed());
-    screen().type("x");
-    QCOMPARE(m->vm().draft.value(), u"x"_s);
-}
+        QVERIFY(!m->vm().availabilityError.value());
+        QVERIFY(isClosed());
+    }
 
-void ChatOverlayTests::aScreenOpensAgainAndAgain() {
-    for (int i = 0; i < 3; ++i) {
+    void theSameErrorOpensTheAlertAgain() {
+        for (int i = 0; i < 3; ++i) {
+            m->vm().availabilityError = u"No model selected."_s;
+            QVERIFY(shown(Panel::Kind::Alert));
+            QCOMPARE(top().texts().value(1), u"No model selected."_s);
+            screen().key(Qt::Key_Return);
+            QVERIFY(isClosed());
+        }
+    }
+
+    void theAlertOfAnUnavailableModelKeepsTheDraft() {
+        m->conversation.model.state =
+            Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+        screen().type("Hello");
+        screen().key(Qt::Key_Return);
+        QVERIFY(shown(Panel::Kind::Alert));
+        QCOMPARE(top().texts().value(1), u"Apple Intelligence unavailable: modelNotReady"_s);
+        screen().key(Qt::Key_Return);
+        QVERIFY(isClosed());
+        QCOMPARE(m->field()->text(), u"Hello"_s);
+        QVERIFY(m->bubbles().isEmpty());
+        m->conversation.model.state = Availability::available();
+        screen().key(Qt::Key_Return);
+        m->flush();
+        QCOMPARE(m->bubbles().value(0), u"You: Hello"_s);
+        QVERIFY(!m->overlays()->isPresenting());
+    }
+
+    void theWindowBeneathTheAlertHearsNoKey() {
+        QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+        m->vm().draft = u"Draft"_s;
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        screen().type("abc");
+        screen().key(Qt::Key_N, Qt::ControlModifier);
+        QVERIFY(shown(Panel::Kind::Alert));
+        QCOMPARE(m->vm().draft.value(), u"Draft"_s);
+        QCOMPARE(m->conversation.contents(), (QStringList{u"Hi"_s, u"Hello"_s}));
+        QVERIFY(!m->vm().isGenerating.value());
+    }
+
+    void theMenuHasModelsAndAboutWithADividerBetween() {
+        auto* more = screen().widget<platform::PullDownButton>(u"More"_s, QAccessible::ButtonMenu);
+        QCOMPARE(more->icon(), u"ellipsis.circle"_s);
+        QVERIFY(screen().press(u"More"_s, QAccessible::ButtonMenu));
+        QVERIFY(shown(Panel::Kind::Menu));
+        QCOMPARE(top().names(QAccessible::MenuItem), (QStringList{u"Models"_s, u"About"_s}));
+        const auto lines = m->overlays()->top()->findChildren<platform::Divider*>();
+        QCOMPARE(lines.size(), 1);
+        const int line = m->placeOf(lines.first()).top();
+        QVERIFY(m->placeOf(top().widget(u"Models"_s)).bottom() < line);
+        QVERIFY(m->placeOf(top().widget(u"About"_s)).top() > line);
+        screen().key(Qt::Key_Escape);
+        QVERIFY(isClosed());
+    }
+
+    void theMenuOpensByPointerAndByKey_data() {
+        QTest::addColumn<int>("key"); // none: the pointer
+        QTest::newRow("pointer") << 0;
+        QTest::newRow("Space") << int(Qt::Key_Space);
+        QTest::newRow("Return") << int(Qt::Key_Return);
+        QTest::newRow("Down") << int(Qt::Key_Down);
+    }
+    void theMenuOpensByPointerAndByKey() {
+        QFETCH(int, key);
+        if (key == 0) {
+            QVERIFY(screen().click(u"More"_s));
+            QVERIFY(shown(Panel::Kind::Menu));
+            QVERIFY(screen().click(u"About"_s, QAccessible::MenuItem));
+        } else {
+            screen().widget(u"More"_s)->setFocus();
+            screen().key(Qt::Key(key));
+            QVERIFY(shown(Panel::Kind::Menu));
+            screen().key(Qt::Key_Down);
+            screen().key(Qt::Key_Return);
+        }
+        QVERIFY(shown(Panel::Kind::Sheet));
+        screen().key(Qt::Key_Escape);
+        QVERIFY(isClosed());
+    }
+
+    void modelsOpensAPopoverAtTheButton() {
         choose(u"Models"_s);
-        QVERIFY(shown<Popover>());
+        auto* popover = shown(Panel::Kind::Popover);
+        QVERIFY(popover);
+        QCOMPARE(popover->title(), u"Models"_s);
+        auto* models = popover->findChild<tellwick::ModelsView*>();
+        QVERIFY(models);
+        QCOMPARE(models->size().width(), 360);
+        QVERIFY(top().shows(u"Other Models"_s));
+        QVERIFY(m->placeOf(popover).top() <= m->placeOf(screen().widget(u"More"_s)).bottom() + 1);
+        QVERIFY(m->view->rect().contains(m->placeOf(models)));
+    }
+
+    void aboutOpensASheet() {
+        choose(u"About"_s);
+        auto* sheet = shown(Panel::Kind::Sheet);
+        QVERIFY(sheet);
+        QCOMPARE(sheet->title(), u"About"_s);
+        auto* about = sheet->findChild<tellwick::AboutView*>();
+        QVERIFY(about);
+        QCOMPARE(about->size().width(), 400);
+        QVERIFY(top().shows(u"Version 2.3.1"_s));
+    }
+
+    void screensCloseAndGiveTheFocusToTheField_data() {
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QString>("way");
+        QTest::newRow("Models by Escape") << u"Models"_s << u"key"_s;
+        QTest::newRow("Models by a click outside") << u"Models"_s << u"outside"_s;
+        QTest::newRow("About by Escape") << u"About"_s << u"key"_s;
+        QTest::newRow("About by a click outside") << u"About"_s << u"outside"_s;
+        QTest::newRow("About by its button") << u"About"_s << u"button"_s;
+    }
+    void screensCloseAndGiveTheFocusToTheField() {
+        QFETCH(QString, entry);
+        QFETCH(QString, way);
+        for (int i = 0; i < 3; ++i) { // again and again
+            screen().widget(u"More"_s)->setFocus();
+            choose(entry);
+            QVERIFY(m->overlays()->isPresenting());
+            QVERIFY(!m->field()->hasFocus());
+            if (way == u"key"_s)
+                screen().key(Qt::Key_Escape);
+            else if (way == u"outside"_s)
+                screen().clickAt({10, 780});
+            else
+                QVERIFY(top().click(u"Close"_s));
+            QVERIFY(isClosed());
+        }
+        screen().type("x");
+        QCOMPARE(m->vm().draft.value(), u"x"_s);
+    }
+
+    void aModelIsChosenInThePopoverWhichStaysOpen() {
+        m->conversation.server.areAvailable = true;
+        m->conversation.server.listed = QStringList{u"llama"_s};
+        choose(u"Models"_s);
+        QTRY_VERIFY(screen().shows(u"llama"_s, QAccessible::ListItem));
+        QVERIFY(screen().click(u"llama"_s, QAccessible::ListItem));
+        QVERIFY(shown(Panel::Kind::Popover));
+        QCOMPARE(m->vm().modelManager.selectedID.value(), u"ollama-llama"_s);
         screen().key(Qt::Key_Escape);
         QVERIFY(isClosed());
+        screen().type("Hi");
+        screen().key(Qt::Key_Return);
+        QTRY_COMPARE(m->conversation.server.requests.size(), std::size_t(1));
+        QCOMPARE(m->conversation.server.requests.front().prompt, u"Hi"_s);
+    }
+
+    void anErrorOpensTheAlertOverAnOpenScreen() {
         choose(u"About"_s);
-        QVERIFY(shown<Sheet>());
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        screen().key(Qt::Key_Escape);
+        QVERIFY(shown(Panel::Kind::Sheet));
+        QVERIFY(!m->vm().availabilityError.value());
         screen().key(Qt::Key_Escape);
         QVERIFY(isClosed());
     }
-}
 
-void ChatOverlayTests::theSheetClosesByItsButton() {
-    choose(u"About"_s);
-    QVERIFY(top().click(u"Close"_s));
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::aModelIsChosenInThePopoverWhichStaysOpen() {
-    m->conversation.server.areAvailable = true;
-    m->conversation.server.listed = QStringList{u"llama"_s};
-    choose(u"Models"_s);
-    QTRY_VERIFY(screen().shows(u"llama"_s, QAccessible::ListItem));
-    QVERIFY(screen().click(u"llama"_s, QAccessible::ListItem));
-    QVERIFY(shown<Popover>());
-    QCOMPARE(m->vm().modelManager.selectedID.value(), u"ollama-llama"_s);
-    screen().key(Qt::Key_Escape);
-    QVERIFY(isClosed());
-    screen().type("Hi");
-    screen().key(Qt::Key_Return);
-    QTRY_COMPARE(m->conversation.server.requests.size(), std::size_t(1));
-    QCOMPARE(m->conversation.server.requests.front().prompt, u"Hi"_s);
-}
-
-void ChatOverlayTests::anErrorOpensTheAlertOverAnOpenScreen() {
-    choose(u"About"_s);
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    screen().key(Qt::Key_Escape);
-    QVERIFY(shown<Sheet>());
-    QVERIFY(!m->vm().availabilityError.value());
-    screen().key(Qt::Key_Escape);
-    QVERIFY(isClosed());
-}
-
-void ChatOverlayTests::theWindowClosesWhileAScreenIsOpen() {
-    choose(u"Models"_s);
-    m->vm().availabilityError = u"No model selected."_s;
-    QVERIFY(shown<Alert>());
-    m->close();
-    QVERIFY(m->open());
-    QVERIFY(!m->overlays()->isPresenting());
-}
+    void theWindowClosesWhileAScreenIsOpen() {
+        choose(u"Models"_s);
+        m->vm().availabilityError = u"No model selected."_s;
+        QVERIFY(shown(Panel::Kind::Alert));
+        m->close();
+        QVERIFY(m->open());
+        QVERIFY(!m->overlays()->isPresenting());
+    }
+};
 
 TELLWICK_TEST(ChatOverlayTests, Widgets)
 #include "ChatOverlayTests.moc"

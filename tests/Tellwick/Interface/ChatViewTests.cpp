@@ -5,7 +5,6 @@
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
-#include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Scrolling/HorizontalStrip.h"
 #include "Tellwick/Interface/GreetingBubble.h"
@@ -15,7 +14,6 @@
 
 using namespace Qt::StringLiterals;
 using platform::ColorRole;
-using platform::IconView;
 using platform::Label;
 using platform::TextStyle;
 namespace AppConfig = tellwick::AppConfig;
@@ -27,8 +25,8 @@ class ChatViewTests final : public QObject {
 
     tests::ScreenReader screen() { return m->screen(); }
     bool isPressed(const QString& chip) { return screen().find(chip)->state().pressed; }
-    IconView* icon(const QString& name) {
-        for (auto* icon : m->view->findChildren<IconView*>())
+    Label* icon(const QString& name) {
+        for (auto* icon : m->view->findChildren<Label*>())
             if (icon->icon() == name && icon->isVisible())
                 return icon;
         return nullptr;
@@ -41,253 +39,239 @@ private Q_SLOTS:
     }
     void cleanup() { m.reset(); }
 
-    void anEmptyConversationShowsItsTextsInOrder();
-    void theEmptyStateHasItsSizesAndStyles();
-    void theEmptyStateStandsInAColumnOf700();
-    void theSubtitleFollowsTheSelectedModel();
-    void aChipTurnsItsModeOnAndOff();
-    void anotherChipReplacesTheMode();
-    void theModeBarShowsTheModeAndClearsIt();
-    void thereIsNoRowWhereTheModeBarIsNot();
-    void chipsAndModeBarGoWithTheFirstMessageAndTheModeStays();
-    void newChatIsThereWhenThereIsSomethingToLeave_data();
-    void newChatIsThereWhenThereIsSomethingToLeave();
-    void newChatKeepsTheDraftAndGivesTheFocusToTheField();
-};
+    void anEmptyConversationShowsItsTextsInOrder() {
+        QCOMPARE(screen().texts(),
+                 (QStringList{u"Tellwick"_s, u"On-device · Private"_s, AppConfig::appName(),
+                              AppConfig::tagline(), AppConfig::welcomeMessage(),
+                              AppConfig::modelLabel()}));
+        QStringList chips;
+        for (const auto& mode : AppConfig::writingModes())
+            chips.append(mode.label);
+        QCOMPARE(screen().names(QAccessible::Button),
+                 (QStringList{u"New Chat"_s} + chips + QStringList{u"Send"_s}));
+        QCOMPARE(screen().names(QAccessible::ButtonMenu), QStringList{u"More"_s});
+        QVERIFY(icon(u"brain"_s));
+        QVERIFY(!screen().shows(u"Clear mode"_s));
+        QVERIFY(screen().find(u"New Chat"_s)->state().disabled);
+        QCOMPARE(m->sendButton()->icon(), u"arrow.up.circle.fill"_s);
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
+        QCOMPARE(m->view->windowTitle(), u"Tellwick"_s);
+    }
 
-void ChatViewTests::anEmptyConversationShowsItsTextsInOrder() {
-    QCOMPARE(screen().texts(), (QStringList{u"Tellwick"_s, u"On-device · Private"_s,
-                                            AppConfig::appName(), AppConfig::tagline(),
-                                            AppConfig::welcomeMessage(), AppConfig::modelLabel()}));
-    QStringList chips;
-    for (const auto& mode : AppConfig::writingModes())
-        chips.append(mode.label);
-    QCOMPARE(screen().names(QAccessible::Button),
-             (QStringList{u"New Chat"_s} + chips + QStringList{u"Send"_s}));
-    QCOMPARE(screen().names(QAccessible::ButtonMenu), QStringList{u"More"_s});
-    QVERIFY(icon(u"brain"_s));
-    QVERIFY(!screen().shows(u"Clear mode"_s));
-    QVERIFY(screen().find(u"New Chat"_s)->state().disabled);
-    QCOMPARE(m->sendButton()->icon(), u"arrow.up.circle.fill"_s);
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::SecondaryLabel);
-    QCOMPARE(m->view->windowTitle(), u"Tellwick"_s);
-}
+    void theEmptyStateHasItsSizesAndStyles() {
+        const auto label = [this](const QString& text) {
+            return screen().widget<Label>(text, QAccessible::StaticText);
+        };
+        auto* brain = icon(u"brain"_s);
+        QCOMPARE(brain->height(), m->desktop.theme.symbolSize(52.0));
+        const int top = m->placeOf(m->view->findChild<platform::HeaderBar*>()).bottom() + 1;
+        QCOMPARE(m->placeOf(brain).top(), top + 16 + 60);
+        QCOMPARE(m->placeOf(brain).center().x(), m->view->rect().center().x());
 
-void ChatViewTests::theEmptyStateHasItsSizesAndStyles() {
-    const auto label = [this](const QString& text) {
-        return screen().widget<Label>(text, QAccessible::StaticText);
-    };
-    auto* brain = icon(u"brain"_s);
-    QCOMPARE(brain->height(), m->desktop.theme.symbolSize(52.0));
-    const int top = m->placeOf(m->view->findChild<platform::HeaderBar*>()).bottom() + 1;
-    QCOMPARE(m->placeOf(brain).top(), top + 16 + 60);
-    QCOMPARE(m->placeOf(brain).center().x(), m->view->rect().center().x());
+        Label* name = nullptr; // the second of its text: the first is the window's title
+        for (auto* heading : m->view->findChildren<Label*>())
+            if (m->desktop.isStyled(heading, TextStyle::Title2, QFont::Medium, ColorRole::Label))
+                name = heading;
+        QVERIFY(name);
+        QCOMPARE(name->text(), AppConfig::appName());
+        QCOMPARE(m->placeOf(name).top(), m->placeOf(brain).bottom() + 1 + 12);
 
-    auto* name = screen().widget<Label>(AppConfig::appName(), QAccessible::Heading);
-    for (auto* heading : m->view->findChildren<Label*>())
-        if (heading->text() == AppConfig::appName() && heading->textStyle() == TextStyle::Title2)
-            name = heading;
-    QCOMPARE(name->textStyle(), TextStyle::Title2);
-    QCOMPARE(name->weight(), QFont::Medium);
-    QCOMPARE(m->placeOf(name).top(), m->placeOf(brain).bottom() + 1 + 12);
+        auto* tagline = label(AppConfig::tagline());
+        QVERIFY(m->desktop.isStyled(tagline, TextStyle::Subheadline, QFont::Normal,
+                                    ColorRole::SecondaryLabel));
+        QCOMPARE(m->placeOf(tagline).top(), m->placeOf(name).bottom() + 1 + 12);
 
-    auto* tagline = label(AppConfig::tagline());
-    QCOMPARE(tagline->textStyle(), TextStyle::Subheadline);
-    QCOMPARE(tagline->colorRole(), ColorRole::SecondaryLabel);
-    QCOMPARE(m->placeOf(tagline).top(), m->placeOf(name).bottom() + 1 + 12);
+        auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
+        QCOMPARE(m->placeOf(greeting).top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
+        QCOMPARE(m->placeOf(greeting).left(), 16 + 24);
+        QCOMPARE(m->placeOf(greeting).right(), m->view->width() - 1 - 16 - 24);
+        QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())),
+                 m->placeOf(greeting).adjusted(12, 8, -12, -8));
+        QCOMPARE(m->desktop.theme.color(ColorRole::GreetingBubble).rgb() | 0xff000000,
+                 m->desktop.theme.color(ColorRole::SecondaryLabel).rgb());
 
-    auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
-    QCOMPARE(m->placeOf(greeting).top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
-    QCOMPARE(m->placeOf(greeting).left(), 16 + 24);
-    QCOMPARE(m->placeOf(greeting).right(), m->view->width() - 1 - 16 - 24);
-    QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())),
-             m->placeOf(greeting).adjusted(12, 8, -12, -8));
-    QCOMPARE(m->desktop.theme.color(ColorRole::GreetingBubble).rgb() | 0xff000000,
-             m->desktop.theme.color(ColorRole::SecondaryLabel).rgb());
+        auto* model = label(AppConfig::modelLabel());
+        QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, QFont::Normal,
+                                    ColorRole::TertiaryLabel));
+        QCOMPARE(m->placeOf(model).top(), m->placeOf(greeting).bottom() + 1 + 12);
 
-    auto* model = label(AppConfig::modelLabel());
-    QCOMPARE(model->textStyle(), TextStyle::Caption);
-    QCOMPARE(model->colorRole(), ColorRole::TertiaryLabel);
-    QCOMPARE(m->placeOf(model).top(), m->placeOf(greeting).bottom() + 1 + 12);
+        auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+        QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
+        QList<QRect> chips;
+        for (const auto& mode : AppConfig::writingModes())
+            chips.append(m->placeOf(screen().widget(mode.label)));
+        for (qsizetype i = 1; i < chips.size(); ++i)
+            QCOMPARE(chips[i].left(), chips[i - 1].right() + 1 + 8);
+    }
 
-    auto* strip = m->view->findChild<platform::HorizontalStrip*>();
-    QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
-    QList<QRect> chips;
-    for (const auto& mode : AppConfig::writingModes())
-        chips.append(m->placeOf(screen().widget(mode.label)));
-    for (qsizetype i = 1; i < chips.size(); ++i)
-        QCOMPARE(chips[i].left(), chips[i - 1].right() + 1 + 8);
-}
+    void theEmptyStateStandsInAColumnOf700() {
+        m->view->resize(1400, 800);
+        const auto middle = [](const QRect& rect) { return rect.left() + rect.right(); };
+        auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
+        QTRY_COMPARE(greeting->width(), 700 - 2 * (16 + 24));
+        QVERIFY(std::abs(middle(m->placeOf(greeting)) - 1399) <= 1);
+        auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+        QCOMPARE(strip->width(), 700 - 2 * 16);
+        QVERIFY(std::abs(middle(m->placeOf(strip)) - 1399) <= 1);
+    }
 
-void ChatViewTests::theEmptyStateStandsInAColumnOf700() {
-    m->view->resize(1400, 800);
-    const auto middle = [](const QRect& rect) { return rect.left() + rect.right(); };
-    auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
-    QTRY_COMPARE(greeting->width(), 700 - 2 * (16 + 24));
-    QVERIFY(std::abs(middle(m->placeOf(greeting)) - 1399) <= 1);
-    auto* strip = m->view->findChild<platform::HorizontalStrip*>();
-    QCOMPARE(strip->width(), 700 - 2 * 16);
-    QVERIFY(std::abs(middle(m->placeOf(strip)) - 1399) <= 1);
-}
+    void theSubtitleFollowsTheSelectedModel() {
+        m->conversation.server.details.insert(u"llama"_s, u"Ollama · 2.0 GB"_s);
+        QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"llama"_s));
+        QTRY_VERIFY(screen().shows(u"Ollama · 2.0 GB"_s, QAccessible::StaticText));
+        QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"bare"_s));
+        QTRY_COMPARE(screen().texts().value(1), AppConfig::modelLabel());
+        // The label of the empty state is fixed.
+        QCOMPARE(screen().texts().last(), AppConfig::modelLabel());
+        m->vm().modelManager.select(m->vm().modelManager.aiBackend);
+        QTRY_COMPARE(screen().texts().value(1), u"On-device · Private"_s);
+    }
 
-void ChatViewTests::theSubtitleFollowsTheSelectedModel() {
-    m->conversation.server.details.insert(u"llama"_s, u"Ollama · 2.0 GB"_s);
-    QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"llama"_s));
-    QTRY_VERIFY(screen().shows(u"Ollama · 2.0 GB"_s, QAccessible::StaticText));
-    QVERIFY(m->conversation.select({u"llama"_s, u"bare"_s}, u"bare"_s));
-    QTRY_COMPARE(screen().texts().value(1), AppConfig::modelLabel());
-    // The label of the empty state is fixed.
-    QCOMPARE(screen().texts().last(), AppConfig::modelLabel());
-    m->vm().modelManager.select(m->vm().modelManager.aiBackend);
-    QTRY_COMPARE(screen().texts().value(1), u"On-device · Private"_s);
-}
+    void aChipTurnsItsModeOnAndOff() {
+        for (const auto& mode : AppConfig::writingModes()) {
+            QVERIFY(!isPressed(mode.label));
+            QVERIFY(screen().click(mode.label, QAccessible::Button));
+            QCOMPARE(m->vm().activeMode.value()->id(), mode.id());
+            m->flush();
+            QVERIFY(isPressed(mode.label));
+            QVERIFY(screen().press(mode.label, QAccessible::Button));
+            QVERIFY(!m->vm().activeMode.value());
+            m->flush();
+            QVERIFY(!isPressed(mode.label));
+        }
+    }
 
-void ChatViewTests::aChipTurnsItsModeOnAndOff() {
-    for (const auto& mode : AppConfig::writingModes()) {
-        QVERIFY(!isPressed(mode.label));
-        QVERIFY(screen().click(mode.label, QAccessible::Button));
-        QCOMPARE(m->vm().activeMode.value()->id(), mode.id());
+    void anotherChipReplacesTheMode() {
+        const auto& theme = m->desktop.theme;
+        const auto ground = [this](const QString& name) {
+            QWidget* chip = screen().widget(name);
+            // Beside the symbol, where nothing but the ground is.
+            return m->view->grab().toImage().pixelColor(m->placeOf(chip).topLeft() +
+                                                        QPoint(8, chip->height() / 2));
+        };
+        QVERIFY(screen().press(u"Proofread"_s));
         m->flush();
-        QVERIFY(isPressed(mode.label));
-        QVERIFY(screen().press(mode.label, QAccessible::Button));
+        QCOMPARE(ground(u"Proofread"_s), theme.color(ColorRole::AccentFill));
+        QVERIFY(ground(u"Rewrite"_s) != theme.color(ColorRole::AccentFill));
+        QVERIFY(screen().press(u"Rewrite"_s));
+        m->flush();
+        QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
+        QVERIFY(!isPressed(u"Proofread"_s));
+        QVERIFY(isPressed(u"Rewrite"_s));
+        QVERIFY(ground(u"Proofread"_s) != theme.color(ColorRole::AccentFill));
+        QCOMPARE(ground(u"Rewrite"_s), theme.color(ColorRole::AccentFill));
+    }
+
+    void theModeBarShowsTheModeAndClearsIt() {
+        QVERIFY(screen().press(u"Summarise"_s));
+        m->flush();
+        auto* bar = m->view->findChild<tellwick::ModeBar*>();
+        QVERIFY(bar->isVisible());
+        QCOMPARE(tests::ScreenReader(bar).texts(), QStringList{u"Summarise"_s});
+        auto* label = tests::ScreenReader(bar).widget<Label>(u"Summarise"_s);
+        QVERIFY(m->desktop.isStyled(label, TextStyle::Caption, QFont::Medium, ColorRole::Accent));
+        auto* clear = screen().widget<platform::Button>(u"Clear mode"_s);
+        QCOMPARE(clear->icon(), u"xmark.circle.fill"_s);
+        QCOMPARE(clear->colorRole(), ColorRole::SecondaryLabel);
+        QTRY_COMPARE(m->placeOf(label).left(), 16);
+        QCOMPARE(m->placeOf(clear).right(), m->view->width() - 1 - 16);
+        QCOMPARE(bar->width(), m->view->width());
+        QVERIFY(screen().click(u"Clear mode"_s));
         QVERIFY(!m->vm().activeMode.value());
         m->flush();
-        QVERIFY(!isPressed(mode.label));
+        QVERIFY(!bar->isVisible());
+        QVERIFY(!isPressed(u"Summarise"_s));
+        QVERIFY(m->field()->hasFocus());
     }
-}
 
-void ChatViewTests::anotherChipReplacesTheMode() {
-    const auto& theme = m->desktop.theme;
-    const auto ground = [this](const QString& name) {
-        QWidget* chip = screen().widget(name);
-        // Beside the symbol, where nothing but the ground is.
-        return m->view->grab().toImage().pixelColor(m->placeOf(chip).topLeft() +
-                                                    QPoint(8, chip->height() / 2));
-    };
-    QVERIFY(screen().press(u"Proofread"_s));
-    m->flush();
-    QCOMPARE(ground(u"Proofread"_s), theme.color(ColorRole::AccentFill));
-    QVERIFY(ground(u"Rewrite"_s) != theme.color(ColorRole::AccentFill));
-    QVERIFY(screen().press(u"Rewrite"_s));
-    m->flush();
-    QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
-    QVERIFY(!isPressed(u"Proofread"_s));
-    QVERIFY(isPressed(u"Rewrite"_s));
-    QVERIFY(ground(u"Proofread"_s) != theme.color(ColorRole::AccentFill));
-    QCOMPARE(ground(u"Rewrite"_s), theme.color(ColorRole::AccentFill));
-}
+    void thereIsNoRowWhereTheModeBarIsNot() {
+        auto* bar = m->view->findChild<tellwick::ModeBar*>();
+        const int inputTop =
+            std::min(m->placeOf(m->field()).top(), m->placeOf(m->sendButton()).top()) - 10;
+        const auto divider = [this] {
+            for (auto* line : m->chat()->findChildren<platform::Divider*>())
+                if (line->parentWidget() == m->chat())
+                    return m->placeOf(line).bottom() + 1;
+            return 0;
+        };
+        QCOMPARE(divider(), inputTop);
+        QVERIFY(screen().press(u"Rewrite"_s));
+        m->flush();
+        QTRY_COMPARE(divider(), inputTop - bar->height());
+        QCOMPARE(m->placeOf(bar).top(), divider());
+        m->vm().clearMode();
+        m->flush();
+        QTRY_COMPARE(divider(), inputTop);
+    }
 
-void ChatViewTests::theModeBarShowsTheModeAndClearsIt() {
-    QVERIFY(screen().press(u"Summarise"_s));
-    m->flush();
-    auto* bar = m->view->findChild<tellwick::ModeBar*>();
-    QVERIFY(bar->isVisible());
-    QCOMPARE(tests::ScreenReader(bar).texts(), QStringList{u"Summarise"_s});
-    auto* label = tests::ScreenReader(bar).widget<Label>(u"Summarise"_s);
-    QCOMPARE(label->textStyle(), TextStyle::Caption);
-    QCOMPARE(label->weight(), QFont::Medium);
-    QCOMPARE(label->colorRole(), ColorRole::Accent);
-    auto* clear = screen().widget<platform::Button>(u"Clear mode"_s);
-    QCOMPARE(clear->icon(), u"xmark.circle.fill"_s);
-    QCOMPARE(clear->colorRole(), ColorRole::SecondaryLabel);
-    QTRY_COMPARE(m->placeOf(label).left(), 16);
-    QCOMPARE(m->placeOf(clear).right(), m->view->width() - 1 - 16);
-    QCOMPARE(bar->width(), m->view->width());
-    QVERIFY(screen().click(u"Clear mode"_s));
-    QVERIFY(!m->vm().activeMode.value());
-    m->flush();
-    QVERIFY(!bar->isVisible());
-    QVERIFY(!isPressed(u"Summarise"_s));
-    QVERIFY(m->field()->hasFocus());
-}
+    void chipsAndModeBarGoWithTheFirstMessageAndTheModeStays() {
+        QVERIFY(screen().press(u"Rewrite"_s));
+        auto& turn = m->conversation.ask(u"this text"_s);
+        m->flush();
+        QVERIFY(!screen().shows(u"Clear mode"_s));
+        for (const auto& mode : AppConfig::writingModes())
+            QVERIFY(!screen().shows(mode.label));
+        QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
+        turn.end();
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QVERIFY(!screen().shows(u"Clear mode"_s));
+        QVERIFY(screen().click(u"New Chat"_s));
+        m->flush();
+        QVERIFY(screen().shows(u"Rewrite"_s, QAccessible::Button));
+        QVERIFY(!isPressed(u"Rewrite"_s));
+        QVERIFY(!screen().shows(u"Clear mode"_s));
+    }
 
-void ChatViewTests::thereIsNoRowWhereTheModeBarIsNot() {
-    auto* bar = m->view->findChild<tellwick::ModeBar*>();
-    const int inputTop =
-        std::min(m->placeOf(m->field()).top(), m->placeOf(m->sendButton()).top()) - 10;
-    const auto divider = [this] {
-        for (auto* line : m->chat()->findChildren<platform::Divider*>())
-            if (line->parentWidget() == m->chat())
-                return m->placeOf(line).bottom() + 1;
-        return 0;
-    };
-    QCOMPARE(divider(), inputTop);
-    QVERIFY(screen().press(u"Rewrite"_s));
-    m->flush();
-    QTRY_COMPARE(divider(), inputTop - bar->height());
-    QCOMPARE(m->placeOf(bar).top(), divider());
-    m->vm().clearMode();
-    m->flush();
-    QTRY_COMPARE(divider(), inputTop);
-}
+    void newChatIsThereWhenThereIsSomethingToLeave_data() {
+        QTest::addColumn<bool>("hasMessages");
+        QTest::addColumn<bool>("isGenerating");
+        QTest::addColumn<bool>("isEnabled");
+        QTest::newRow("empty and idle") << false << false << false;
+        QTest::newRow("empty and generating") << false << true << true;
+        QTest::newRow("messages") << true << false << true;
+        QTest::newRow("messages and generating") << true << true << true;
+    }
+    void newChatIsThereWhenThereIsSomethingToLeave() {
+        QFETCH(bool, hasMessages);
+        QFETCH(bool, isGenerating);
+        QFETCH(bool, isEnabled);
+        const auto arrange = [&] {
+            m->vm().activeMode = AppConfig::writingModes().first(); // a new chat has none
+            if (hasMessages)
+                m->vm().messages = {
+                    {tellwick::ChatMessage::Role::user, platform::TextSnapshot(u"Hi")}};
+            m->vm().isGenerating = isGenerating;
+        };
+        arrange();
+        m->flush();
+        QCOMPARE(!screen().find(u"New Chat"_s)->state().disabled, isEnabled);
+        QCOMPARE(screen().widget<platform::Button>(u"New Chat"_s)->icon(), u"square.and.pencil"_s);
+        QVERIFY(screen().click(u"New Chat"_s));
+        QCOMPARE(!m->vm().activeMode.value(), isEnabled);
+        arrange();
+        m->flush();
+        screen().key(Qt::Key_N, Qt::ControlModifier);
+        QCOMPARE(!m->vm().activeMode.value(), isEnabled);
+        QCOMPARE(m->vm().messages.value().isEmpty(), isEnabled || !hasMessages);
+        m->vm().isGenerating = false;
+    }
 
-void ChatViewTests::chipsAndModeBarGoWithTheFirstMessageAndTheModeStays() {
-    QVERIFY(screen().press(u"Rewrite"_s));
-    auto& turn = m->conversation.ask(u"this text"_s);
-    m->flush();
-    QVERIFY(!screen().shows(u"Clear mode"_s));
-    for (const auto& mode : AppConfig::writingModes())
-        QVERIFY(!screen().shows(mode.label));
-    QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
-    turn.end();
-    QVERIFY(m->conversation.settle());
-    m->flush();
-    QVERIFY(!screen().shows(u"Clear mode"_s));
-    QVERIFY(screen().click(u"New Chat"_s));
-    m->flush();
-    QVERIFY(screen().shows(u"Rewrite"_s, QAccessible::Button));
-    QVERIFY(!isPressed(u"Rewrite"_s));
-    QVERIFY(!screen().shows(u"Clear mode"_s));
-}
-
-void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave_data() {
-    QTest::addColumn<bool>("hasMessages");
-    QTest::addColumn<bool>("isGenerating");
-    QTest::addColumn<bool>("isEnabled");
-    QTest::newRow("empty and idle") << false << false << false;
-    QTest::newRow("empty and generating") << false << true << true;
-    QTest::newRow("messages") << true << false << true;
-    QTest::newRow("messages and generating") << true << true << true;
-}
-
-void ChatViewTests::newChatIsThereWhenThereIsSomethingToLeave() {
-    QFETCH(bool, hasMessages);
-    QFETCH(bool, isGenerating);
-    QFETCH(bool, isEnabled);
-    const auto arrange = [&] {
-        m->vm().activeMode = AppConfig::writingModes().first(); // a new chat has none
-        if (hasMessages)
-            m->vm().messages = {{tellwick::ChatMessage::Role::user, platform::TextSnapshot(u"Hi")}};
-        m->vm().isGenerating = isGenerating;
-    };
-    arrange();
-    m->flush();
-    QCOMPARE(!screen().find(u"New Chat"_s)->state().disabled, isEnabled);
-    QCOMPARE(screen().widget<platform::Button>(u"New Chat"_s)->icon(), u"square.and.pencil"_s);
-    QVERIFY(screen().click(u"New Chat"_s));
-    QCOMPARE(!m->vm().activeMode.value(), isEnabled);
-    arrange();
-    m->flush();
-    screen().key(Qt::Key_N, Qt::ControlModifier);
-    QCOMPARE(!m->vm().activeMode.value(), isEnabled);
-    QCOMPARE(m->vm().messages.value().isEmpty(), isEnabled || !hasMessages);
-    m->vm().isGenerating = false;
-}
-
-void ChatViewTests::newChatKeepsTheDraftAndGivesTheFocusToTheField() {
-    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
-    m->flush();
-    screen().type("the next");
-    screen().widget(u"More"_s)->setFocus();
-    screen().key(Qt::Key_N, Qt::ControlModifier);
-    m->flush();
-    QCOMPARE(m->bubbles(), QStringList());
-    QCOMPARE(m->field()->text(), u"the next"_s);
-    QVERIFY(m->field()->hasFocus());
-    QVERIFY(screen().shows(AppConfig::tagline()));
-    QCOMPARE(m->conversation.stored().size(), 1);
-    QVERIFY(m->conversation.stored().first().contents.isEmpty());
-}
+    void newChatKeepsTheDraftAndGivesTheFocusToTheField() {
+        QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+        m->flush();
+        screen().type("the next");
+        screen().widget(u"More"_s)->setFocus();
+        screen().key(Qt::Key_N, Qt::ControlModifier);
+        m->flush();
+        QCOMPARE(m->bubbles(), QStringList());
+        QCOMPARE(m->field()->text(), u"the next"_s);
+        QVERIFY(m->field()->hasFocus());
+        QVERIFY(screen().shows(AppConfig::tagline()));
+        QCOMPARE(m->conversation.stored().size(), 1);
+        QVERIFY(m->conversation.stored().first().contents.isEmpty());
+    }
+};
 
 TELLWICK_TEST(ChatViewTests, Widgets)
 #include "ChatViewTests.moc"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Controls/IconView.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Interface/ModelsWindow.h"
@@ -11,7 +10,6 @@
 using namespace Qt::StringLiterals;
 using platform::Button;
 using platform::ColorRole;
-using platform::IconView;
 using platform::Label;
 using platform::TextStyle;
 using tellwick::ModelRow;
@@ -33,350 +31,332 @@ private Q_SLOTS:
     void init() { m.emplace(); }
     void cleanup() { m.reset(); }
 
-    void withoutAServerThereIsTheNotice();
-    void textsHaveTheirStyles();
-    void theServersModelsAreListedInItsOrder();
-    void aRowShowsTheDetailIfThereIsOne();
-    void onlyTheSelectedModelsRowIsMarked();
-    void aClickAnywhereOnARowSelects_data();
-    void aClickAnywhereOnARowSelects();
-    void aRowIsPressedByKeyboardAndByAssistiveTechnology();
-    void anUnavailableModelIsSelectedAndStaysMarkedUnavailable();
-    void availabilityIsLookedAtAgainWithARefresh();
-    void aMarkStandsAtTheTrailingEndInItsColour();
-    void theRefreshButtonShowsTheRefresh();
-    void everyAppearanceRefreshes();
-    void theButtonIsBackWithTheFirstOfTwoRefreshes();
-    void anotherNumberOfModelsMakesAnotherList();
-    void theSameNumberOfModelsChangesTheRowsInPlace();
-    void theNoticeComesAndGoesWithTheModels();
-    void aVanishedSelectionFallsBackToTheOnDeviceModel();
-    void oneNameTwiceMakesTwoRows();
-    void strangeNamesAreShownAsTheyAre();
-    void aListOfTwoThousandModelsIsShown();
-    void theScreenMayGoInTheMiddleOfARefresh();
-};
-
-void ModelsViewTests::withoutAServerThereIsTheNotice() {
-    QVERIFY(m->openOver({}));
-    QStringList read;
-    for (auto* element : m->screen().elements())
-        if (element->role() == QAccessible::Heading || element->role() == QAccessible::StaticText ||
-            element->role() == QAccessible::ListItem || element->role() == QAccessible::Button)
-            read.append(element->text(QAccessible::Name));
-    QCOMPARE(read, (QStringList{
-                       u"Models"_s, u"Apple Intelligence"_s, appleIntelligence,
-                       u"Default on-device model. Private, offline, no setup needed."_s,
-                       u"Other Models"_s, u"Refresh"_s, u"No Ollama models found"_s,
-                       u"Start Ollama and tap \u21BA to refresh."_s,
-                       u"For advanced users. Manage and download models via the Ollama app."_s}));
-    bool hasIcon = false;
-    for (const auto* icon : m->view->findChildren<IconView*>())
-        hasIcon = hasIcon || icon->icon() == u"info.circle"_s;
-    QVERIFY(hasIcon);
-    // The button stands at the heading's end.
-    auto* heading = m->screen().widget(u"Other Models"_s, QAccessible::Heading);
-    auto* button = m->refreshButton();
-    QVERIFY(button->mapTo(m->view, QPoint()).x() > 300);
-    QVERIFY(std::abs(button->mapTo(m->view, button->rect().center()).y() -
-                     heading->mapTo(m->view, heading->rect().center()).y()) <= 1);
-}
-
-void ModelsViewTests::textsHaveTheirStyles() {
-    QVERIFY(m->openOver({}));
-    const auto label = [this](const QString& text) { return m->screen().widget<Label>(text); };
-    for (const QString& footer :
-         {u"Default on-device model. Private, offline, no setup needed."_s,
-          u"For advanced users. Manage and download models via the Ollama app."_s}) {
-        QCOMPARE(label(footer)->textStyle(), TextStyle::Caption);
-        QVERIFY(label(footer)->hasHeightForWidth());
-        QVERIFY(label(footer)->heightForWidth(120) > label(footer)->heightForWidth(1000));
+    void withoutAServerThereIsTheNotice() {
+        QVERIFY(m->openOver({}));
+        QStringList read;
+        for (auto* element : m->screen().elements())
+            if (element->role() == QAccessible::Heading ||
+                element->role() == QAccessible::StaticText ||
+                element->role() == QAccessible::ListItem || element->role() == QAccessible::Button)
+                read.append(element->text(QAccessible::Name));
+        QCOMPARE(
+            read,
+            (QStringList{u"Models"_s, u"Apple Intelligence"_s, appleIntelligence,
+                         u"Default on-device model. Private, offline, no setup needed."_s,
+                         u"Other Models"_s, u"Refresh"_s, u"No Ollama models found"_s,
+                         u"Start Ollama and tap \u21BA to refresh."_s,
+                         u"For advanced users. Manage and download models via the Ollama app."_s}));
+        bool hasIcon = false;
+        for (const auto* icon : m->view->findChildren<Label*>())
+            hasIcon = hasIcon || icon->icon() == u"info.circle"_s;
+        QVERIFY(hasIcon);
+        // The button stands at the heading's end.
+        auto* heading = m->screen().widget(u"Other Models"_s, QAccessible::Heading);
+        auto* button = m->refreshButton();
+        QVERIFY(button->mapTo(m->view, QPoint()).x() > 300);
+        QVERIFY(std::abs(button->mapTo(m->view, button->rect().center()).y() -
+                         heading->mapTo(m->view, heading->rect().center()).y()) <= 1);
     }
-    auto* first = label(u"No Ollama models found"_s);
-    auto* second = label(u"Start Ollama and tap \u21BA to refresh."_s);
-    QCOMPARE(first->textStyle(), TextStyle::Subheadline);
-    QCOMPARE(second->textStyle(), TextStyle::Caption);
-    QCOMPARE(second->colorRole(), ColorRole::SecondaryLabel);
-    QCOMPARE(second->mapTo(m->view, QPoint()).y(),
-             first->mapTo(m->view, QPoint()).y() + first->height() + 2);
-    QCOMPARE(second->mapTo(m->view, QPoint()).x(), first->mapTo(m->view, QPoint()).x());
-}
 
-void ModelsViewTests::theServersModelsAreListedInItsOrder() {
-    QVERIFY(m->openOver({u"zephyr"_s, u"alpha"_s, u"mistral:7b"_s}));
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"zephyr"_s, u"alpha"_s, u"mistral:7b"_s}));
-    QVERIFY(!m->screen().shows(u"No Ollama models found"_s));
-    for (qsizetype i = 1; i < 4; ++i) {
-        const auto* row = m->row(m->rows()[i]);
-        const auto* before = m->row(m->rows()[i - 1]);
-        QVERIFY(row->mapTo(m->view, QPoint()).y() > before->mapTo(m->view, QPoint()).y());
-    }
-}
-
-void ModelsViewTests::aRowShowsTheDetailIfThereIsOne() {
-    m->conversation.server.areAvailable = true;
-    m->conversation.server.details.insert(u"llama"_s, u"Ollama · 2.0 GB"_s);
-    QVERIFY(m->openOver({u"llama"_s, u"bare"_s}));
-    QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Selected"_s);
-    QCOMPARE(m->description(u"llama"_s), u"Ollama · 2.0 GB"_s);
-    QCOMPARE(m->description(u"bare"_s), QString());
-    QVERIFY(m->row(u"bare"_s)->height() < m->row(u"llama"_s)->height());
-}
-
-void ModelsViewTests::onlyTheSelectedModelsRowIsMarked() {
-    m->conversation.server.areAvailable = true;
-    QVERIFY(m->openOver({u"one"_s, u"two"_s}));
-    const auto marked = [this] {
-        QStringList marked;
-        for (const QString& name : m->rows()) {
-            const bool isMarked = m->row(name)->mark().icon == u"checkmark"_s;
-            if (isMarked != m->description(name).contains(u"Selected"_s) ||
-                isMarked != bool(m->screen().find(name, QAccessible::ListItem)->state().selected))
-                return QStringList{u"at odds: "_s + name};
-            if (isMarked)
-                marked.append(name);
+    void textsHaveTheirStyles() {
+        QVERIFY(m->openOver({}));
+        const auto label = [this](const QString& text) { return m->screen().widget<Label>(text); };
+        for (const QString& footer :
+             {u"Default on-device model. Private, offline, no setup needed."_s,
+              u"For advanced users. Manage and download models via the Ollama app."_s}) {
+            QVERIFY(m->desktop.isStyled(label(footer), TextStyle::Caption, QFont::Normal,
+                                        ColorRole::SecondaryLabel));
+            QVERIFY(label(footer)->hasHeightForWidth());
+            QVERIFY(label(footer)->heightForWidth(120) > label(footer)->heightForWidth(1000));
         }
-        return marked;
-    };
-    QCOMPARE(marked(), QStringList{appleIntelligence});
-    for (const QString& name : {u"two"_s, u"one"_s, appleIntelligence, u"two"_s}) {
-        QVERIFY(m->screen().press(name, QAccessible::ListItem));
+        auto* first = label(u"No Ollama models found"_s);
+        auto* second = label(u"Start Ollama and tap \u21BA to refresh."_s);
+        QVERIFY(
+            m->desktop.isStyled(first, TextStyle::Subheadline, QFont::Normal, ColorRole::Label));
+        QVERIFY(m->desktop.isStyled(second, TextStyle::Caption, QFont::Normal,
+                                    ColorRole::SecondaryLabel));
+        QCOMPARE(second->mapTo(m->view, QPoint()).y(),
+                 first->mapTo(m->view, QPoint()).y() + first->height() + 2);
+        QCOMPARE(second->mapTo(m->view, QPoint()).x(), first->mapTo(m->view, QPoint()).x());
+    }
+
+    void theServersModelsAreListedInItsOrder() {
+        QVERIFY(m->openOver({u"zephyr"_s, u"alpha"_s, u"mistral:7b"_s}));
+        QCOMPARE(m->rows(),
+                 (QStringList{appleIntelligence, u"zephyr"_s, u"alpha"_s, u"mistral:7b"_s}));
+        QVERIFY(!m->screen().shows(u"No Ollama models found"_s));
+        for (qsizetype i = 1; i < 4; ++i) {
+            const auto* row = m->row(m->rows()[i]);
+            const auto* before = m->row(m->rows()[i - 1]);
+            QVERIFY(row->mapTo(m->view, QPoint()).y() > before->mapTo(m->view, QPoint()).y());
+        }
+    }
+
+    void aRowShowsTheDetailIfThereIsOne() {
+        m->conversation.server.areAvailable = true;
+        m->conversation.server.details.insert(u"llama"_s, u"Ollama · 2.0 GB"_s);
+        QVERIFY(m->openOver({u"llama"_s, u"bare"_s}));
+        QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Selected"_s);
+        QCOMPARE(m->description(u"llama"_s), u"Ollama · 2.0 GB"_s);
+        QCOMPARE(m->description(u"bare"_s), QString());
+        QVERIFY(m->row(u"bare"_s)->height() < m->row(u"llama"_s)->height());
+    }
+
+    void onlyTheSelectedModelsRowIsMarked() {
+        m->conversation.server.areAvailable = true;
+        QVERIFY(m->openOver({u"one"_s, u"two"_s}));
+        const auto marked = [this] {
+            QStringList marked;
+            for (const QString& name : m->rows()) {
+                const bool isMarked = m->row(name)->mark().icon == u"checkmark"_s;
+                if (isMarked != m->description(name).contains(u"Selected"_s) ||
+                    isMarked !=
+                        bool(m->screen().find(name, QAccessible::ListItem)->state().selected))
+                    return QStringList{u"at odds: "_s + name};
+                if (isMarked)
+                    marked.append(name);
+            }
+            return marked;
+        };
+        QCOMPARE(marked(), QStringList{appleIntelligence});
+        for (const QString& name : {u"two"_s, u"one"_s, appleIntelligence, u"two"_s}) {
+            QVERIFY(m->screen().press(name, QAccessible::ListItem));
+            m->flush();
+            QCOMPARE(marked(), QStringList{name});
+        }
+        QVERIFY(m->refresh({u"one"_s, u"two"_s}));
+        QCOMPARE(marked(), QStringList{u"two"_s});
+    }
+
+    void aClickAnywhereOnARowSelects_data() {
+        QTest::addColumn<double>("share"); // of the row's width
+        QTest::newRow("on the name") << 0.1;
+        QTest::newRow("between name and mark") << 0.6;
+        QTest::newRow("at the end") << 0.99;
+        QTest::newRow("at the beginning") << 0.01;
+    }
+    void aClickAnywhereOnARowSelects() {
+        QFETCH(double, share);
+        QVERIFY(m->openOver({u"one"_s}));
+        auto* row = m->row(u"one"_s);
+        m->screen().clickAt(row->mapTo(
+            m->window.get(), QPoint(static_cast<int>(share * row->width()), row->height() / 2)));
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
+    }
+
+    void aRowIsPressedByKeyboardAndByAssistiveTechnology() {
+        QVERIFY(m->openOver({u"one"_s, u"two"_s}));
+        m->row(u"one"_s)->setFocus();
+        m->screen().key(Qt::Key_Space);
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
+        m->row(u"two"_s)->setFocus();
+        m->screen().key(Qt::Key_Return);
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-two"_s);
+        QVERIFY(m->screen().press(u"one"_s, QAccessible::ListItem));
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
+    }
+
+    void anUnavailableModelIsSelectedAndStaysMarkedUnavailable() {
+        m->conversation.model.state =
+            Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+        m->conversation.server.areAvailable = true;
+        QVERIFY(m->openOver({u"one"_s}));
+        QVERIFY(m->screen().press(u"one"_s, QAccessible::ListItem));
+        QVERIFY(m->screen().click(appleIntelligence, QAccessible::ListItem));
+        QCOMPARE(m->manager().selectedID.value(), u"apple-intelligence"_s);
         m->flush();
-        QCOMPARE(marked(), QStringList{name});
+        QCOMPARE(m->row(appleIntelligence)->mark().text, u"Unavailable"_s);
+        QCOMPARE(m->row(appleIntelligence)->mark().color, ColorRole::Orange);
+        QVERIFY(m->row(appleIntelligence)->mark().icon.isEmpty());
+        QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Unavailable"_s);
+        QCOMPARE(m->description(u"one"_s), QString());
     }
-    QVERIFY(m->refresh({u"one"_s, u"two"_s}));
-    QCOMPARE(marked(), QStringList{u"two"_s});
-}
 
-void ModelsViewTests::aClickAnywhereOnARowSelects_data() {
-    QTest::addColumn<double>("share"); // of the row's width
-    QTest::newRow("on the name") << 0.1;
-    QTest::newRow("between name and mark") << 0.6;
-    QTest::newRow("at the end") << 0.99;
-    QTest::newRow("at the beginning") << 0.01;
-}
+    void availabilityIsLookedAtAgainWithARefresh() {
+        m->conversation.model.state =
+            Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+        QVERIFY(m->openOver({}));
+        QCOMPARE(m->row(appleIntelligence)->mark().text, u"Unavailable"_s);
+        m->conversation.model.state = Availability::available();
+        QVERIFY(m->refresh({}));
+        QTRY_COMPARE(m->row(appleIntelligence)->mark().icon, u"checkmark"_s);
+        QCOMPARE(m->row(appleIntelligence)->mark().color, ColorRole::Accent);
+    }
 
-void ModelsViewTests::aClickAnywhereOnARowSelects() {
-    QFETCH(double, share);
-    QVERIFY(m->openOver({u"one"_s}));
-    auto* row = m->row(u"one"_s);
-    m->screen().clickAt(row->mapTo(
-        m->window.get(), QPoint(static_cast<int>(share * row->width()), row->height() / 2)));
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
-}
+    void aMarkStandsAtTheTrailingEndInItsColour() {
+        QVERIFY(m->openOver({u"one"_s}));
+        const auto paints = [this](const QString& name, ColorRole role) {
+            auto* row = m->row(name);
+            const auto painted = tests::PaintRecorder(*row).all();
+            return std::ranges::any_of(painted, [&](const auto& part) {
+                return part.color == m->desktop.theme.color(role) &&
+                       part.rect.left() > row->width() / 2 &&
+                       part.rect.right() > row->width() - 30 && part.rect.right() < row->width();
+            });
+        };
+        QVERIFY(paints(appleIntelligence, ColorRole::Accent));
+        QVERIFY(paints(u"one"_s, ColorRole::Orange));
+        QVERIFY(!paints(u"one"_s, ColorRole::Accent));
+        m->manager().select(m->manager().ollamaBackends.value().first());
+        m->flush();
+        QVERIFY(!paints(appleIntelligence, ColorRole::Accent));
+    }
 
-void ModelsViewTests::aRowIsPressedByKeyboardAndByAssistiveTechnology() {
-    QVERIFY(m->openOver({u"one"_s, u"two"_s}));
-    m->row(u"one"_s)->setFocus();
-    m->screen().key(Qt::Key_Space);
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
-    m->row(u"two"_s)->setFocus();
-    m->screen().key(Qt::Key_Return);
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-two"_s);
-    QVERIFY(m->screen().press(u"one"_s, QAccessible::ListItem));
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-one"_s);
-}
-
-void ModelsViewTests::anUnavailableModelIsSelectedAndStaysMarkedUnavailable() {
-    m->conversation.model.state =
-        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    m->conversation.server.areAvailable = true;
-    QVERIFY(m->openOver({u"one"_s}));
-    QVERIFY(m->screen().press(u"one"_s, QAccessible::ListItem));
-    QVERIFY(m->screen().click(appleIntelligence, QAccessible::ListItem));
-    QCOMPARE(m->manager().selectedID.value(), u"apple-intelligence"_s);
-    m->flush();
-    QCOMPARE(m->row(appleIntelligence)->mark().text, u"Unavailable"_s);
-    QCOMPARE(m->row(appleIntelligence)->mark().color, ColorRole::Orange);
-    QVERIFY(m->row(appleIntelligence)->mark().icon.isEmpty());
-    QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Unavailable"_s);
-    QCOMPARE(m->description(u"one"_s), QString());
-}
-
-void ModelsViewTests::availabilityIsLookedAtAgainWithARefresh() {
-    m->conversation.model.state =
-        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    QVERIFY(m->openOver({}));
-    QCOMPARE(m->row(appleIntelligence)->mark().text, u"Unavailable"_s);
-    m->conversation.model.state = Availability::available();
-    QVERIFY(m->refresh({}));
-    QTRY_COMPARE(m->row(appleIntelligence)->mark().icon, u"checkmark"_s);
-    QCOMPARE(m->row(appleIntelligence)->mark().color, ColorRole::Accent);
-}
-
-void ModelsViewTests::aMarkStandsAtTheTrailingEndInItsColour() {
-    QVERIFY(m->openOver({u"one"_s}));
-    const auto paints = [this](const QString& name, ColorRole role) {
-        auto* row = m->row(name);
-        const auto painted = tests::PaintRecorder(*row).all();
-        return std::ranges::any_of(painted, [&](const auto& part) {
-            return part.color == m->desktop.theme.color(role) &&
-                   part.rect.left() > row->width() / 2 && part.rect.right() > row->width() - 30 &&
-                   part.rect.right() < row->width();
-        });
-    };
-    QVERIFY(paints(appleIntelligence, ColorRole::Accent));
-    QVERIFY(paints(u"one"_s, ColorRole::Orange));
-    QVERIFY(!paints(u"one"_s, ColorRole::Accent));
-    m->manager().select(m->manager().ollamaBackends.value().first());
-    m->flush();
-    QVERIFY(!paints(appleIntelligence, ColorRole::Accent));
-}
-
-void ModelsViewTests::theRefreshButtonShowsTheRefresh() {
-    QVERIFY(m->openOver({}));
-    QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise"_s);
-    QCOMPARE(m->refreshButton()->symbolOpacity(), 1.0);
-    QVERIFY(m->refreshButton()->isEnabled());
-    m->conversation.server.holdsListings = true;
-    QVERIFY(m->screen().click(u"Refresh"_s));
-    QTRY_COMPARE(m->listingsAsked(), std::size_t(1));
-    m->flush();
-    QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise.circle.fill"_s);
-    QCOMPARE(m->refreshButton()->symbolOpacity(), 0.5);
-    QVERIFY(m->screen().find(u"Refresh"_s)->state().disabled);
-    QVERIFY(m->screen().click(u"Refresh"_s));
-    m->screen().press(u"Refresh"_s);
-    QCoreApplication::processEvents();
-    QCOMPARE(m->listingsAsked(), std::size_t(1));
-    m->conversation.server.answerListing({u"llama"_s});
-    QVERIFY(m->settle());
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"llama"_s}));
-    QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise"_s);
-    QCOMPARE(m->refreshButton()->symbolOpacity(), 1.0);
-    QVERIFY(m->refreshButton()->isEnabled());
-}
-
-void ModelsViewTests::everyAppearanceRefreshes() {
-    m->conversation.server.holdsListings = true;
-    QVERIFY(m->open());
-    QTRY_COMPARE(m->listingsAsked(), std::size_t(2)); // the catalogue's first, and the screen's
-    for (std::size_t asked = 3; asked < 6; ++asked) {
-        m->view->hide();
+    void theRefreshButtonShowsTheRefresh() {
+        QVERIFY(m->openOver({}));
+        QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise"_s);
+        QCOMPARE(m->refreshButton()->symbolOpacity(), 1.0);
+        QVERIFY(m->refreshButton()->isEnabled());
+        m->conversation.server.holdsListings = true;
+        QVERIFY(m->screen().click(u"Refresh"_s));
+        QTRY_COMPARE(m->listingsAsked(), std::size_t(1));
+        m->flush();
+        QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise.circle.fill"_s);
+        QCOMPARE(m->refreshButton()->symbolOpacity(), 0.5);
+        QVERIFY(m->screen().find(u"Refresh"_s)->state().disabled);
+        QVERIFY(m->screen().click(u"Refresh"_s));
+        m->screen().press(u"Refresh"_s);
         QCoreApplication::processEvents();
-        QCOMPARE(m->listingsAsked(), asked - 1);
-        m->view->show();
-        QTRY_COMPARE(m->listingsAsked(), asked);
+        QCOMPARE(m->listingsAsked(), std::size_t(1));
+        m->conversation.server.answerListing({u"llama"_s});
+        QVERIFY(m->settle());
+        QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"llama"_s}));
+        QCOMPARE(m->refreshButton()->icon(), u"arrow.clockwise"_s);
+        QCOMPARE(m->refreshButton()->symbolOpacity(), 1.0);
+        QVERIFY(m->refreshButton()->isEnabled());
     }
-}
 
-void ModelsViewTests::theButtonIsBackWithTheFirstOfTwoRefreshes() {
-    m->conversation.server.holdsListings = true;
-    QVERIFY(m->open());
-    QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
-    m->flush();
-    QVERIFY(!m->refreshButton()->isEnabled());
-    m->conversation.server.answerListing({u"old"_s});
-    QTRY_VERIFY(m->refreshButton()->isEnabled());
-    QCOMPARE(m->rows().value(1), u"old"_s);
-    m->conversation.server.answerListing({u"new"_s});
-    QTRY_COMPARE(m->rows().value(1), u"new"_s);
-    QVERIFY(m->refreshButton()->isEnabled());
-}
-
-void ModelsViewTests::anotherNumberOfModelsMakesAnotherList() {
-    QVERIFY(m->openOver({u"one"_s, u"two"_s}));
-    const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
-    const QPointer<ModelRow> one = m->row(u"one"_s);
-    const QPointer<Button> button = m->refreshButton();
-    QVERIFY(m->refresh({u"one"_s, u"two"_s, u"three"_s}));
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"one"_s, u"two"_s, u"three"_s}));
-    QTRY_VERIFY(!one);
-    QVERIFY(!onDevice);
-    QVERIFY(!button);
-    const QPointer<ModelRow> again = m->row(u"one"_s);
-    QVERIFY(m->refresh({u"one"_s}));
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"one"_s}));
-    QTRY_VERIFY(!again);
-}
-
-void ModelsViewTests::theSameNumberOfModelsChangesTheRowsInPlace() {
-    m->conversation.server.details.insert(u"four"_s, u"Ollama · 4.0 GB"_s);
-    QVERIFY(m->openOver({u"one"_s, u"two"_s}));
-    const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
-    const QPointer<ModelRow> first = m->row(u"one"_s);
-    const QPointer<ModelRow> second = m->row(u"two"_s);
-    const QPointer<Button> button = m->refreshButton();
-    QVERIFY(m->refresh({u"three"_s, u"four"_s}));
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"three"_s, u"four"_s}));
-    QCOMPARE(m->row(appleIntelligence), onDevice.data());
-    QCOMPARE(m->row(u"three"_s), first.data());
-    QCOMPARE(m->row(u"four"_s), second.data());
-    QCOMPARE(m->refreshButton(), button.data());
-    QVERIFY(m->description(u"four"_s).startsWith(u"Ollama · 4.0 GB"_s));
-    QTRY_COMPARE(second->height(), second->sizeHint().height());
-    // Each row selects the model that it shows now.
-    QVERIFY(m->screen().press(u"four"_s, QAccessible::ListItem));
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-four"_s);
-    QVERIFY(m->manager().selected());
-}
-
-void ModelsViewTests::theNoticeComesAndGoesWithTheModels() {
-    QVERIFY(m->openOver({}));
-    QVERIFY(m->screen().shows(u"No Ollama models found"_s));
-    QVERIFY(m->refresh({u"one"_s}));
-    QVERIFY(!m->screen().shows(u"No Ollama models found"_s));
-    QVERIFY(m->row(u"one"_s));
-    QVERIFY(m->refresh({}));
-    QVERIFY(m->screen().shows(u"No Ollama models found"_s));
-    QCOMPARE(m->rows(), QStringList{appleIntelligence});
-}
-
-void ModelsViewTests::aVanishedSelectionFallsBackToTheOnDeviceModel() {
-    m->conversation.server.areAvailable = true;
-    QVERIFY(m->openOver({u"one"_s, u"two"_s}));
-    QVERIFY(m->screen().press(u"two"_s, QAccessible::ListItem));
-    m->flush();
-    QCOMPARE(m->description(u"two"_s), u"Selected"_s);
-    QVERIFY(m->refresh({u"one"_s, u"three"_s}));
-    QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Selected"_s);
-    QCOMPARE(m->description(u"three"_s), QString());
-}
-
-void ModelsViewTests::oneNameTwiceMakesTwoRows() {
-    QVERIFY(m->openOver({u"twin"_s, u"twin"_s}));
-    QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"twin"_s, u"twin"_s}));
-    QVERIFY(m->screen().press(u"twin"_s, QAccessible::ListItem));
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-twin"_s);
-}
-
-void ModelsViewTests::strangeNamesAreShownAsTheyAre() {
-    const QStringList names{u"hf.co/some one/model:Q4_K_M"_s, u"🦊 & friends"_s, u"<b>bold</b>"_s,
-                            u"x"_s.repeated(500), u"نموذج"_s};
-    QVERIFY(m->openOver(names));
-    QCOMPARE(m->rows(), QStringList{appleIntelligence} + names);
-    for (const QString& name : names) {
-        QVERIFY(m->row(name)->width() <= ModelsView::width);
-        QVERIFY(m->screen().press(name, QAccessible::ListItem));
-        QCOMPARE(m->manager().selectedID.value(), u"ollama-"_s + name);
+    void everyAppearanceRefreshes() {
+        m->conversation.server.holdsListings = true;
+        QVERIFY(m->open());
+        QTRY_COMPARE(m->listingsAsked(), std::size_t(2)); // the catalogue's first, and the screen's
+        for (std::size_t asked = 3; asked < 6; ++asked) {
+            m->view->hide();
+            QCoreApplication::processEvents();
+            QCOMPARE(m->listingsAsked(), asked - 1);
+            m->view->show();
+            QTRY_COMPARE(m->listingsAsked(), asked);
+        }
     }
-    QCOMPARE(m->view->size().width(), ModelsView::width);
-}
 
-void ModelsViewTests::aListOfTwoThousandModelsIsShown() {
-    QStringList names;
-    for (int i = 0; i < 2000; ++i)
-        names.append(u"model-%1"_s.arg(i));
-    QVERIFY(m->openOver(names));
-    // Not through the reader: it walks to each element from the first one on.
-    const auto rows = m->view->findChildren<ModelRow*>();
-    QCOMPARE(rows.size(), 2001);
-    QCOMPARE(rows.last()->text(), u"model-1999"_s);
-    QVERIFY(rows.last()->isVisible());
-    rows.last()->click();
-    QCOMPARE(m->manager().selectedID.value(), u"ollama-model-1999"_s);
-}
+    void theButtonIsBackWithTheFirstOfTwoRefreshes() {
+        m->conversation.server.holdsListings = true;
+        QVERIFY(m->open());
+        QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
+        m->flush();
+        QVERIFY(!m->refreshButton()->isEnabled());
+        m->conversation.server.answerListing({u"old"_s});
+        QTRY_VERIFY(m->refreshButton()->isEnabled());
+        QCOMPARE(m->rows().value(1), u"old"_s);
+        m->conversation.server.answerListing({u"new"_s});
+        QTRY_COMPARE(m->rows().value(1), u"new"_s);
+        QVERIFY(m->refreshButton()->isEnabled());
+    }
 
-void ModelsViewTests::theScreenMayGoInTheMiddleOfARefresh() {
-    m->conversation.server.holdsListings = true;
-    QVERIFY(m->open());
-    QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
-    delete m->window->findChild<platform::ScrollView*>();
-    m->conversation.server.answerListing({u"one"_s});
-    m->conversation.server.answerListing({u"one"_s, u"two"_s});
-    QTRY_COMPARE(m->manager().ollamaBackends.value().size(), 2);
-    QVERIFY(!m->manager().isRefreshing.value());
-}
+    void anotherNumberOfModelsMakesAnotherList() {
+        QVERIFY(m->openOver({u"one"_s, u"two"_s}));
+        const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
+        const QPointer<ModelRow> one = m->row(u"one"_s);
+        const QPointer<Button> button = m->refreshButton();
+        QVERIFY(m->refresh({u"one"_s, u"two"_s, u"three"_s}));
+        QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"one"_s, u"two"_s, u"three"_s}));
+        QTRY_VERIFY(!one);
+        QVERIFY(!onDevice);
+        QVERIFY(!button);
+        const QPointer<ModelRow> again = m->row(u"one"_s);
+        QVERIFY(m->refresh({u"one"_s}));
+        QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"one"_s}));
+        QTRY_VERIFY(!again);
+    }
+
+    void theSameNumberOfModelsChangesTheRowsInPlace() {
+        m->conversation.server.details.insert(u"four"_s, u"Ollama · 4.0 GB"_s);
+        QVERIFY(m->openOver({u"one"_s, u"two"_s}));
+        const QPointer<ModelRow> onDevice = m->row(appleIntelligence);
+        const QPointer<ModelRow> first = m->row(u"one"_s);
+        const QPointer<ModelRow> second = m->row(u"two"_s);
+        const QPointer<Button> button = m->refreshButton();
+        QVERIFY(m->refresh({u"three"_s, u"four"_s}));
+        QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"three"_s, u"four"_s}));
+        QCOMPARE(m->row(appleIntelligence), onDevice.data());
+        QCOMPARE(m->row(u"three"_s), first.data());
+        QCOMPARE(m->row(u"four"_s), second.data());
+        QCOMPARE(m->refreshButton(), button.data());
+        QVERIFY(m->description(u"four"_s).startsWith(u"Ollama · 4.0 GB"_s));
+        QTRY_COMPARE(second->height(), second->sizeHint().height());
+        // Each row selects the model that it shows now.
+        QVERIFY(m->screen().press(u"four"_s, QAccessible::ListItem));
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-four"_s);
+        QVERIFY(m->manager().selected());
+    }
+
+    void theNoticeComesAndGoesWithTheModels() {
+        QVERIFY(m->openOver({}));
+        QVERIFY(m->screen().shows(u"No Ollama models found"_s));
+        QVERIFY(m->refresh({u"one"_s}));
+        QVERIFY(!m->screen().shows(u"No Ollama models found"_s));
+        QVERIFY(m->row(u"one"_s));
+        QVERIFY(m->refresh({}));
+        QVERIFY(m->screen().shows(u"No Ollama models found"_s));
+        QCOMPARE(m->rows(), QStringList{appleIntelligence});
+    }
+
+    void aVanishedSelectionFallsBackToTheOnDeviceModel() {
+        m->conversation.server.areAvailable = true;
+        QVERIFY(m->openOver({u"one"_s, u"two"_s}));
+        QVERIFY(m->screen().press(u"two"_s, QAccessible::ListItem));
+        m->flush();
+        QCOMPARE(m->description(u"two"_s), u"Selected"_s);
+        QVERIFY(m->refresh({u"one"_s, u"three"_s}));
+        QCOMPARE(m->description(appleIntelligence), u"On-device · Private, Selected"_s);
+        QCOMPARE(m->description(u"three"_s), QString());
+    }
+
+    void oneNameTwiceMakesTwoRows() {
+        QVERIFY(m->openOver({u"twin"_s, u"twin"_s}));
+        QCOMPARE(m->rows(), (QStringList{appleIntelligence, u"twin"_s, u"twin"_s}));
+        QVERIFY(m->screen().press(u"twin"_s, QAccessible::ListItem));
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-twin"_s);
+    }
+
+    void strangeNamesAreShownAsTheyAre() {
+        const QStringList names{u"hf.co/some one/model:Q4_K_M"_s, u"🦊 & friends"_s,
+                                u"<b>bold</b>"_s, u"x"_s.repeated(500), u"نموذج"_s};
+        QVERIFY(m->openOver(names));
+        QCOMPARE(m->rows(), QStringList{appleIntelligence} + names);
+        for (const QString& name : names) {
+            QVERIFY(m->row(name)->width() <= ModelsView::width);
+            QVERIFY(m->screen().press(name, QAccessible::ListItem));
+            QCOMPARE(m->manager().selectedID.value(), u"ollama-"_s + name);
+        }
+        QCOMPARE(m->view->size().width(), ModelsView::width);
+    }
+
+    void aListOfTwoThousandModelsIsShown() {
+        QStringList names;
+        for (int i = 0; i < 2000; ++i)
+            names.append(u"model-%1"_s.arg(i));
+        QVERIFY(m->openOver(names));
+        // Not through the reader: it walks to each element from the first one on.
+        const auto rows = m->view->findChildren<ModelRow*>();
+        QCOMPARE(rows.size(), 2001);
+        QCOMPARE(rows.last()->text(), u"model-1999"_s);
+        QVERIFY(rows.last()->isVisible());
+        rows.last()->click();
+        QCOMPARE(m->manager().selectedID.value(), u"ollama-model-1999"_s);
+    }
+
+    void theScreenMayGoInTheMiddleOfARefresh() {
+        m->conversation.server.holdsListings = true;
+        QVERIFY(m->open());
+        QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
+        delete m->window->findChild<platform::ScrollView*>();
+        m->conversation.server.answerListing({u"one"_s});
+        m->conversation.server.answerListing({u"one"_s, u"two"_s});
+        QTRY_COMPARE(m->manager().ollamaBackends.value().size(), 2);
+        QVERIFY(!m->manager().isRefreshing.value());
+    }
+};
 
 TELLWICK_TEST(ModelsViewTests, Widgets)
 #include "ModelsViewTests.moc"

@@ -8,6 +8,7 @@
 #include "tests/Tellwick/Interface/ScreenReader.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPalette>
 
 #include <memory>
@@ -25,6 +26,13 @@ struct TestDesktop {
         opened.append(url);
         return true;
     }};
+
+    /// Whether a label shows its text in this style, weight and colour.
+    bool isStyled(const QLabel* label, platform::TextStyle style, QFont::Weight weight,
+                  platform::ColorRole role) const {
+        return label && label->font() == theme.font(style, weight) &&
+               label->palette().color(QPalette::WindowText) == theme.color(role);
+    }
 
     tellwick::Services services() { return {theme, urlOpener}; }
 };

@@ -9,6 +9,7 @@
 
 using namespace Qt::StringLiterals;
 using platform::Button;
+using Look = platform::Button::Look;
 
 class ButtonTests final : public QObject {
     Q_OBJECT
@@ -16,57 +17,55 @@ class ButtonTests final : public QObject {
     platform::Theme m_theme;
 
 private Q_SLOTS:
-    void returnAndSpaceAndAClickPress_data() {
-        QTest::addColumn<int>("key");
-        QTest::newRow("return") << int{Qt::Key_Return};
-        QTest::newRow("enter") << int{Qt::Key_Enter};
-        QTest::newRow("space") << int{Qt::Key_Space};
-        QTest::newRow("pointer") << 0;
+    void plainReturnSpaceAndAClickPress_data() {
+        QTest::addColumn<int>("key"); // none: the pointer
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::addColumn<int>("expected");
+        const Qt::KeyboardModifiers none = Qt::NoModifier;
+        QTest::newRow("return") << int{Qt::Key_Return} << none << 1;
+        QTest::newRow("enter") << int{Qt::Key_Enter} << none << 1;
+        QTest::newRow("enter of the keypad")
+            << int{Qt::Key_Enter} << Qt::KeyboardModifiers(Qt::KeypadModifier) << 1;
+        QTest::newRow("space") << int{Qt::Key_Space} << none << 1;
+        QTest::newRow("pointer") << 0 << none << 1;
+        QTest::newRow("control-return")
+            << int{Qt::Key_Return} << Qt::KeyboardModifiers(Qt::ControlModifier) << 0;
+        QTest::newRow("down") << int{Qt::Key_Down} << none << 0;
     }
-    void returnAndSpaceAndAClickPress() {
+    void plainReturnSpaceAndAClickPress() {
         QFETCH(int, key);
-        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
+        QFETCH(Qt::KeyboardModifiers, modifiers);
+        QFETCH(int, expected);
+        Button button(m_theme, Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         int presses = 0;
         button.setAction([&] { ++presses; });
         button.show();
-        if (key != 0)
-            QTest::keyClick(&button, static_cast<Qt::Key>(key));
-        else
-            QTest::mouseClick(&button, Qt::LeftButton);
-        QCOMPARE(presses, 1);
-        button.setEnabled(false);
-        QTest::keyClick(&button, Qt::Key_Return);
-        QTest::mouseClick(&button, Qt::LeftButton);
-        QCOMPARE(presses, 1);
-    }
-
-    void returnWithAModifierIsNotAPress() {
-        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
-        int presses = 0;
-        button.setAction([&] { ++presses; });
-        button.show();
-        QTest::keyClick(&button, Qt::Key_Return, Qt::ControlModifier);
-        QCOMPARE(presses, 0);
+        for (const bool isEnabled : {true, false}) {
+            button.setEnabled(isEnabled);
+            if (key != 0)
+                QTest::keyClick(&button, static_cast<Qt::Key>(key), modifiers);
+            else
+                QTest::mouseClick(&button, Qt::LeftButton);
+            QCOMPARE(presses, expected);
+        }
     }
 
     void anActionMayDestroyItsButton() {
-        auto* button = new Button(m_theme, platform::Button::Look::Icon, u"Gone"_s, u"cpu"_s);
+        auto* button = new Button(m_theme, Look::Icon, u"Gone"_s, u"cpu"_s);
         const QPointer<Button> alive(button);
-        QString kept = u"kept"_s;
-        button->setAction([button, kept] {
-            button->deleteLater();
+        button->setAction([button, kept = u"kept"_s] {
+            delete button;
             QCOMPARE(kept, u"kept"_s);
         });
         button->click();
-        QTRY_VERIFY(alive.isNull());
+        QVERIFY(alive.isNull());
     }
 
     void aClickLeavesTheFocusWhereItWas() {
         QWidget window;
         auto* column = new QVBoxLayout(&window);
         auto* field = new QLineEdit;
-        auto* button = new Button(m_theme, platform::Button::Look::Icon, u"New Chat"_s,
-                                  u"square.and.pencil"_s);
+        auto* button = new Button(m_theme, Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         column->addWidget(field);
         column->addWidget(button);
         window.show();
@@ -78,85 +77,62 @@ private Q_SLOTS:
         QVERIFY(button->hasFocus());
     }
 
-    void theFocusRingIsPaintedForTheKeyboardOnly_data() {
-        QTest::addColumn<Qt::FocusReason>("reason");
-        QTest::addColumn<bool>("isShown");
-        QTest::newRow("tab") << Qt::TabFocusReason << true;
-        QTest::newRow("backtab") << Qt::BacktabFocusReason << true;
-        QTest::newRow("pointer") << Qt::MouseFocusReason << false;
-        QTest::newRow("program") << Qt::OtherFocusReason << false;
-    }
-    void theFocusRingIsPaintedForTheKeyboardOnly() {
-        QFETCH(Qt::FocusReason, reason);
-        QFETCH(bool, isShown);
-        Button button(m_theme, platform::Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
-        button.show();
-        QVERIFY(QTest::qWaitForWindowActive(&button));
-        button.clearFocus();
-        const auto without = button.grab().toImage();
-        button.setFocus(reason);
-        QVERIFY(button.hasFocus());
-        QCOMPARE(button.grab().toImage() != without, isShown);
-    }
-
     void aChipShowsTheStateOfItsOwnerAndNeverItsOwn() {
-        Button chip(m_theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
+        Button chip(m_theme, Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
         int presses = 0;
         chip.setAction([&] { ++presses; });
         chip.show();
-        QTest::mouseClick(&chip, Qt::LeftButton);
-        QCOMPARE(presses, 1);
-        QVERIFY(!chip.isChecked());
-        chip.setChecked(true);
-        QTest::mouseClick(&chip, Qt::LeftButton);
+        for (const bool isOn : {false, true}) {
+            chip.setChecked(isOn);
+            QTest::mouseClick(&chip, Qt::LeftButton);
+            QCOMPARE(chip.isChecked(), isOn);
+        }
         QCOMPARE(presses, 2);
-        QVERIFY(chip.isChecked());
     }
 
-    void aChipIsAToggleButtonToAssistiveTechnology() {
-        Button chip(m_theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
+    void assistiveTechnologyMeetsEachLookAsWhatItIs_data() {
+        QTest::addColumn<Look>("look");
+        QTest::addColumn<QAccessible::Role>("role");
+        QTest::newRow("icon") << Look::Icon << QAccessible::Button;
+        QTest::newRow("disc") << Look::Disc << QAccessible::Button;
+        QTest::newRow("default") << Look::Default << QAccessible::Button;
+        QTest::newRow("link") << Look::Link << QAccessible::Link;
+        QTest::newRow("chip") << Look::Chip << QAccessible::Button;
+        QTest::newRow("menu row") << Look::MenuRow << QAccessible::MenuItem;
+    }
+    void assistiveTechnologyMeetsEachLookAsWhatItIs() {
+        QFETCH(Look, look);
+        QFETCH(QAccessible::Role, role);
+        Button button(m_theme, look, u"Send"_s, u"arrow.up.circle.fill"_s);
         int presses = 0;
-        chip.setAction([&] { ++presses; });
-        auto* interface = QAccessible::queryAccessibleInterface(&chip);
+        button.setAction([&] { ++presses; });
+        auto* interface = QAccessible::queryAccessibleInterface(&button);
         QVERIFY(interface);
-        QCOMPARE(interface->role(), QAccessible::Button);
-        QCOMPARE(interface->text(QAccessible::Name), u"Proofread"_s);
-        QVERIFY(interface->state().checkable);
+        QCOMPARE(interface->role(), role);
+        QCOMPARE(interface->text(QAccessible::Name), u"Send"_s);
+        QCOMPARE(interface->text(QAccessible::Description), QString());
+        const bool isSymbolAlone = look == Look::Icon || look == Look::Disc;
+        QCOMPARE(button.toolTip(), isSymbolAlone ? u"Send"_s : QString());
+        button.setName(u"Stop & go"_s);
+        QCOMPARE(interface->text(QAccessible::Name), u"Stop & go"_s);
+        QCOMPARE(button.toolTip(), isSymbolAlone ? u"Stop & go"_s : QString());
+        QVERIFY(button.shortcut().isEmpty());
+
+        QCOMPARE(bool(interface->state().checkable), look == Look::Chip);
         QVERIFY(!interface->state().pressed);
-        chip.setChecked(true);
-        QVERIFY(interface->state().checked);
-        QVERIFY(interface->state().pressed);
+        button.setChecked(true);
+        QCOMPARE(bool(interface->state().checked), look == Look::Chip);
+        QCOMPARE(bool(interface->state().pressed), look == Look::Chip);
+        QCOMPARE(interface->text(QAccessible::Description),
+                 look == Look::Chip ? u"Pressed"_s : QString());
+
         auto* actions = interface->actionInterface();
-        QVERIFY(actions);
         QVERIFY(actions->actionNames().contains(QAccessibleActionInterface::pressAction()));
         actions->doAction(QAccessibleActionInterface::pressAction());
-        QCOMPARE(presses, 1);
-        chip.setEnabled(false);
+        button.setEnabled(false);
         actions->doAction(QAccessibleActionInterface::pressAction());
         QCOMPARE(presses, 1);
         QVERIFY(interface->state().disabled);
-    }
-
-    void aSymbolHasItsNameForAssistiveTechnologyAndTheToolTip() {
-        Button button(m_theme, platform::Button::Look::Icon, u"Send"_s, u"arrow.up.circle.fill"_s);
-        auto* interface = QAccessible::queryAccessibleInterface(&button);
-        QVERIFY(interface);
-        QCOMPARE(interface->text(QAccessible::Name), u"Send"_s);
-        QCOMPARE(button.toolTip(), u"Send"_s);
-        button.setName(u"Stop"_s);
-        button.setIcon(u"stop.circle.fill"_s);
-        QCOMPARE(interface->text(QAccessible::Name), u"Stop"_s);
-        QCOMPARE(button.toolTip(), u"Stop"_s);
-    }
-
-    void aLinkIsALinkToAssistiveTechnology() {
-        Button link(m_theme, Button::Look::Link, u"example.org"_s);
-        auto* interface = QAccessible::queryAccessibleInterface(&link);
-        QVERIFY(interface);
-        QCOMPARE(interface->role(), QAccessible::Link);
-        QCOMPARE(interface->text(QAccessible::Name), u"example.org"_s);
-        Button button(m_theme, Button::Look::Default, u"OK"_s);
-        QCOMPARE(QAccessible::queryAccessibleInterface(&button)->role(), QAccessible::Button);
     }
 
     void buttonsGrowWithTheFont() {
@@ -164,8 +140,8 @@ private Q_SLOTS:
         QFont font;
         font.setPixelSize(13);
         theme.setBodyFont(font);
-        Button chip(theme, Button::Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
-        Button button(theme, platform::Button::Look::Icon, u"Send"_s, u"arrow.up.circle.fill"_s);
+        Button chip(theme, Look::Chip, u"Proofread"_s, u"checkmark.circle"_s);
+        Button button(theme, Look::Disc, u"Send"_s, u"arrow.up.circle.fill"_s);
         button.setSymbolPoints(30);
         const auto chipBefore = chip.sizeHint();
         const auto buttonBefore = button.sizeHint();
@@ -179,10 +155,8 @@ private Q_SLOTS:
         platform::HeaderBar bar(m_theme);
         bar.setTitle(u"Tellwick"_s);
         bar.setSubtitle(u"llama3 · Ollama"_s);
-        auto* first = new Button(m_theme, platform::Button::Look::Icon, u"New Chat"_s,
-                                 u"square.and.pencil"_s);
-        auto* second =
-            new Button(m_theme, platform::Button::Look::Icon, u"More"_s, u"ellipsis.circle"_s);
+        auto* first = new Button(m_theme, Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
+        auto* second = new Button(m_theme, Look::Icon, u"More"_s, u"ellipsis.circle"_s);
         bar.addTrailing(first);
         bar.addTrailing(second);
         bar.resize(400, bar.sizeHint().height());

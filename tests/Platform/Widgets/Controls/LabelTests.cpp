@@ -86,9 +86,9 @@ private Q_SLOTS:
     void textLiesWhereItsAlignmentSays() {
         Label label(m_theme, u"hello"_s, TextStyle::Body);
         label.resize(400, label.sizeHint().height());
-        label.setTextAlignment(Qt::AlignHCenter);
+        label.setAlignment(Qt::AlignHCenter);
         QVERIFY(qAbs(textRect(label).center().x() - 200) <= 2);
-        label.setTextAlignment(Qt::AlignTrailing);
+        label.setAlignment(Qt::AlignTrailing);
         QVERIFY(textRect(label).right() > 390);
     }
 
@@ -100,6 +100,23 @@ private Q_SLOTS:
         font.setPixelSize(40);
         theme.setBodyFont(font);
         QTRY_VERIFY(label.sizeHint().height() > before.height());
+    }
+
+    void aSymbolAloneIsASquareInItsFrameThatIsNotReadOut() {
+        Label label(m_theme, {}, TextStyle::Body);
+        label.setIcon(u"cpu"_s, 64);
+        label.setColorRole(platform::ColorRole::Orange);
+        const auto side = m_theme.symbolSize(64);
+        QCOMPARE(label.sizeHint(), QSize(side, side));
+        label.resize(3 * side, side);
+        const tests::PaintRecorder painted(label);
+        const QRectF middle(side, 0, side, side);
+        QVERIFY(painted.hasColor(m_theme.color(platform::ColorRole::Orange), middle));
+        for (const auto& part : painted.all())
+            QVERIFY(middle.adjusted(-1, -1, 1, 1).contains(part.rect));
+        auto* interface = QAccessible::queryAccessibleInterface(&label);
+        QCOMPARE(interface->role(), QAccessible::Client);
+        QCOMPARE(interface->text(QAccessible::Name), QString());
     }
 
     void assistiveTechnologyReadsTheText() {

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Look/IconData.h"
 #include "Platform/Widgets/Look/Icons.h"
 #include "Platform/Widgets/Look/SvgPath.h"
 #include "tests/support/TestMain.h"

@@ -1,86 +1,74 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Overlays/Alert.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
-#include "Platform/Widgets/Overlays/Popover.h"
-#include "Platform/Widgets/Overlays/Sheet.h"
+#include "Platform/Widgets/Overlays/Panel.h"
 #include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
 #include <QLineEdit>
 #include <QShortcut>
-#include <QSignalSpy>
 #include <QVBoxLayout>
 
 #include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;
-using platform::Alert;
 using platform::Button;
-using platform::OverlaySurface;
-using platform::Popover;
-using platform::Sheet;
+using platform::Panel;
+using Kind = platform::Panel::Kind;
 
 namespace {
 
-/// A window with a field and a button, and content for overlays.
+/// A window with a field and a button, and content for panels.
 struct Window {
-    explicit Window(QSize size = {640, 800}) {
+    Window() {
         auto* column = new QVBoxLayout(&widget);
         column->addWidget(anchor, 0, Qt::AlignRight);
         column->addStretch();
         column->addWidget(field);
-        widget.resize(size);
+        widget.resize(640, 800);
         widget.show();
         field->setFocus();
     }
 
-    /// Two buttons above a block of the given height.
-    QWidget* content(int height = 100) {
+    /// Two buttons above and below a block of the given height.
+    QWidget* content(int height) {
         auto* content = new QWidget;
         auto* column = new QVBoxLayout(content);
         first = new Button(theme, Button::Look::Default, u"First"_s);
         second = new Button(theme, Button::Look::Default, u"Second"_s);
-        column->addWidget(first);
         auto* block = new QWidget;
         block->setFixedHeight(height);
-        column->addWidget(block);
-        column->addWidget(second);
+        for (auto* widget : {static_cast<QWidget*>(first), block, static_cast<QWidget*>(second)})
+            column->addWidget(widget);
         return content;
     }
 
-    Sheet* presentSheet(int height = 100) {
-        return host->present(
-            std::make_unique<Sheet>(theme, u"About"_s, content(height), 400),
-            [this] { ++dismissals; });
+    std::unique_ptr<Panel> make(Kind kind, int height) {
+        if (kind == Kind::Popover)
+            return Panel::popover(theme, u"Models"_s, content(height), 360, anchor);
+        if (kind == Kind::Sheet)
+            return Panel::sheet(theme, u"About"_s, content(height), 400);
+        return Panel::alert(theme, u"Unavailable"_s, u"Not now."_s, u"OK"_s);
     }
-    Popover* presentPopover(int height = 100) {
+    Panel* present(Kind kind, int height = 100) {
         return host->present(
-            std::make_unique<Popover>(theme, u"Models"_s, content(height), 360, anchor),
-            [this] { ++dismissals; });
-    }
-    Alert* presentAlert() {
-        return host->present(
-            std::make_unique<Alert>(theme, u"Unavailable"_s, u"Not now."_s, u"OK"_s),
-            [this] { ++dismissals; });
+            make(kind, height), [this] { ++dismissals; });
     }
 
     platform::Theme theme;
     QWidget widget;
     QLineEdit* field = new QLineEdit;
-    platform::Button* anchor =
-        new platform::Button(theme, platform::Button::Look::Icon, u"More"_s, u"ellipsis.circle"_s);
+    Button* anchor = new Button(theme, Button::Look::Icon, u"More"_s, u"ellipsis.circle"_s);
     platform::OverlayHost* host = new platform::OverlayHost(theme, &widget);
     QPointer<Button> first;
     QPointer<Button> second;
     int dismissals = 0;
 };
 
-QRect bodyInHost(const OverlaySurface* surface) {
-    return surface->bodyRect().translated(surface->pos());
+QRect bodyInHost(const Panel* panel) {
+    return panel->bodyRect().translated(panel->pos());
 }
 
 } // namespace
@@ -91,6 +79,15 @@ class OverlayHostTests final : public QObject {
     std::optional<Window> m;
 
     static QWidget* focus() { return QApplication::focusWidget(); }
+    static void press(Qt::Key key) { QTest::keyClick(focus(), key); }
+    void clickBeside() { QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(20, 780)); }
+
+    static void addKinds() {
+        QTest::addColumn<Kind>("kind");
+        QTest::newRow("popover") << Kind::Popover;
+        QTest::newRow("sheet") << Kind::Sheet;
+        QTest::newRow("alert") << Kind::Alert;
+    }
 
 private Q_SLOTS:
     void init() {
@@ -105,21 +102,14 @@ private Q_SLOTS:
         QVERIFY(!m->host->isVisible());
     }
 
-    void focusGoesInAndComesBack_data() {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("popover") << 0;
-        QTest::newRow("sheet") << 1;
-        QTest::newRow("alert") << 2;
-    }
+    void focusGoesInAndComesBack_data() { addKinds(); }
     void focusGoesInAndComesBack() {
-        QFETCH(int, kind);
-        auto* surface = kind == 0   ? static_cast<OverlaySurface*>(m->presentPopover())
-                        : kind == 1 ? m->presentSheet()
-                                    : static_cast<OverlaySurface*>(m->presentAlert());
+        QFETCH(Kind, kind);
+        auto* panel = m->present(kind);
         QVERIFY(m->host->isPresenting());
         QVERIFY(m->host->isVisible());
-        QVERIFY(surface->isAncestorOf(focus()));
-        QTest::keyClick(focus(), Qt::Key_Escape);
+        QVERIFY(panel->isAncestorOf(focus()));
+        press(Qt::Key_Escape);
         QVERIFY(!m->host->isPresenting());
         QVERIFY(!m->host->isVisible());
         QVERIFY(m->field->hasFocus());
@@ -127,55 +117,55 @@ private Q_SLOTS:
     }
 
     void tabStaysInside() {
-        auto* sheet = m->presentSheet();
+        auto* sheet = m->present(Kind::Sheet);
         QStringList visited;
         for (int i = 0; i < 6; ++i) {
             visited << QAccessible::queryAccessibleInterface(focus())->text(QAccessible::Name);
-            QTest::keyClick(focus(), Qt::Key_Tab);
+            press(Qt::Key_Tab);
             QVERIFY(sheet->isAncestorOf(focus()));
         }
-        QCOMPARE(visited, QStringList({u"Close"_s, u"First"_s, u"Second"_s, u"Close"_s, u"First"_s,
-                                       u"Second"_s}));
-        QTest::keyClick(focus(), Qt::Key_Backtab);
+        const QStringList round{u"Close"_s, u"First"_s, u"Second"_s};
+        QCOMPARE(visited, round + round);
+        press(Qt::Key_Backtab);
         QCOMPARE(focus(), m->second.data());
     }
 
     void tabSkipsWhatIsDisabledOrHidden() {
-        m->presentPopover();
-        m->first->setEnabled(false);
+        m->present(Kind::Popover);
         m->second->setFocus();
-        QTest::keyClick(focus(), Qt::Key_Tab);
+        m->first->setEnabled(false);
+        press(Qt::Key_Tab);
         QCOMPARE(focus(), m->second.data());
         m->first->setEnabled(true);
-        QTest::keyClick(focus(), Qt::Key_Tab);
+        m->first->hide();
+        press(Qt::Key_Tab);
+        QCOMPARE(focus(), m->second.data());
+        m->first->show();
+        press(Qt::Key_Tab);
         QCOMPARE(focus(), m->first.data());
     }
 
-    void aSurfaceWithNothingToFocusHasTheFocusItself() {
-        auto* sheet = m->host->present(
-            std::make_unique<Popover>(m->theme, u"Empty"_s, new QWidget, 200, nullptr));
-        QCOMPARE(focus(), sheet);
-        QTest::keyClick(sheet, Qt::Key_Tab);
-        QCOMPARE(focus(), sheet);
-        QTest::keyClick(sheet, Qt::Key_Escape);
+    void aPanelWithNothingToFocusHasTheFocusItself() {
+        auto* panel =
+            m->host->present(Panel::popover(m->theme, u"Empty"_s, new QWidget, 200, nullptr));
+        QCOMPARE(focus(), panel);
+        press(Qt::Key_Tab);
+        QCOMPARE(focus(), panel);
+        press(Qt::Key_Escape);
         QVERIFY(m->field->hasFocus());
     }
 
+    void aClickBesideClosesPopoverAndSheetButNotTheAlert_data() { addKinds(); }
     void aClickBesideClosesPopoverAndSheetButNotTheAlert() {
-        m->presentPopover();
-        QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(20, 780));
-        QVERIFY(!m->host->isPresenting());
-        m->presentSheet();
-        QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(20, 780));
-        QVERIFY(!m->host->isPresenting());
-        QCOMPARE(m->dismissals, 2);
-        m->presentAlert();
-        QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(20, 780));
-        QVERIFY(m->host->isPresenting());
+        QFETCH(Kind, kind);
+        m->present(kind);
+        clickBeside();
+        QCOMPARE(m->host->isPresenting(), kind == Kind::Alert);
+        QCOMPARE(m->dismissals, kind == Kind::Alert ? 0 : 1);
     }
 
     void aClickInTheShadowIsBesideAndOneOnTheBodyIsNot() {
-        auto* sheet = m->presentSheet();
+        auto* sheet = m->present(Kind::Sheet);
         QTest::mouseClick(sheet, Qt::LeftButton, {}, sheet->bodyRect().topLeft() + QPoint(40, 6));
         QVERIFY(m->host->isPresenting());
         QTest::mouseClick(sheet, Qt::LeftButton, {}, QPoint(3, 3));
@@ -183,18 +173,15 @@ private Q_SLOTS:
     }
 
     void theWindowBeneathHearsNeitherPointerNorKeys() {
-        int presses = 0;
-        m->anchor->setAction([&] { ++presses; });
-        m->presentSheet();
+        m->present(Kind::Sheet);
         const auto at = m->anchor->mapTo(&m->widget, m->anchor->rect().center());
         QCOMPARE(m->widget.childAt(at), m->host);
         QTest::keyClicks(focus(), u"abc"_s);
         QVERIFY(m->field->text().isEmpty());
-        QCOMPARE(presses, 0);
     }
 
     void anAlertClosesByItsButtonReturnOrEscape_data() {
-        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("key"); // none: the pointer
         QTest::newRow("return") << int{Qt::Key_Return};
         QTest::newRow("enter") << int{Qt::Key_Enter};
         QTest::newRow("escape") << int{Qt::Key_Escape};
@@ -203,11 +190,10 @@ private Q_SLOTS:
     }
     void anAlertClosesByItsButtonReturnOrEscape() {
         QFETCH(int, key);
-        auto* alert = m->presentAlert();
-        auto* button = alert->findChild<Button*>();
+        auto* button = m->present(Kind::Alert)->findChild<Button*>();
         QVERIFY(button->hasFocus());
         if (key != 0)
-            QTest::keyClick(focus(), static_cast<Qt::Key>(key));
+            press(static_cast<Qt::Key>(key));
         else
             QTest::mouseClick(button, Qt::LeftButton);
         QVERIFY(!m->host->isPresenting());
@@ -215,11 +201,18 @@ private Q_SLOTS:
         QVERIFY(m->field->hasFocus());
     }
 
-    void escapeOfTheSurfaceGoesBeforeAShortcutOfTheWindow() {
+    void returnClosesTheAlertFromItsTextToo() {
+        auto* alert = m->present(Kind::Alert);
+        alert->setFocus();
+        press(Qt::Key_Return);
+        QVERIFY(!m->host->isPresenting());
+    }
+
+    void escapeOfThePanelGoesBeforeAShortcutOfTheWindow() {
         QShortcut shortcut(Qt::Key_Escape, &m->widget);
         int activations = 0;
         connect(&shortcut, &QShortcut::activated, this, [&] { ++activations; });
-        m->presentSheet();
+        m->present(Kind::Sheet);
         QTest::keyClick(m->widget.windowHandle(), Qt::Key_Escape);
         QVERIFY(!m->host->isPresenting());
         QCOMPARE(activations, 0);
@@ -227,13 +220,13 @@ private Q_SLOTS:
         QCOMPARE(activations, 1);
     }
 
-    void surfacesCloseFromTheTop() {
-        auto* sheet = m->presentSheet();
-        m->presentAlert();
-        QTest::keyClick(focus(), Qt::Key_Escape);
+    void panelsCloseFromTheTop() {
+        auto* sheet = m->present(Kind::Sheet);
+        m->present(Kind::Alert);
+        press(Qt::Key_Escape);
         QCOMPARE(m->host->top(), sheet);
         QVERIFY(sheet->isAncestorOf(focus()));
-        m->presentAlert();
+        m->present(Kind::Alert);
         m->host->dismiss(sheet); // takes the alert above it along
         QVERIFY(!m->host->isPresenting());
         QCOMPARE(m->dismissals, 3);
@@ -245,77 +238,80 @@ private Q_SLOTS:
     void whatTakesTheFocusOnDismissalKeepsIt() {
         auto* other = new QLineEdit(&m->widget);
         other->show();
-        auto* alert = m->host->present(
-            std::make_unique<Alert>(m->theme, u"Unavailable"_s, u"Not now."_s, u"OK"_s),
-            [&] { other->setFocus(); });
-        alert->dismiss();
+        m->host->present(m->make(Kind::Alert, 0), [&] { other->setFocus(); })->dismiss();
         QCOMPARE(focus(), other);
     }
 
     void aDismissalMayPresentTheNext() {
-        auto* alert = m->host->present(
-            std::make_unique<Alert>(m->theme, u"Unavailable"_s, u"Not now."_s, u"OK"_s),
-            [&] { m->presentSheet(); });
-        alert->dismiss();
-        QVERIFY(m->host->isPresenting());
+        m->host->present(m->make(Kind::Alert, 0), [&] { m->present(Kind::Sheet); })->dismiss();
         QCOMPARE(m->host->top()->title(), u"About"_s);
         QVERIFY(m->host->isVisible());
-        QTest::keyClick(focus(), Qt::Key_Escape);
+        press(Qt::Key_Escape);
         QVERIFY(m->field->hasFocus());
     }
 
-    void surfacesFitASmallWindowAndScroll_data() {
+    void panelsFitASmallWindowAndScroll_data() {
+        QTest::addColumn<Kind>("kind");
         QTest::addColumn<int>("pixels");
-        QTest::newRow("usual font") << 13;
-        QTest::newRow("font of twice the size") << 26;
+        for (const auto pixels : {13, 26}) {
+            QTest::addRow("popover, %d px", pixels) << Kind::Popover << pixels;
+            QTest::addRow("sheet, %d px", pixels) << Kind::Sheet << pixels;
+            QTest::addRow("alert, %d px", pixels) << Kind::Alert << pixels;
+        }
     }
-    void surfacesFitASmallWindowAndScroll() {
+    void panelsFitASmallWindowAndScroll() {
+        QFETCH(Kind, kind);
         QFETCH(int, pixels);
         QFont font;
         font.setPixelSize(pixels);
         m->theme.setBodyFont(font);
         m->widget.resize(360, 480);
         QTRY_COMPARE(m->host->size(), QSize(360, 480));
-        for (const auto kind : {0, 1, 2}) {
-            auto* surface = kind == 0   ? static_cast<OverlaySurface*>(m->presentPopover(2000))
-                            : kind == 1 ? m->presentSheet(2000)
-                                        : static_cast<OverlaySurface*>(m->presentAlert());
-            QVERIFY(m->host->rect().contains(bodyInHost(surface)));
-            if (kind < 2) {
-                auto* scroll = surface->findChild<platform::ScrollView*>();
-                QVERIFY(scroll->maximum() > 1000);
-                m->second->setFocus(Qt::TabFocusReason);
-                const auto top = m->second->mapTo(scroll, QPoint(0, 0)).y();
-                QVERIFY(top >= 0 && top + m->second->height() <= scroll->height());
-            }
-            surface->dismiss();
+        auto* panel = m->present(kind, 2000);
+        QVERIFY(m->host->rect().contains(bodyInHost(panel)));
+        if (kind == Kind::Alert)
+            return;
+        auto* scroll = panel->findChild<platform::ScrollView*>();
+        QVERIFY(scroll->maximum() > 1000);
+        m->second->setFocus(Qt::TabFocusReason);
+        const auto top = m->second->mapTo(scroll, QPoint(0, 0)).y();
+        QVERIFY(top >= 0 && top + m->second->height() <= scroll->height());
+    }
+
+    void theScrollingKeysWorkFromAnywhereInAPanel_data() { addKinds(); }
+    void theScrollingKeysWorkFromAnywhereInAPanel() {
+        QFETCH(Kind, kind);
+        auto* panel = kind == Kind::Alert
+                          ? m->host->present(Panel::alert(m->theme, u"Unavailable"_s,
+                                                          u"why\n"_s.repeated(300), u"OK"_s))
+                          : m->present(kind, 3000);
+        auto* scroll = panel->findChild<platform::ScrollView*>();
+        for (auto* from : {static_cast<QWidget*>(panel), focus()}) { // the panel and what is in it
+            from->setFocus();
+            press(Qt::Key_PageDown);
+            const auto page = scroll->offset();
+            QVERIFY(page > 200);
+            press(Qt::Key_Down);
+            QVERIFY(scroll->offset() > page);
+            press(Qt::Key_End);
+            QCOMPARE(scroll->offset(), scroll->maximum());
+            press(Qt::Key_Home);
+            QCOMPARE(scroll->offset(), 0);
         }
+        press(Qt::Key_F5); // of no use to anybody
+        QVERIFY(m->host->isPresenting());
     }
 
-    void theScrollingKeysWorkFromAnywhereInASheet() {
-        auto* sheet = m->presentSheet(3000);
-        auto* scroll = sheet->findChild<platform::ScrollView*>();
-        QTest::keyClick(focus(), Qt::Key_PageDown);
-        const auto page = scroll->offset();
-        QVERIFY(page > 300);
-        QTest::keyClick(focus(), Qt::Key_Down);
-        QVERIFY(scroll->offset() > page);
-        QTest::keyClick(focus(), Qt::Key_End);
-        QCOMPARE(scroll->offset(), scroll->maximum());
-        QTest::keyClick(focus(), Qt::Key_Home);
-        QCOMPARE(scroll->offset(), 0);
-    }
-
-    void surfacesFollowTheSizeOfTheWindow() {
-        auto* sheet = m->presentSheet();
+    void panelsFollowTheSizeOfTheWindow() {
+        auto* sheet = m->present(Kind::Sheet);
         m->widget.resize(900, 500);
         QTRY_COMPARE(bodyInHost(sheet).center(), m->host->rect().center());
         m->widget.resize(380, 300);
         QTRY_VERIFY(m->host->rect().contains(bodyInHost(sheet)));
     }
 
-    void aPopoverStandsBelowItsAnchorWithinTheWindow() {
-        auto* popover = m->presentPopover();
+    void aPopoverStandsBelowItsAnchorAndGrowsWithItsContent() {
+        auto* popover = m->present(Kind::Popover);
         const QRect anchor(m->anchor->mapTo(&m->widget, QPoint(0, 0)), m->anchor->size());
         const auto body = bodyInHost(popover);
         QVERIFY(body.top() > anchor.bottom());
@@ -323,55 +319,55 @@ private Q_SLOTS:
         QVERIFY(body.left() < anchor.center().x() && anchor.center().x() < body.right());
         QVERIFY(m->host->rect().contains(body));
         QCOMPARE(body.width(), 360);
-    }
-
-    void aPopoverGrowsWithItsContent() {
-        auto* popover = m->presentPopover();
-        const auto before = bodyInHost(popover).height();
         m->first->parentWidget()->layout()->addWidget(
             new Button(m->theme, Button::Look::Default, u"Third"_s));
-        QTRY_VERIFY(bodyInHost(popover).height() > before + 10);
+        QTRY_VERIFY(bodyInHost(popover).height() > body.height() + 10);
         QCOMPARE(popover->findChild<platform::ScrollView*>()->maximum(), 0);
     }
 
-    void theGroundIsDimmedUnderASheetAndNotUnderAPopover() {
+    void theWindowIsDimmedUnderSheetAndAlertAndNotUnderAPopover_data() { addKinds(); }
+    void theWindowIsDimmedUnderSheetAndAlertAndNotUnderAPopover() {
+        QFETCH(Kind, kind);
         const auto pixel = [this] { return m->widget.grab().toImage().pixelColor(5, 400); };
         const auto plain = pixel();
-        m->presentPopover();
-        QCOMPARE(pixel(), plain);
-        m->host->top()->dismiss();
-        m->presentSheet();
-        QVERIFY(pixel().lightness() < plain.lightness() - 20);
+        m->present(kind);
+        QCOMPARE(pixel().lightness() < plain.lightness() - 20, kind != Kind::Popover);
         m->host->top()->dismiss();
         QCOMPARE(pixel(), plain);
     }
 
+    void assistiveTechnologyHearsWhatOpens_data() {
+        QTest::addColumn<Kind>("kind");
+        QTest::addColumn<QAccessible::Role>("role");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("detail");
+        QTest::newRow("popover") << Kind::Popover << QAccessible::Dialog << u"Models"_s << u""_s;
+        QTest::newRow("sheet") << Kind::Sheet << QAccessible::Dialog << u"About"_s << u""_s;
+        QTest::newRow("alert") << Kind::Alert << QAccessible::AlertMessage << u"Unavailable"_s
+                               << u"Not now."_s;
+    }
     void assistiveTechnologyHearsWhatOpens() {
-        const auto describe = [](QObject* surface) {
-            auto* interface = QAccessible::queryAccessibleInterface(surface);
-            return std::pair(interface->role(), interface->text(QAccessible::Name));
-        };
-        QCOMPARE(describe(m->presentSheet()), std::pair(QAccessible::Dialog, u"About"_s));
-        QCOMPARE(describe(m->presentPopover()), std::pair(QAccessible::Dialog, u"Models"_s));
-        auto* alert = m->presentAlert();
-        QCOMPARE(describe(alert), std::pair(QAccessible::AlertMessage, u"Unavailable"_s));
-        QCOMPARE(QAccessible::queryAccessibleInterface(alert)->text(QAccessible::Description),
-                 u"Not now."_s);
+        QFETCH(Kind, kind);
+        QFETCH(QAccessible::Role, role);
+        QFETCH(QString, name);
+        QFETCH(QString, detail);
+        auto* interface = QAccessible::queryAccessibleInterface(m->present(kind));
+        QCOMPARE(interface->role(), role);
+        QCOMPARE(interface->text(QAccessible::Name), name);
+        QCOMPARE(interface->text(QAccessible::Description), detail);
+        QVERIFY(interface->state().modal);
     }
 
-    void aWindowMayGoWhileSurfacesAreShown() {
-        m->presentSheet();
-        m->presentAlert();
-        const auto* dismissals = &m->dismissals;
+    void aWindowMayGoWhilePanelsAreShown() {
+        m->present(Kind::Sheet);
+        m->present(Kind::Alert);
         delete m->host;
-        m->host = nullptr;
-        QCOMPARE(*dismissals, 0);
-        m.reset();
+        QCOMPARE(m->dismissals, 0);
     }
 
     void animationsEndWithTheSameStateAsNone() {
         m->theme.motion().setEnabled(true);
-        auto* sheet = m->presentSheet();
+        auto* sheet = m->present(Kind::Sheet);
         QVERIFY(sheet->graphicsEffect());
         QVERIFY(sheet->isAncestorOf(focus())); // at once, not when the animation is over
         QTRY_VERIFY(!sheet->graphicsEffect());
@@ -384,12 +380,10 @@ private Q_SLOTS:
 
     void closingWhileOpeningLeavesNothingBehind() {
         m->theme.motion().setEnabled(true);
-        m->presentSheet()->dismiss();
-        m->presentAlert();
-        m->host->top()->dismiss();
+        m->present(Kind::Sheet)->dismiss();
+        m->present(Kind::Alert)->dismiss();
         QTRY_VERIFY(!m->host->isVisible());
-        QVERIFY(m->host->children().isEmpty() ||
-                m->host->findChildren<OverlaySurface*>().isEmpty());
+        QTRY_VERIFY(m->host->findChildren<Panel*>().isEmpty());
     }
 };
 
