@@ -1,57 +1,69 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/ChatCompletion.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "Platform/Json/Json.h"
+
+#include <nlohmann/json.hpp>
 
 namespace platform {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-QJsonObject message(QStringView role, const QString& content) {
-    return {{u"role"_s, role.toString()}, {u"content"_s, content}};
+using Object = nlohmann::ordered_json;
+
+Object message(const char* role, const QString& content) {
+    return {{"role", role}, {"content", content.toStdString()}};
 }
 
-LlamaServerError::Kind failureKind(const QJsonObject& error) {
-    const QString type = error.value(u"type"_s).toString();
-    const QString text = error.value(u"message"_s).toString();
-    if (type == u"exceed_context_size_error" || text.contains(u"context size", Qt::CaseInsensitive))
-        return LlamaServerError::Kind::ConversationTooLong;
+/// What the "error" of a document tells; one that says nothing known is no answer.
+LlamaServerError::Kind failureKind(const Json& document) {
+    try {
+        const Json error = document["error"];
+        const auto type = error.find("type");
+        const auto text = error.find("message");
+        if ((type && type->text() == u"exceed_context_size_error") ||
+            (text && text->text().contains(u"context size", Qt::CaseInsensitive)))
+            return LlamaServerError::Kind::ConversationTooLong;
+    } catch (const JsonReadingError&) {
+        // It is an error all the same.
+    }
     return LlamaServerError::Kind::NoAnswer;
 }
 
-TurnTimings readTimings(const QJsonObject& timings) {
-    return {.cachedTokens = timings.value(u"cache_n"_s).toInt(),
-            .readTokens = timings.value(u"prompt_n"_s).toInt(),
-            .writtenTokens = timings.value(u"predicted_n"_s).toInt(),
-            .readMilliseconds = timings.value(u"prompt_ms"_s).toDouble(),
-            .writtenMilliseconds = timings.value(u"predicted_ms"_s).toDouble()};
+TurnTimings readTimings(const Json& timings) {
+    return {.cachedTokens = timings["cache_n"].integer(),
+            .readTokens = timings["prompt_n"].integer(),
+            .writtenTokens = timings["predicted_n"].integer()};
+}
+
+void readChoice(const Json& choice, ChatEvent& event) {
+    event.isComplete = choice.find("finish_reason").has_value();
+    const auto delta = choice.find("delta");
+    if (const auto content = delta ? delta->find("content") : std::nullopt)
+        event.content = content->text();
 }
 
 } // namespace
 
 QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn>& turns,
                            const QString& prompt, const GenerationOptions& options) {
-    QJsonArray messages;
+    Object messages = Object::array();
     if (!instructions.isEmpty())
-        messages.append(message(u"system", instructions));
+        messages.push_back(message("system", instructions));
     for (const AnsweredTurn& turn : turns) {
-        messages.append(message(u"user", turn.prompt));
-        messages.append(message(u"assistant", turn.reply.toString()));
+        messages.push_back(message("user", turn.prompt));
+        messages.push_back(message("assistant", turn.reply.toString()));
     }
-    messages.append(message(u"user", prompt));
+    messages.push_back(message("user", prompt));
 
-    QJsonObject body{{u"messages"_s, messages}, {u"stream"_s, true}, {u"cache_prompt"_s, true}};
+    Object body = {{"messages", std::move(messages)}, {"stream", true}, {"cache_prompt", true}};
     if (options.sampling == GenerationOptions::Sampling::Greedy)
-        body.insert(u"top_k"_s, 1);
+        body["top_k"] = 1;
     if (options.temperature)
-        body.insert(u"temperature"_s, *options.temperature);
+        body["temperature"] = *options.temperature;
     if (options.maximumResponseTokens)
-        body.insert(u"max_tokens"_s, *options.maximumResponseTokens);
-    return QJsonDocument(body).toJson(QJsonDocument::Compact);
+        body["max_tokens"] = *options.maximumResponseTokens;
+    return QByteArray::fromStdString(body.dump());
 }
 
 ChatEvent readChatEvent(const QByteArray& line) {
@@ -59,21 +71,29 @@ ChatEvent readChatEvent(const QByteArray& line) {
     ChatEvent event;
     if (!line.startsWith(field))
         return event;
-    const QJsonObject data = QJsonDocument::fromJson(line.mid(field.size())).object();
-    if (data.contains(u"error"_s)) {
-        event.failure = failureKind(data.value(u"error"_s).toObject());
+    const QByteArrayView value = QByteArrayView(line).sliced(field.size()).trimmed();
+    if (value == "[DONE]")
+        return event;
+    const Json data = Json::read(value);
+    if (data.find("error")) {
+        event.failure = failureKind(data);
         return event;
     }
-    const QJsonObject choice = data.value(u"choices"_s).toArray().at(0).toObject();
-    event.content = choice.value(u"delta"_s).toObject().value(u"content"_s).toString();
-    event.isComplete = choice.value(u"finish_reason"_s).isString();
-    if (data.contains(u"timings"_s))
-        event.timings = readTimings(data.value(u"timings"_s).toObject());
+    const auto choices = data.find("choices");
+    // The last event of some engines has an empty list.
+    for (const Json& choice : choices ? choices->elements() : QList<Json>())
+        readChoice(choice, event);
+    if (const auto timings = data.find("timings"))
+        event.timings = readTimings(*timings);
     return event;
 }
 
 LlamaServerError::Kind readChatFailure(const QByteArray& body) {
-    return failureKind(QJsonDocument::fromJson(body).object().value(u"error"_s).toObject());
+    try {
+        return failureKind(Json::read(body));
+    } catch (const JsonReadingError&) {
+        return LlamaServerError::Kind::NoAnswer;
+    }
 }
 
 } // namespace platform

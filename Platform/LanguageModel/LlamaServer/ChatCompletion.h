@@ -20,11 +20,9 @@ struct AnsweredTurn {
 
 /// What a turn cost the engine.
 struct TurnTimings {
-    int cachedTokens = 0; ///< of the prompt: known from earlier turns, not read again
-    int readTokens = 0;   ///< of the prompt: read for this turn
-    int writtenTokens = 0;
-    double readMilliseconds = 0;
-    double writtenMilliseconds = 0;
+    qint64 cachedTokens = 0; ///< of the prompt: known from earlier turns, not read again
+    qint64 readTokens = 0;   ///< of the prompt: read for this turn
+    qint64 writtenTokens = 0;
 };
 
 /// The body of a request for the next turn: the instructions (left out when empty), the turns so
@@ -40,10 +38,10 @@ struct ChatEvent {
     std::optional<LlamaServerError::Kind> failure;
 };
 
-/// Reads one line of a server-sent event stream.
+/// Reads one line of a server-sent event stream. Throws JsonReadingError.
 ChatEvent readChatEvent(const QByteArray& line);
 
-/// What the body of a response with an error status tells.
+/// What the body of a response with an error status tells. Does not fail.
 LlamaServerError::Kind readChatFailure(const QByteArray& body);
 
 } // namespace platform

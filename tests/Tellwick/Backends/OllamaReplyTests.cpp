@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Http/HttpError.h"
-#include "Platform/Json/JsonVisitor.h"
+#include "Platform/Json/Json.h"
 #include "Tellwick/Backends/OllamaError.h"
 #include "tests/Tellwick/Backends/OllamaFixture.h"
 #include "tests/support/TestMain.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Json/JsonVisitor.h"
+#include "Platform/Json/Json.h"
 #include "Tellwick/Backends/OllamaError.h"
 #include "Tellwick/Backends/OllamaWire.h"
 #include "tests/support/TestMain.h"
@@ -106,6 +106,11 @@ void OllamaWireTests::aChunkReads_data() {
         false);
     row("U+2028", "{\"message\":{\"content\":\"a\xE2\x80\xA8z\"},\"done\":false}", u"a\u2028z"_s,
         false);
+    row("a byte order mark first", "{\"message\":{\"content\":\"\xEF\xBB\xBFx\"},\"done\":false}",
+        u"\uFEFFx"_s, false);
+    row("what cannot be held in other keys",
+        R"({"a":1e999,"b":"\ud800","message":{"content":"a","c":-1E+400},"done":true})", u"a"_s,
+        true);
     row("blanks between", " { \"message\" : { \"content\" : \"a\" } , \"done\" : true } ", u"a"_s,
         true);
     row("nested deep in another key",
@@ -160,11 +165,12 @@ void OllamaWireTests::aChunkFails_data() {
     row("two objects",
         R"({"message":{"content":"a"},"done":false}{"message":{"content":"b"},"done":true})");
     row("something behind it", R"({"message":{"content":"a"},"done":false},)");
+    row("content half of a pair", R"({"message":{"content":"\ud800"},"done":false})");
     row("not UTF-8", "{\"message\":{\"content\":\"\xFF\xFE\"},\"done\":false}");
     row("not UTF-8 in a foreign key",
         "{\"message\":{\"content\":\"a\"},\"done\":false,\"x\":\"\xC3\"}");
     row("NUL in the text", QByteArray("{\"message\":{\"content\":\"\0\"},\"done\":false}", 40));
-    row("nested without end", R"({"message":)" + QByteArray(1'000'000, '['));
+    row("nested without end", R"({"message":)" + QByteArray(100'000, '['));
 }
 
 void OllamaWireTests::aChunkFails() {
@@ -193,6 +199,8 @@ void OllamaWireTests::aModelListReads_data() {
         R"({"models":[{"name":"hf.co/a/b-GGUF:Q4","size":1},{"name":"two words","size":2},)"
         R"({"name":"","size":3},{"name":"modèle🙂","size":4}]})",
         {u"hf.co/a/b-GGUF:Q4"_s, u"two words"_s, QString(), u"modèle🙂"_s}, {1, 2, 3, 4});
+    row("a name with a byte order mark first",
+        "{\"models\":[{\"name\":\"\xEF\xBB\xBFm\",\"size\":1}]}", {u"\uFEFFm"_s}, {1});
     row("the largest and the smallest size",
         R"({"models":[{"name":"a","size":9223372036854775807},{"name":"b","size":-9223372036854775808}]})",
         {u"a"_s, u"b"_s}, {std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()});
@@ -239,6 +247,7 @@ void OllamaWireTests::aModelListFails_data() {
     row("size fractional", R"({"models":[{"name":"a","size":4.5}]})");
     row("size with a fraction of nothing", R"({"models":[{"name":"a","size":4.0}]})");
     row("size with an exponent", R"({"models":[{"name":"a","size":1e9}]})");
+    row("size past a double", R"({"models":[{"name":"a","size":1e999}]})");
     row("size past 64 bits", R"({"models":[{"name":"a","size":9223372036854775808}]})");
     row("size far past 64 bits", R"({"models":[{"name":"a","size":99999999999999999999999}]})");
     row("size below 64 bits", R"({"models":[{"name":"a","size":-9223372036854775809}]})");

@@ -101,7 +101,7 @@ void LlamaServerSessionTests::charactersSplitOverTokensArriveWhole() {
 
 void LlamaServerSessionTests::threeTurnsInOneSessionReadOnlyWhatIsNew() {
     const auto session = makeSession();
-    int tokensBefore = 0;
+    qint64 tokensBefore = 0;
     for (const QString& prompt : {u"Hello there"_s, u"Again"_s, u"And once more"_s}) {
         const auto heard = ask(*session, prompt);
         QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
