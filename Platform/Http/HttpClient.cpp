@@ -7,14 +7,11 @@ namespace platform {
 
 namespace {
 
-// Free functions with arguments by value: the tasks must not look back at the client.
-
-Task<HttpResponse> fetch(NetworkThread::Link network, HttpEndpoint endpoint, HttpRequest request) {
-    HttpExchangeOwner::Opened opened =
-        co_await HttpExchangeOwner::open(network, std::move(endpoint), std::move(request));
-    HttpResponse response{std::move(opened.head), {}};
+Task<HttpResponse> readWhole(Task<HttpBody> opening) {
+    HttpBody body = co_await opening;
+    HttpResponse response(body.status());
     while (true) {
-        const QByteArray bytes = co_await opened.exchange.readBody();
+        const QByteArray bytes = co_await body.nextBytes();
         if (bytes.isEmpty())
             co_return response;
         response.body += bytes;
@@ -23,23 +20,10 @@ Task<HttpResponse> fetch(NetworkThread::Link network, HttpEndpoint endpoint, Htt
     }
 }
 
-Task<HttpBody> stream(NetworkThread::Link network, HttpEndpoint endpoint, HttpRequest request) {
-    co_return HttpBody(
-        co_await HttpExchangeOwner::open(network, std::move(endpoint), std::move(request)));
-}
-
 } // namespace
 
-HttpClient::HttpClient(NetworkThread& network, HttpEndpoint endpoint)
-    : m_network(network.link())
-    , m_endpoint(std::move(endpoint)) {}
-
 Task<HttpResponse> HttpClient::data(HttpRequest request) const {
-    return fetch(m_network, m_endpoint, std::move(request));
-}
-
-Task<HttpBody> HttpClient::bytes(HttpRequest request) const {
-    return stream(m_network, m_endpoint, std::move(request));
+    return readWhole(bytes(std::move(request)));
 }
 
 } // namespace platform

@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Concurrency/Task.h"
 #include "Platform/Http/HttpBody.h"
-#include "Platform/Http/HttpEndpoint.h"
-#include "Platform/Http/HttpMessages.h"
-#include "Platform/Http/NetworkThread.h"
 
 namespace platform {
 
 /// Speaks HTTP/1.1 to one server of this machine, each request over a connection of its own.
 ///
 /// It goes to its endpoint and nowhere else: no proxy, whatever the environment says, and no
-/// redirect is followed; a status of any kind is an ordinary response. Both operations may be
-/// awaited by tasks on any executor, and several at a time. They fail with HttpError.
+/// redirect is followed; a status of any kind is an ordinary response. Both operations are awaited
+/// on the network thread, and several may run at a time. They fail with HttpError.
 ///
 /// A value: copies speak to the same server. A request that has been made does not need it any
 /// more.
@@ -22,17 +18,20 @@ public:
     /// The most that data() takes; a longer body fails as TooLarge.
     static constexpr qsizetype maximumBodySize = 64 * 1024 * 1024;
 
-    /// The network thread outlives the tasks made here, but not necessarily their results.
-    HttpClient(NetworkThread& network, HttpEndpoint endpoint);
+    HttpClient(NetworkThread& network, HttpEndpoint endpoint)
+        : m_network(&network)
+        , m_endpoint(std::move(endpoint)) {}
 
     /// Sends the request and gives the response with its whole body.
     Task<HttpResponse> data(HttpRequest request) const;
 
     /// Sends the request and gives the response as soon as its head has arrived.
-    Task<HttpBody> bytes(HttpRequest request) const;
+    Task<HttpBody> bytes(HttpRequest request) const {
+        return HttpBody::open(*m_network, m_endpoint, std::move(request));
+    }
 
 private:
-    NetworkThread::Link m_network;
+    NetworkThread* m_network;
     HttpEndpoint m_endpoint;
 };
 

@@ -9,9 +9,6 @@
 
 namespace platform {
 
-/// Header fields in order. Names compare without regard to case.
-using HttpHeaders = QList<std::pair<QByteArray, QByteArray>>;
-
 /// One request.
 struct HttpRequest {
     // Declared, so that this is no aggregate: gcc 12 destroys one that is made in the operand of a
@@ -22,7 +19,8 @@ struct HttpRequest {
 
     QByteArray method = "GET";
     QByteArray target = "/"; ///< the path on the server, with its leading slash
-    HttpHeaders headers;     ///< besides Host, Connection and Content-Length; no line breaks
+    /// Header fields besides Host, Connection and Content-Length; without line breaks.
+    QList<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body;
 
     /// How long the server may be silent, before the response's head and inside its body; each byte
@@ -30,21 +28,18 @@ struct HttpRequest {
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(60);
 };
 
-/// Status and header fields of a response.
-struct HttpHead {
-    int status = 0;
-    HttpHeaders headers;
-
-    /// The value of the first field of that name, or a null array.
-    QByteArray header(QByteArrayView name) const;
-};
-
 /// A response with its whole body.
-struct HttpResponse {
-    HttpHead head;
+class HttpResponse {
+public:
+    explicit HttpResponse(int status)
+        : m_status(status) {}
+
+    int status() const { return m_status; }
+
     QByteArray body;
 
-    int status() const { return head.status; }
+private:
+    int m_status;
 };
 
 } // namespace platform

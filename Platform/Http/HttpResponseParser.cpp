@@ -3,7 +3,7 @@
 
 #include "Platform/Http/HttpError.h"
 
-#include <boost/beast/http/basic_parser.hpp>
+#include <boost/beast/http/parser.hpp>
 
 namespace platform {
 
@@ -11,47 +11,43 @@ namespace beast = boost::beast;
 namespace http = boost::beast::http;
 using beast::error_code;
 
-/// The parser of the library, with its results kept as the types of this folder.
-class HttpResponseParser::Parser final : public http::basic_parser<false> {
-public:
+namespace {
+
+/// A body as the library wants it described: bytes that are taken out again and again.
+struct TakenBody {
+    struct value_type {
+        QByteArray bytes; // not taken yet
+        bool hasBegun = false;
+    };
+
+    class reader {
+    public:
+        template <class Header>
+        reader(Header&, value_type& body)
+            : m_body(body) {}
+        void init(const boost::optional<std::uint64_t>&, error_code& error) { error = {}; }
+        std::size_t put(beast::net::const_buffer piece, error_code& error) {
+            error = {};
+            m_body.bytes.append(static_cast<const char*>(piece.data()),
+                                static_cast<qsizetype>(piece.size()));
+            m_body.hasBegun = true;
+            return piece.size();
+        }
+        void finish(error_code& error) { error = {}; }
+
+    private:
+        value_type& m_body;
+    };
+};
+
+} // namespace
+
+struct HttpResponseParser::Parser : http::response_parser<TakenBody> {
     Parser() {
         header_limit(maximumHeadSize);
         // Unlimited on purpose: who reads the body knows how much of it to take.
         body_limit(boost::none);
         eager(true);
-    }
-
-    HttpHead head;
-    QByteArray body;
-
-protected:
-    void on_request_impl(http::verb, beast::string_view, beast::string_view, int,
-                         error_code&) override {}
-    void on_response_impl(int code, beast::string_view, int, error_code&) override {
-        head.status = code;
-    }
-    void on_field_impl(http::field, beast::string_view name, beast::string_view value,
-                       error_code&) override {
-        // Fields behind a chunked body are no part of the head.
-        if (!is_header_done())
-            head.headers.append({bytes(name), bytes(value)});
-    }
-    void on_header_impl(error_code&) override {}
-    void on_body_init_impl(const boost::optional<std::uint64_t>&, error_code&) override {}
-    std::size_t on_body_impl(beast::string_view piece, error_code&) override {
-        body.append(piece.data(), static_cast<qsizetype>(piece.size()));
-        return piece.size();
-    }
-    void on_chunk_header_impl(std::uint64_t, beast::string_view, error_code&) override {}
-    std::size_t on_chunk_body_impl(std::uint64_t, beast::string_view piece,
-                                   error_code& error) override {
-        return on_body_impl(piece, error);
-    }
-    void on_finish_impl(error_code&) override {}
-
-private:
-    static QByteArray bytes(beast::string_view text) {
-        return {text.data(), static_cast<qsizetype>(text.size())};
     }
 };
 
@@ -60,28 +56,31 @@ HttpResponseParser::HttpResponseParser()
 
 HttpResponseParser::~HttpResponseParser() = default;
 
-void HttpResponseParser::append(QByteArrayView bytes) {
-    m_unparsed.append(bytes);
-    parse();
+/// The library takes the line "0" for the end of all chunks and then trips over fewer than five
+/// bytes if no chunk has come before it. Nothing is lost by waiting: with them such a body is not
+/// complete.
+bool HttpResponseParser::isOnHold(QByteArrayView unparsed) const {
+    return m_parser->is_header_done() && m_parser->chunked() && !m_parser->get().body().hasBegun &&
+           unparsed.size() < 5 && unparsed.startsWith('0');
 }
 
-void HttpResponseParser::parse() {
-    qsizetype taken = 0;
-    while (taken < m_unparsed.size() && !isComplete()) {
+void HttpResponseParser::append(QByteArrayView bytes) {
+    m_unparsed.append(bytes);
+    QByteArrayView rest = m_unparsed;
+    while (!rest.isEmpty() && !isComplete() && !isOnHold(rest)) {
         error_code error;
-        const auto left = static_cast<std::size_t>(m_unparsed.size() - taken);
-        const auto count = m_parser->put({m_unparsed.constData() + taken, left}, error);
-        taken += static_cast<qsizetype>(count);
+        const auto count =
+            m_parser->put({rest.data(), static_cast<std::size_t>(rest.size())}, error);
+        rest = rest.sliced(static_cast<qsizetype>(count));
         if (error == http::error::need_more)
             break;
         if (error)
             throw HttpError(error == http::error::header_limit ? HttpError::Kind::TooLarge
                                                                : HttpError::Kind::BadResponse);
-        const bool isInterim = m_parser->is_header_done() && m_parser->head.status / 100 == 1;
-        if (isInterim)
+        if (status().value_or(200) / 100 == 1)
             m_parser = std::make_unique<Parser>();
     }
-    m_unparsed.remove(0, taken);
+    m_unparsed.remove(0, m_unparsed.size() - rest.size());
     // What waits for more input is a piece of the head or the line before a chunk.
     if (m_unparsed.size() > maximumHeadSize && !isComplete())
         throw HttpError(HttpError::Kind::TooLarge);
@@ -97,12 +96,14 @@ void HttpResponseParser::finish() {
         throw HttpError(HttpError::Kind::ConnectionLost);
 }
 
-const HttpHead* HttpResponseParser::head() const {
-    return m_parser->is_header_done() ? &m_parser->head : nullptr;
+std::optional<int> HttpResponseParser::status() const {
+    if (!m_parser->is_header_done())
+        return std::nullopt;
+    return static_cast<int>(m_parser->get().result_int());
 }
 
 QByteArray HttpResponseParser::takeBody() {
-    return std::exchange(m_parser->body, {});
+    return std::exchange(m_parser->get().body().bytes, {});
 }
 
 bool HttpResponseParser::isComplete() const {

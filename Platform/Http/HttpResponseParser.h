@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Http/HttpMessages.h"
+#include <QByteArray>
 
 #include <memory>
+#include <optional>
 
 namespace platform {
 
-/// Takes a response apart as its bytes arrive: the head, and the body without its framing (chunked,
-/// of given length, or up to the end of the connection). Interim responses (status 1xx) are passed
-/// over. Throws HttpError.
+/// Takes a response apart as its bytes arrive: the status, and the body without its framing
+/// (chunked, of given length, or up to the end of the connection). Interim responses (status 1xx)
+/// are passed over. Throws HttpError.
 class HttpResponseParser {
 public:
     /// The most that a head may hold; beyond it the server is not a sane one.
@@ -24,8 +25,8 @@ public:
     /// The connection ended. Throws when the response is incomplete by its own framing.
     void finish();
 
-    /// The head, once it is whole; before that null.
-    const HttpHead* head() const;
+    /// The status, once the head is whole.
+    std::optional<int> status() const;
 
     /// Takes the bytes of the body that have come since the last call.
     QByteArray takeBody();
@@ -34,8 +35,8 @@ public:
     bool isComplete() const;
 
 private:
-    class Parser;
-    void parse();
+    struct Parser;
+    bool isOnHold(QByteArrayView unparsed) const;
 
     std::unique_ptr<Parser> m_parser;
     QByteArray m_unparsed;

@@ -20,17 +20,12 @@ public:
     NetworkThread(const NetworkThread&) = delete;
     NetworkThread& operator=(const NetworkThread&) = delete;
 
-    /// The thread as an executor. No limit of time makes its tasks yield.
-    Executor& executor() const;
-
-    /// Tasks that end with the network thread, for producers of replies.
+    /// Tasks that run on the thread and end with it. No limit of time makes them yield. Any thread.
     TaskScope& scope() const;
 
     class Core;
-    class Connector;
-    /// How the classes of this folder hold on to the thread; it learns when the thread has gone.
-    using Link = std::shared_ptr<Connector>;
-    Link link() const;
+    /// What the classes of this folder need of it. On the network thread.
+    Core& core() const { return *m_core; }
 
 private:
     std::unique_ptr<Core> m_core;

@@ -77,9 +77,12 @@ Task<void> readReply(HttpClient client, OllamaChatRequest chat,
     }
 }
 
-Task<QList<OllamaModelEntry>> fetchModels(HttpClient client) {
+Task<QList<OllamaModelEntry>> fetchModels(HttpClient client,
+                                          std::chrono::milliseconds idleTimeout) {
+    HttpRequest request("/api/tags");
+    request.idleTimeout = idleTimeout;
     try {
-        const HttpResponse response = co_await client.data(HttpRequest("/api/tags"));
+        const HttpResponse response = co_await client.data(std::move(request));
         if (response.status() == ok)
             co_return OllamaTagsResponse::fromJson(response.body).models;
     } catch (...) {
@@ -99,24 +102,26 @@ OllamaBackend::OllamaBackend(const OllamaModelEntry& entry, platform::NetworkThr
     : m_modelName(entry.name)
     , m_info(ModelInfo::ollamaID(entry.name), entry.name, ModelSource::ollama,
              sizeText(entry.size) + u" · Ollama"_s)
-    , m_client(network, baseURL())
-    , m_producers(network.scope())
+    , m_network(network)
     , m_idleTimeout(idleTimeout) {}
 
 ReplyStream OllamaBackend::streamResponse(const QString& prompt, const QList<ChatMessage>& history,
                                           const QString& systemPrompt) {
     return platform::produce<TextSnapshot>(
-        m_producers,
+        m_network.scope(),
         [&](auto continuation) {
             return readReply(
-                m_client,
+                HttpClient(m_network, baseURL()),
                 OllamaChatRequest(m_modelName, messageList(prompt, history, systemPrompt)),
                 m_idleTimeout, std::move(continuation));
         });
 }
 
-Task<QList<OllamaModelEntry>> OllamaBackend::discover(platform::NetworkThread& network) {
-    return fetchModels(HttpClient(network, baseURL()));
+Task<QList<OllamaModelEntry>> OllamaBackend::discover(platform::NetworkThread& network,
+                                                      std::chrono::milliseconds idleTimeout) {
+    // All of it runs there: decoding a long list would hold up the window.
+    co_return co_await platform::runOn(network.scope(),
+                                       fetchModels(HttpClient(network, baseURL()), idleTimeout));
 }
 
 } // namespace tellwick

@@ -22,6 +22,9 @@ public:
     /// How long the server may be silent within a reply. Loading a model may take most of it.
     static constexpr std::chrono::milliseconds idleTimeout = std::chrono::seconds(120);
 
+    /// How long the server may be silent when it is asked for its models.
+    static constexpr std::chrono::milliseconds listingIdleTimeout = std::chrono::seconds(60);
+
     /// Contacts nothing. Replies run on the network thread and end with it.
     OllamaBackend(const OllamaModelEntry& entry, platform::NetworkThread& network,
                   std::chrono::milliseconds idleTimeout = OllamaBackend::idleTimeout);
@@ -42,13 +45,14 @@ public:
 
     /// The models that the server lists, in its order; an empty list when there is no server, or
     /// its answer is of no use. Does not fail. May be awaited on any executor.
-    static platform::Task<QList<OllamaModelEntry>> discover(platform::NetworkThread& network);
+    static platform::Task<QList<OllamaModelEntry>>
+    discover(platform::NetworkThread& network,
+             std::chrono::milliseconds idleTimeout = listingIdleTimeout);
 
 private:
     QString m_modelName;
     ModelInfo m_info;
-    platform::HttpClient m_client;
-    platform::TaskScope& m_producers;
+    platform::NetworkThread& m_network;
     std::chrono::milliseconds m_idleTimeout;
 };
 

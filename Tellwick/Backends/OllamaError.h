@@ -11,28 +11,18 @@ namespace tellwick {
 /// pass through it unchanged.
 class OllamaError final : public platform::LocalizedError {
 public:
-    enum class Kind { badResponse, notRunning };
-
     /// The server answered with a status other than 200.
     static OllamaError badResponse(std::intptr_t status);
     /// The server cannot be reached.
     static OllamaError notRunning();
 
-    Kind kind() const { return m_kind; }
-    /// The status of badResponse; 0 otherwise.
-    std::intptr_t status() const { return m_status; }
-
-    QString errorDescription() const override;
-
-    friend bool operator==(const OllamaError& a, const OllamaError& b) {
-        return a.m_kind == b.m_kind && a.m_status == b.m_status;
-    }
+    QString errorDescription() const override { return m_description; }
 
 private:
-    OllamaError(Kind kind, std::intptr_t status);
+    explicit OllamaError(QString description)
+        : m_description(std::move(description)) {}
 
-    Kind m_kind;
-    std::intptr_t m_status;
+    QString m_description;
 };
 
 } // namespace tellwick

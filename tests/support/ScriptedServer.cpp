@@ -61,6 +61,7 @@ struct ScriptedServer::Exchange {
 
     RecordedRequest request;
     int gate;
+    std::atomic<int> gatesReached = 0;
     std::atomic<bool> clientClosed = false;
     std::atomic<bool> finished = false;
 };
@@ -123,6 +124,11 @@ bool ScriptedServer::clientClosed(int index) const {
     return exchange(index)->clientClosed;
 }
 
+int ScriptedServer::gatesReached(int index) const {
+    const std::lock_guard lock(m_mutex);
+    return exchange(index)->gatesReached;
+}
+
 bool ScriptedServer::isFinished(int index) const {
     const std::lock_guard lock(m_mutex);
     return exchange(index)->finished;
@@ -145,9 +151,10 @@ void ScriptedServer::play(LoopbackConnection& connection) {
     for (const auto& step : script.m_steps) {
         if (const auto* bytes = std::get_if<QByteArray>(&step))
             going = connection.send(*bytes);
-        else if (std::holds_alternative<Script::Gate>(step))
+        else if (std::holds_alternative<Script::Gate>(step)) {
+            ++exchange->gatesReached;
             going = connection.waitForEvent(exchange->gate);
-        else if (std::holds_alternative<Script::Reset>(step))
+        } else if (std::holds_alternative<Script::Reset>(step))
             connection.reset();
         else
             connection.holdUntilGone();

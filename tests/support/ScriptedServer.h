@@ -75,6 +75,8 @@ public:
     RecordedRequest request(int index = 0) const;
     /// The client closed the connection of that request before its script had ended.
     bool clientClosed(int index = 0) const;
+    /// How many gates that request's script has come to, opened or not.
+    int gatesReached(int index = 0) const;
     /// The script of that request has been played to its end, or the client has gone.
     bool isFinished(int index = 0) const;
 

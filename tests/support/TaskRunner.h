@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Concurrency/AsyncStream.h"
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/TaskScope.h"
@@ -14,19 +15,14 @@
 
 namespace tests {
 
-/// What came out of a task: its value, or the error with which it failed.
-template <class T>
-struct TaskOutcome {
-    std::optional<T> value;
+/// The error with which something ended, if it did.
+struct Ending {
     std::exception_ptr error;
-    std::function<void()> onEnd = [] {};
-
-    bool hasEnded() const { return value.has_value() || error; }
 
     /// The user-facing description of the error; empty when there is none.
     QString errorText() const { return error ? platform::localizedDescription(error) : QString(); }
 
-    /// Whether the task failed with an error of that type; the error itself.
+    /// The error, where it is of that type.
     template <class Error>
     std::optional<Error> errorAs() const {
         try {
@@ -38,6 +34,15 @@ struct TaskOutcome {
         }
         return std::nullopt;
     }
+};
+
+/// What came out of a task: its value, or the error with which it failed.
+template <class T>
+struct TaskOutcome : Ending {
+    std::optional<T> value;
+    std::function<void()> onEnd = [] {};
+
+    bool hasEnded() const { return value.has_value() || error; }
 };
 
 template <class T>
@@ -75,6 +80,25 @@ TaskOutcome<T> runTask(platform::MainExecutor& executor, platform::Task<T> task,
     loop.exec();
     outcome->onEnd = [] {};
     return *outcome;
+}
+
+/// What has come of a stream so far.
+template <class Element>
+struct Seen : Ending {
+    QList<Element> elements;
+    bool hasEnded = false;
+};
+
+template <class Element>
+platform::Task<void> consume(platform::AsyncStream<Element> stream,
+                             std::shared_ptr<Seen<Element>> seen) {
+    try {
+        while (auto element = co_await stream.next())
+            seen->elements.append(std::move(*element));
+    } catch (...) {
+        seen->error = std::current_exception();
+    }
+    seen->hasEnded = true;
 }
 
 } // namespace tests

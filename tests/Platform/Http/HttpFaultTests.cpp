@@ -1,44 +1,28 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Http/HttpClient.h"
-#include "Platform/Http/HttpError.h"
-#include "tests/support/ScriptedServer.h"
-#include "tests/support/TaskRunner.h"
+#include "tests/support/HttpFixture.h"
 #include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
 
 using namespace platform;
-using tests::runTask;
+using tests::HttpFixture;
 using tests::Script;
 using tests::ScriptedServer;
-using tests::startTask;
+using tests::SeenLines;
 using Kind = HttpError::Kind;
 using namespace std::chrono_literals;
 
 namespace {
 
-/// What a reading saw: its lines, and how it ended.
-struct Reading {
-    QByteArrayList lines;
-    std::optional<Kind> fault;
-};
-
-Task<Reading> read(HttpClient client, std::chrono::milliseconds idleTimeout = 60s) {
-    Reading reading;
+HttpRequest impatient(std::chrono::milliseconds idleTimeout = 50ms) {
     HttpRequest request;
     request.idleTimeout = idleTimeout;
-    try {
-        HttpBody body = co_await client.bytes(request);
-        while (const auto line = co_await body.nextLine())
-            reading.lines.append(*line);
-    } catch (const HttpError& error) {
-        reading.fault = error.kind();
-    }
-    co_return reading;
+    return request;
 }
 
-Task<Reading> there(TaskScope& network, Task<Reading> task) {
-    co_return co_await runOn(network, std::move(task));
+std::optional<Kind> faultOf(const tests::Ending& ended) {
+    const auto error = ended.errorAs<HttpError>();
+    return error ? std::optional(error->kind()) : std::nullopt;
 }
 
 quint16 freePort() {
@@ -56,7 +40,8 @@ class HttpFaultTests final : public QObject {
 
 private Q_SLOTS:
     void init();
-    void cleanup();
+    void cleanup() { m_fixture.reset(); }
+
     void errorsAreSentences_data();
     void errorsAreSentences();
     void nobodyListensOnThePort();
@@ -67,38 +52,23 @@ private Q_SLOTS:
     void aResetMidLineFailsBehindTheLinesBefore();
     void aResetInTheHeadFails();
     void aFaultInTheFramingComesBehindTheLinesBefore();
-    void aHeadWithoutEndFails();
-    void aBodyBeyondTheMaximumFails();
-    void aLineWithoutEndFails();
+    void whatIsTooLargeFails_data();
+    void whatIsTooLargeFails();
     void aRedirectIsNotFollowed();
     void proxiesOfTheEnvironmentAreNotUsed();
-    void silenceBeforeTheHeadTimesOut();
-    void silenceInTheHeadTimesOut();
-    void silenceInTheBodyTimesOutBehindTheLinesBefore();
+    void silenceTimesOutBehindTheLinesBefore_data();
+    void silenceTimesOutBehindTheLinesBefore();
     void eachByteStartsTheIdleTimeAnew();
     void aServerThatReadsNothingTimesOut();
     void aHugeLengthIsNotTrusted();
 
 private:
-    HttpClient client() { return {*m_network, HttpEndpoint::loopback(m_server->port())}; }
-
-    // What ends first stands last.
-    std::unique_ptr<MainExecutor> m_main;
-    std::unique_ptr<NetworkThread> m_network;
-    std::unique_ptr<ScriptedServer> m_server;
+    std::unique_ptr<HttpFixture> m_fixture;
 };
 
 void HttpFaultTests::init() {
-    m_main = std::make_unique<MainExecutor>();
-    m_network = std::make_unique<NetworkThread>();
-    m_server = std::make_unique<ScriptedServer>();
-    QVERIFY2(m_server->listen(), qPrintable(m_server->errorString()));
-}
-
-void HttpFaultTests::cleanup() {
-    m_server.reset();
-    m_network.reset();
-    m_main.reset();
+    m_fixture = std::make_unique<HttpFixture>();
+    QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
 }
 
 void HttpFaultTests::errorsAreSentences_data() {
@@ -122,12 +92,10 @@ void HttpFaultTests::errorsAreSentences() {
 }
 
 void HttpFaultTests::nobodyListensOnThePort() {
-    const HttpClient client(*m_network, HttpEndpoint::loopback(freePort()));
-    QCOMPARE(runTask(*m_main, client.data(HttpRequest())).errorText(),
+    const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(freePort()));
+    QCOMPARE(m_fixture->run(client.data(HttpRequest())).errorText(),
              QStringLiteral("Could not connect to the server."));
-    QCOMPARE(runTask(*m_main, read(client)).value->fault, Kind::CouldNotConnect);
-    QCOMPARE(runTask(*m_main, there(m_network->scope(), read(client))).value->fault,
-             Kind::CouldNotConnect);
+    QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
 }
 
 void HttpFaultTests::nobodyListensOnTheSocket_data() {
@@ -142,8 +110,8 @@ void HttpFaultTests::nobodyListensOnTheSocket() {
     QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("file")));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    const HttpClient client(*m_network, HttpEndpoint::unixSocket(folder.filePath(name)));
-    QCOMPARE(runTask(*m_main, read(client)).value->fault, Kind::CouldNotConnect);
+    const HttpClient client(*m_fixture->network, HttpEndpoint::unixSocket(folder.filePath(name)));
+    QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
 }
 
 void HttpFaultTests::aBrokenResponseFails_data() {
@@ -178,79 +146,68 @@ void HttpFaultTests::aBrokenResponseFails_data() {
 
 void HttpFaultTests::aBrokenResponseFails() {
     QFETCH(QByteArray, bytes);
-    m_server->setFallback(Script().send(bytes));
-    const auto here = runTask(*m_main, read(client()));
-    QTEST(here.value->lines, "lines");
-    QTEST(here.value->fault, "fault");
-    const auto onNetwork = runTask(*m_main, there(m_network->scope(), read(client())));
-    QTEST(onNetwork.value->lines, "lines");
-    QTEST(onNetwork.value->fault, "fault");
     QFETCH(std::optional<Kind>, fault);
-    const auto whole = runTask(*m_main, client().data(HttpRequest()));
-    QCOMPARE(whole.value.has_value(), !fault.has_value());
+    m_fixture->server->setFallback(Script().send(bytes));
+    const auto seen = m_fixture->read(m_fixture->client());
+    QTEST(QByteArrayList(seen->elements), "lines");
+    QCOMPARE(faultOf(*seen), fault);
+    QCOMPARE(faultOf(m_fixture->data()), fault);
 }
 
 void HttpFaultTests::aResetMidLineFailsBehindTheLinesBefore() {
-    m_server->enqueue(Script().head(200).send("one\ntwo").gate().reset());
-    TaskScope scope(*m_main);
-    const auto outcome = startTask(scope, read(client()));
-    QTRY_COMPARE(m_server->requestCount(), 1);
-    m_server->release();
-    QTRY_VERIFY(outcome->hasEnded());
-    QCOMPARE(outcome->value->lines, QByteArrayList{"one"});
-    QCOMPARE(outcome->value->fault, Kind::ConnectionLost);
+    m_fixture->server->enqueue(Script().head(200).send("one\ntwo").gate().reset());
+    const auto seen = m_fixture->watch();
+    QTRY_COMPARE(seen->elements, QByteArrayList{"one"});
+    m_fixture->server->release();
+    QTRY_VERIFY(seen->hasEnded);
+    QCOMPARE(seen->elements, QByteArrayList{"one"});
+    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
 }
 
 void HttpFaultTests::aResetInTheHeadFails() {
-    m_server->enqueue(Script().send("HTTP/1.1 200 OK\r\nX: ").gate().reset());
-    m_server->release();
-    QCOMPARE(runTask(*m_main, read(client())).value->fault, Kind::ConnectionLost);
+    const auto seen = m_fixture->read(Script().send("HTTP/1.1 200 OK\r\nX: ").reset());
+    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
 }
 
 void HttpFaultTests::aFaultInTheFramingComesBehindTheLinesBefore() {
-    m_server->enqueue(
+    const auto seen = m_fixture->read(
         Script().head(200, {"Transfer-Encoding: chunked"}).send("4\r\na\nb\n\r\nzzz\r\n").hold());
-    const auto outcome = runTask(*m_main, read(client()));
-    QCOMPARE(outcome.value->lines, (QByteArrayList{"a", "b"}));
-    QCOMPARE(outcome.value->fault, Kind::BadResponse);
-    QTRY_VERIFY(m_server->clientClosed());
+    QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
+    QCOMPARE(faultOf(*seen), Kind::BadResponse);
+    QTRY_VERIFY(m_fixture->server->clientClosed());
 }
 
-void HttpFaultTests::aHeadWithoutEndFails() {
-    m_server->enqueue(Script().send("HTTP/1.1 200 OK\r\nX: " + QByteArray(200'000, 'x')).hold());
-    QCOMPARE(runTask(*m_main, read(client())).value->fault, Kind::TooLarge);
-    m_server->enqueue(
-        Script().send("HTTP/1.1 200 OK\r\n" + QByteArray("X: y\r\n").repeated(50'000)).hold());
-    QCOMPARE(runTask(*m_main, read(client())).value->fault, Kind::TooLarge);
+void HttpFaultTests::whatIsTooLargeFails_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("isWhole"); // asked for with data(), not line by line
+    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+    QTest::newRow("a field without end") << ok + "X: " + QByteArray(200'000, 'x') << false;
+    QTest::newRow("a head without end") << ok + QByteArray("X: y\r\n").repeated(50'000) << false;
+    QTest::newRow("a body") << ok + "\r\n" + QByteArray(HttpClient::maximumBodySize + 1, 'x')
+                            << true;
+    QTest::newRow("a line without end")
+        << ok + "\r\na\n" + QByteArray(HttpBody::maximumLineLength + 100'000, 'x') << false;
+    QTest::newRow("a chunk's line without end")
+        << ok + "Transfer-Encoding: chunked\r\n\r\n1;" + QByteArray(200'000, 'x') << false;
 }
 
-void HttpFaultTests::aBodyBeyondTheMaximumFails() {
-    m_server->enqueue(
-        Script().head(200).send(QByteArray(HttpClient::maximumBodySize + 1, 'x')).hold());
-    const auto outcome = runTask(*m_main, client().data(HttpRequest()));
-    QCOMPARE(outcome.errorAs<HttpError>()->kind(), Kind::TooLarge);
-    QTRY_VERIFY(m_server->clientClosed());
-}
-
-void HttpFaultTests::aLineWithoutEndFails() {
-    m_server->enqueue(Script()
-                          .head(200)
-                          .send("a\n" + QByteArray(HttpBody::maximumLineLength + 100'000, 'x'))
-                          .hold());
-    const auto outcome = runTask(*m_main, read(client()));
-    QCOMPARE(outcome.value->lines, QByteArrayList{"a"});
-    QCOMPARE(outcome.value->fault, Kind::TooLarge);
+void HttpFaultTests::whatIsTooLargeFails() {
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, isWhole);
+    m_fixture->server->enqueue(Script().send(bytes).hold());
+    QCOMPARE(isWhole ? faultOf(m_fixture->data()) : faultOf(*m_fixture->read(m_fixture->client())),
+             Kind::TooLarge);
+    QTRY_VERIFY(m_fixture->server->clientClosed());
 }
 
 void HttpFaultTests::aRedirectIsNotFollowed() {
     ScriptedServer other;
     QVERIFY(other.listen());
-    m_server->enqueue(Script().head(
+    m_fixture->server->enqueue(Script().head(
         301, {"Location: http://127.0.0.1:" + QByteArray::number(other.port()) + "/api/chat",
               "Content-Length: 0"}));
-    const auto outcome = runTask(*m_main, client().data(HttpRequest()));
-    QCOMPARE(outcome.value->status(), 301);
-    QCOMPARE(m_server->requestCount(), 1);
+    QCOMPARE(m_fixture->data().value->status(), 301);
+    QCOMPARE(m_fixture->server->requestCount(), 1);
     QCOMPARE(other.requestCount(), 0);
 }
 
@@ -262,32 +219,30 @@ void HttpFaultTests::proxiesOfTheEnvironmentAreNotUsed() {
                                   "all_proxy",  "ALL_PROXY",  "no_proxy",    "NO_PROXY"};
     for (const QByteArray& name : names)
         qputenv(name, name.toLower() == "no_proxy" ? QByteArray() : address);
-    m_server->enqueue(Script::reply(200, "direct"));
-    const auto outcome = runTask(*m_main, client().data(HttpRequest()));
+    m_fixture->server->enqueue(Script::reply(200, "direct"));
+    const auto outcome = m_fixture->data();
     for (const QByteArray& name : names)
         qunsetenv(name);
     QCOMPARE(outcome.value->body, QByteArray("direct"));
     QCOMPARE(proxy.requestCount(), 0);
-    QCOMPARE(m_server->request().target, QByteArray("/"));
+    QCOMPARE(m_fixture->server->request().target, QByteArray("/"));
 }
 
-void HttpFaultTests::silenceBeforeTheHeadTimesOut() {
-    m_server->enqueue(Script().hold());
-    const auto outcome = runTask(*m_main, read(client(), 50ms));
-    QCOMPARE(outcome.value->fault, Kind::TimedOut);
-    QTRY_VERIFY(m_server->clientClosed());
+void HttpFaultTests::silenceTimesOutBehindTheLinesBefore_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArrayList>("lines");
+    QTest::newRow("before the head") << QByteArray() << QByteArrayList();
+    QTest::newRow("in the head") << QByteArray("HTTP/1.1 200 OK\r\nX") << QByteArrayList();
+    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\na\nb")
+                                 << QByteArrayList{"a"};
 }
 
-void HttpFaultTests::silenceInTheHeadTimesOut() {
-    m_server->enqueue(Script().send("HTTP/1.1 200 OK\r\nX").hold());
-    QCOMPARE(runTask(*m_main, read(client(), 50ms)).value->fault, Kind::TimedOut);
-}
-
-void HttpFaultTests::silenceInTheBodyTimesOutBehindTheLinesBefore() {
-    m_server->enqueue(Script().head(200).send("a\nb").hold());
-    const auto outcome = runTask(*m_main, read(client(), 50ms));
-    QCOMPARE(outcome.value->lines, QByteArrayList{"a"});
-    QCOMPARE(outcome.value->fault, Kind::TimedOut);
+void HttpFaultTests::silenceTimesOutBehindTheLinesBefore() {
+    QFETCH(QByteArray, bytes);
+    const auto seen = m_fixture->read(Script().send(bytes).hold(), impatient());
+    QTEST(QByteArrayList(seen->elements), "lines");
+    QCOMPARE(faultOf(*seen), Kind::TimedOut);
+    QTRY_VERIFY(m_fixture->server->clientClosed());
 }
 
 void HttpFaultTests::eachByteStartsTheIdleTimeAnew() {
@@ -302,12 +257,12 @@ void HttpFaultTests::eachByteStartsTheIdleTimeAnew() {
             connection.send({&byte, 1});
         }
     }));
-    const HttpClient slow(*m_network, HttpEndpoint::loopback(server.port()));
+    const HttpClient slow(*m_fixture->network, HttpEndpoint::loopback(server.port()));
     QElapsedTimer timer;
     timer.start();
-    const auto outcome = runTask(*m_main, read(slow, limit));
-    QVERIFY(!outcome.value->fault);
-    QCOMPARE(outcome.value->lines, (QByteArrayList{"ab", "cd"}));
+    const auto seen = m_fixture->read(slow, impatient(limit));
+    QVERIFY(!seen->error);
+    QCOMPARE(seen->elements, (QByteArrayList{"ab", "cd"}));
     QVERIFY(timer.elapsed() > limit.count());
 }
 
@@ -316,20 +271,19 @@ void HttpFaultTests::aServerThatReadsNothingTimesOut() {
     tests::LoopbackServer server;
     QVERIFY(server.listenOnPort(0, [](tests::LoopbackConnection&) {}));
     server.stopAccepting();
-    HttpRequest request;
+    HttpRequest request = impatient(200ms);
     request.method = "POST";
     request.body = QByteArray(50'000'000, 'x');
-    request.idleTimeout = 200ms;
-    const HttpClient client(*m_network, HttpEndpoint::loopback(server.port()));
-    QCOMPARE(runTask(*m_main, client.data(request)).errorAs<HttpError>()->kind(), Kind::TimedOut);
+    const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(server.port()));
+    QCOMPARE(faultOf(m_fixture->run(client.data(request))), Kind::TimedOut);
 }
 
 void HttpFaultTests::aHugeLengthIsNotTrusted() {
     // A length that promises more than any machine holds costs no memory.
-    m_server->enqueue(Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
-    const auto outcome = runTask(*m_main, read(client()));
-    QCOMPARE(outcome.value->lines, (QByteArrayList{"a", "b"}));
-    QCOMPARE(outcome.value->fault, Kind::ConnectionLost);
+    const auto seen =
+        m_fixture->read(Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
+    QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
+    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
 }
 
 TELLWICK_TEST(HttpFaultTests, EventLoop)

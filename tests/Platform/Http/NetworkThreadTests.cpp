@@ -1,56 +1,48 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/AsyncStream.h"
-#include "Platform/Http/HttpClient.h"
-#include "tests/support/ScriptedServer.h"
-#include "tests/support/TaskRunner.h"
+#include "tests/support/HttpFixture.h"
 #include "tests/support/TestMain.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <atomic>
 
 using namespace platform;
-using tests::runTask;
+using tests::HttpFixture;
 using tests::Script;
 using tests::ScriptedServer;
-using tests::startTask;
 
 namespace {
-
-Task<void> produce(HttpClient client, StreamContinuation<QByteArray> continuation) {
-    try {
-        HttpBody body = co_await client.bytes(HttpRequest());
-        while (const auto line = co_await body.nextLine())
-            continuation.yield(*line);
-        continuation.finish();
-    } catch (...) {
-        continuation.finish(std::current_exception());
-    }
-}
-
-Task<int> read(HttpClient client, std::shared_ptr<int> lines) {
-    HttpBody body = co_await client.bytes(HttpRequest());
-    while (co_await body.nextLine())
-        ++*lines;
-    co_return *lines;
-}
-
-Task<std::shared_ptr<HttpBody>> open(HttpClient client) {
-    HttpBody body = co_await client.bytes(HttpRequest());
-    co_return std::make_shared<HttpBody>(std::move(body));
-}
 
 Task<bool> runsThere(Executor& executor) {
     co_return executor.isCurrent();
 }
 
-Task<bool> there(TaskScope& scope, Task<bool> task) {
-    co_return co_await runOn(scope, std::move(task));
+QStringList openDescriptors(const QString& process = QStringLiteral("self")) {
+    return QDir(QStringLiteral("/proc/%1/fd").arg(process))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
 }
 
-int openDescriptors() {
-    return static_cast<int>(QDir(QStringLiteral("/proc/self/fd"))
-                                .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
-                                .size());
-}
+/// A program that does nothing until it is ended.
+class IdleProgram {
+public:
+    IdleProgram() {
+        m_process.start(QStringLiteral("cat"), QStringList());
+        m_process.waitForStarted();
+    }
+    ~IdleProgram() {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished();
+    }
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    QStringList descriptors() const {
+        return openDescriptors(QString::number(m_process.processId()));
+    }
+
+private:
+    QProcess m_process;
+};
 
 } // namespace
 
@@ -58,143 +50,77 @@ class NetworkThreadTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init();
+    void cleanup() { m_fixture.reset(); }
+
     void tasksOfItsScopeRunOnItsThread();
     void endingItWithRepliesInFlightTakesNoTimeAndLeavesNothing();
     void endingItInTheMiddleOfAFloodLeavesNothing();
-    void aReadingThatGoesFirstClosesItsConnection();
-    void aRequestAbandonedBeforeItsHeadLeavesNothing();
-    void aBodyMayOutliveTheThread();
-    void aClientMayOutliveTheThread();
-    void cancellingATaskOnTheThreadClosesItsConnection();
+    void aProgramStartedMeanwhileInheritsNoConnection();
+
+private:
+    std::unique_ptr<HttpFixture> m_fixture;
 };
 
+void NetworkThreadTests::init() {
+    m_fixture = std::make_unique<HttpFixture>();
+    QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
+}
+
 void NetworkThreadTests::tasksOfItsScopeRunOnItsThread() {
-    MainExecutor executor;
-    NetworkThread network;
-    QVERIFY(!network.executor().isCurrent());
-    QCOMPARE(runTask(executor, there(network.scope(), runsThere(network.executor()))).value, true);
-    QCOMPARE(runTask(executor, runsThere(network.executor())).value, false);
+    Executor& executor = m_fixture->network->scope().executor();
+    QVERIFY(!executor.isCurrent());
+    QCOMPARE(m_fixture->run(runsThere(executor)).value, true);
+    QCOMPARE(tests::runTask(m_fixture->main, runsThere(executor)).value, false);
 }
 
 void NetworkThreadTests::endingItWithRepliesInFlightTakesNoTimeAndLeavesNothing() {
-    const int before = openDescriptors();
-    auto owned = std::make_unique<ScriptedServer>();
-    ScriptedServer& server = *owned;
-    QVERIFY(server.listen());
+    m_fixture.reset();
+    const qsizetype before = openDescriptors().size();
+    init();
+    ScriptedServer& server = *m_fixture->server;
     server.enqueue(Script().hold());                           // before the head
     server.enqueue(Script().send("HTTP/1.1 200").hold());      // inside it
     server.enqueue(Script().head(200).hold());                 // behind it
     server.enqueue(Script().head(200).send("a\nb\nc").hold()); // inside a line
     server.enqueue(Script().head(200).send("a\n").hold());     // abandoned, below
-    MainExecutor executor;
-    {
-        auto network = std::make_unique<NetworkThread>();
-        TaskScope scope(executor);
-        const HttpClient client(*network, HttpEndpoint::loopback(server.port()));
-        QList<std::shared_ptr<AsyncStream<QByteArray>>> streams;
-        for (int i = 0; i < 5; ++i) {
-            auto [stream, continuation] = makeStream<QByteArray>();
-            streams.append(std::make_shared<AsyncStream<QByteArray>>(std::move(stream)));
-            network->scope().start(produce(client, continuation));
-            QTRY_COMPARE(server.requestCount(), i + 1);
-        }
-        streams.removeLast();
-        QElapsedTimer timer;
-        timer.start();
-        network.reset();
-        QVERIFY2(timer.elapsed() < 1000, "ending the network thread waits for something");
-        for (int i = 0; i < 5; ++i)
-            QTRY_VERIFY(server.clientClosed(i));
+    for (int i = 0; i < 5; ++i) {
+        m_fixture->watch();
+        QTRY_COMPARE(server.requestCount(), i + 1);
     }
-    owned.reset();
-    QCOMPARE(openDescriptors(), before);
+    m_fixture->task.cancel();
+    QElapsedTimer timer;
+    timer.start();
+    m_fixture->network.reset();
+    QVERIFY2(timer.elapsed() < 1000, "ending the network thread waits for something");
+    for (int i = 0; i < 5; ++i)
+        QTRY_VERIFY(server.clientClosed(i));
+    m_fixture.reset();
+    QCOMPARE(openDescriptors().size(), before);
 }
 
 void NetworkThreadTests::endingItInTheMiddleOfAFloodLeavesNothing() {
-    ScriptedServer server;
-    QVERIFY(server.listen());
-    server.setFallback(Script().head(200).send(QByteArray("0123456789\n").repeated(3'000'000)));
-    MainExecutor executor;
+    m_fixture->server->setFallback(
+        Script().head(200).send(QByteArray("0123456789\n").repeated(3'000'000)));
     for (int round = 0; round < 5; ++round) {
-        NetworkThread network;
-        TaskScope scope(executor);
-        const HttpClient client(network, HttpEndpoint::loopback(server.port()));
-        const auto lines = std::make_shared<int>(0);
-        const auto outcome = startTask(scope, read(client, lines));
-        auto [stream, continuation] = makeStream<QByteArray>();
-        network.scope().start(produce(client, continuation));
-        QTRY_VERIFY(*lines > 0);
+        const auto seen = m_fixture->watch();
+        QTRY_VERIFY(!seen->elements.isEmpty());
+        m_fixture->network = std::make_unique<NetworkThread>();
     }
 }
 
-void NetworkThreadTests::aReadingThatGoesFirstClosesItsConnection() {
-    ScriptedServer server;
-    QVERIFY(server.listen());
-    server.enqueue(Script().head(200).send("a\n").hold());
-    MainExecutor executor;
-    NetworkThread network;
-    {
-        TaskScope scope(executor);
-        const auto lines = std::make_shared<int>(0);
-        const auto outcome = startTask(
-            scope, read(HttpClient(network, HttpEndpoint::loopback(server.port())), lines));
-        QTRY_COMPARE(*lines, 1);
-        QVERIFY(!server.clientClosed());
-    }
-    QTRY_VERIFY(server.clientClosed());
-}
-
-void NetworkThreadTests::aRequestAbandonedBeforeItsHeadLeavesNothing() {
-    ScriptedServer server;
-    QVERIFY(server.listen());
-    server.enqueue(Script().gate().head(200).send("a\n").hold());
-    MainExecutor executor;
-    NetworkThread network;
-    {
-        TaskScope scope(executor);
-        const auto lines = std::make_shared<int>(0);
-        const auto outcome = startTask(
-            scope, read(HttpClient(network, HttpEndpoint::loopback(server.port())), lines));
-        QTRY_COMPARE(server.requestCount(), 1);
-    }
-    server.release();
-    QTRY_VERIFY(server.clientClosed());
-}
-
-void NetworkThreadTests::aBodyMayOutliveTheThread() {
-    ScriptedServer server;
-    QVERIFY(server.listen());
-    server.enqueue(Script().head(200).send("a\n").hold());
-    MainExecutor executor;
-    auto network = std::make_unique<NetworkThread>();
-    const auto outcome =
-        runTask(executor, open(HttpClient(*network, HttpEndpoint::loopback(server.port()))));
-    network.reset();
-    QTRY_VERIFY(server.clientClosed());
-    QCOMPARE(outcome.value->get()->status(), 200);
-}
-
-void NetworkThreadTests::aClientMayOutliveTheThread() {
-    MainExecutor executor;
-    auto network = std::make_unique<NetworkThread>();
-    const HttpClient client(*network, HttpEndpoint::loopback(9));
-    network.reset();
-    const auto outcome = runTask(executor, client.data(HttpRequest()));
-    QVERIFY(isCancellation(outcome.error));
-}
-
-void NetworkThreadTests::cancellingATaskOnTheThreadClosesItsConnection() {
-    ScriptedServer server;
-    QVERIFY(server.listen());
-    server.enqueue(Script().head(200).send("a\n").hold());
-    MainExecutor executor;
-    NetworkThread network;
-    auto [stream, continuation] = makeStream<QByteArray>();
-    TaskHandle task = network.scope().start(
-        produce(HttpClient(network, HttpEndpoint::loopback(server.port())), continuation));
-    QTRY_COMPARE(server.requestCount(), 1);
-    task.cancel();
-    QTRY_VERIFY(server.clientClosed());
+void NetworkThreadTests::aProgramStartedMeanwhileInheritsNoConnection() {
+    m_fixture.reset();
+    const QStringList before = IdleProgram().descriptors();
+    init();
+    m_fixture->server->enqueue(Script().head(200).send("a\n").hold());
+    const auto seen = m_fixture->watch();
+    QTRY_COMPARE(seen->elements, QByteArrayList{"a"});
+    const IdleProgram program;
+    QCOMPARE(program.descriptors(), before);
+    m_fixture->network.reset();
+    QTRY_VERIFY(m_fixture->server->clientClosed());
+    QVERIFY(program.isRunning());
 }
 
 TELLWICK_TEST(NetworkThreadTests, EventLoop)

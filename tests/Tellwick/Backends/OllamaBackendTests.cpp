@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Tellwick/Backends/OllamaWire.h"
 #include "tests/Tellwick/Backends/OllamaFixture.h"
 #include "tests/support/TestMain.h"
 
@@ -7,13 +8,13 @@
 
 #include <array>
 #include <clocale>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 using namespace platform;
 using namespace tellwick;
 using tests::chatLine;
 using tests::OllamaFixture;
-using tests::runTask;
 using tests::Script;
 using tests::ScriptedServer;
 
@@ -23,6 +24,12 @@ namespace {
 
 ChatMessage message(Role role, QStringView content) {
     return {role, TextSnapshot(content)};
+}
+
+std::chrono::nanoseconds processorTimeOfThisThread() {
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 } // namespace
@@ -39,16 +46,18 @@ private Q_SLOTS:
     void theSizeIsInDecimalGigabytes();
     void theSizeHasAFullStopInEveryLocale();
     void theAddressIsTheLoopbackPort();
-    void theIdleLimitIsTwoMinutes();
+    void theIdleLimitsAreAMinuteAndTwo();
     void aRequestCarriesTheWholeConversation_data();
     void aRequestCarriesTheWholeConversation();
-    void aRequestIsAPostOfJson();
+    void aRequestIsAPostOfJsonWithNoHeaderBesides();
     void resetChangesNothing();
     void theRequestHoldsTheConversationAsItWasWhenAsked();
     void discoverListsTheModels();
-    void discoverListsTwoThousandModels();
+    void discoverDecodesOnTheNetworkThread();
     void discoverGivesNothing_data();
     void discoverGivesNothing();
+    void discoverGivesUpOnASilentServer_data();
+    void discoverGivesUpOnASilentServer();
     void withoutAServerNothingIsDiscoveredAndBackendsStayAvailable();
     void discoverMakesAPlainGet();
     void proxiesOfTheEnvironmentAreNotUsed();
@@ -128,7 +137,8 @@ void OllamaBackendTests::theAddressIsTheLoopbackPort() {
     QCOMPARE(OllamaBackend::baseURL().host(), QByteArray("127.0.0.1:11434"));
 }
 
-void OllamaBackendTests::theIdleLimitIsTwoMinutes() {
+void OllamaBackendTests::theIdleLimitsAreAMinuteAndTwo() {
+    QCOMPARE(OllamaBackend::listingIdleTimeout, std::chrono::seconds(60));
     QCOMPARE(OllamaBackend::idleTimeout, std::chrono::seconds(120));
 }
 
@@ -158,7 +168,7 @@ void OllamaBackendTests::aRequestCarriesTheWholeConversation() {
     }
     expected.append(u"user: "_s + prompt);
     OllamaBackend asked = m_fixture->backend();
-    const auto reply = m_fixture->watch(asked.streamResponse(prompt, messages, systemPrompt));
+    const auto reply = m_fixture->watchReply(asked.streamResponse(prompt, messages, systemPrompt));
     QTRY_VERIFY(reply->hasEnded);
     const QJsonObject document = m_fixture->sentDocument();
     QStringList sent;
@@ -172,14 +182,13 @@ void OllamaBackendTests::aRequestCarriesTheWholeConversation() {
     QCOMPARE(document.size(), 3);
 }
 
-void OllamaBackendTests::aRequestIsAPostOfJson() {
+void OllamaBackendTests::aRequestIsAPostOfJsonWithNoHeaderBesides() {
     m_fixture->askAndWait(Script::streamed(chatLine(u"ok"_s, true)));
     const auto request = m_fixture->server->request();
-    QCOMPARE(request.method, QByteArray("POST"));
-    QCOMPARE(request.target, QByteArray("/api/chat"));
-    QCOMPARE(request.header("Content-Type"), QByteArray("application/json"));
-    QCOMPARE(request.header("Host"), QByteArray("127.0.0.1:11434"));
-    QCOMPARE(request.header("Content-Length"), QByteArray::number(request.body.size()));
+    QCOMPARE(request.head,
+             "POST /api/chat HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n"
+             "Content-Type: application/json\r\nContent-Length: " +
+                 QByteArray::number(request.body.size()) + "\r\n\r\n");
     QCOMPARE(request.body, R"({"model":"llama3:8b","messages":[{"role":"system","content":""},)"
                            R"({"role":"user","content":"Hi"}],"stream":true})");
 }
@@ -188,7 +197,7 @@ void OllamaBackendTests::resetChangesNothing() {
     m_fixture->server->setFallback(Script::streamed(chatLine(u"ok"_s, true)));
     OllamaBackend asked = m_fixture->backend();
     for (int i = 0; i < 2; ++i) {
-        const auto reply = m_fixture->watch(asked.streamResponse(
+        const auto reply = m_fixture->watchReply(asked.streamResponse(
             u"c"_s, {message(Role::user, u"a"), message(Role::assistant, u"b")}, u"s"_s));
         QTRY_VERIFY(reply->hasEnded);
         asked.reset();
@@ -201,7 +210,7 @@ void OllamaBackendTests::theRequestHoldsTheConversationAsItWasWhenAsked() {
     m_fixture->server->enqueue(Script::streamed(chatLine(u"ok"_s, true)));
     OllamaBackend asked = m_fixture->backend();
     QList<ChatMessage> history = {message(Role::user, u"before")};
-    const auto reply = m_fixture->watch(asked.streamResponse(u"Hi"_s, history, QString()));
+    const auto reply = m_fixture->watchReply(asked.streamResponse(u"Hi"_s, history, QString()));
     history[0].content = TextSnapshot(u"after");
     history.append(message(Role::assistant, u"more"));
     QTRY_VERIFY(reply->hasEnded);
@@ -213,23 +222,32 @@ void OllamaBackendTests::discoverListsTheModels() {
     m_fixture->server->enqueue(Script::reply(
         200, R"({"models":[{"name":"b","size":5},{"name":"hf.co/x/y z🙂:Q4","size":4661224676},)"
              R"({"name":"b","size":6}]})"));
-    const auto models = runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
-    QCOMPARE(models.value, (QList<OllamaModelEntry>{
-                               {u"b"_s, 5}, {u"hf.co/x/y z🙂:Q4"_s, 4661224676}, {u"b"_s, 6}}));
+    const auto models = m_fixture->discover();
+    QCOMPARE(models, (QList<OllamaModelEntry>{
+                         {u"b"_s, 5}, {u"hf.co/x/y z🙂:Q4"_s, 4661224676}, {u"b"_s, 6}}));
 }
 
-void OllamaBackendTests::discoverListsTwoThousandModels() {
+void OllamaBackendTests::discoverDecodesOnTheNetworkThread() {
+    // Much to decode and little to hand over. The processor time of this thread alone is looked at,
+    // which the load of the machine does not change.
     QJsonArray models;
     for (int i = 0; i < 2000; ++i)
         models.append(QJsonObject{{u"name"_s, u"model-%1"_s.arg(i)},
                                   {u"size"_s, qint64(5'000'000'000) + i},
-                                  {u"details"_s, QJsonObject{{u"families"_s, QJsonArray{u"x"_s}}}},
-                                  {u"digest"_s, QString(64, u'f')}});
-    m_fixture->server->enqueue(
-        Script::reply(200, QJsonDocument(QJsonObject{{u"models"_s, models}}).toJson()));
-    const auto found = runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
-    QCOMPARE(found.value->size(), 2000);
-    QCOMPARE(found.value->last(), (OllamaModelEntry{u"model-1999"_s, 5'000'001'999}));
+                                  {u"digest"_s, QString(2'000, u'f')}});
+    const QByteArray listing = QJsonDocument(QJsonObject{{u"models"_s, models}}).toJson();
+    auto start = processorTimeOfThisThread();
+    QCOMPARE(OllamaTagsResponse::fromJson(listing).models.size(), 2000);
+    const auto decoding = processorTimeOfThisThread() - start;
+
+    m_fixture->server->enqueue(Script::reply(200, listing));
+    start = processorTimeOfThisThread();
+    const auto found = m_fixture->discover();
+    const auto spent = processorTimeOfThisThread() - start;
+    QCOMPARE(found.size(), 2000);
+    QCOMPARE(found.last(), (OllamaModelEntry{u"model-1999"_s, 5'000'001'999}));
+    QVERIFY2(spent < decoding / 3,
+             qPrintable(u"%1 ns of %2"_s.arg(spent.count()).arg(decoding.count())));
 }
 
 void OllamaBackendTests::discoverGivesNothing_data() {
@@ -253,24 +271,35 @@ void OllamaBackendTests::discoverGivesNothing() {
     QFETCH(int, status);
     QFETCH(QByteArray, body);
     m_fixture->server->enqueue(status == 0 ? Script().send(body) : Script::reply(status, body));
-    const auto models = runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
-    QVERIFY(models.value);
-    QVERIFY(models.value->isEmpty());
+    const auto models = m_fixture->discover();
+    QVERIFY(models.isEmpty());
     QCOMPARE(m_fixture->server->requestCount(), 1);
+}
+
+void OllamaBackendTests::discoverGivesUpOnASilentServer_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("before the head") << QByteArray();
+    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\n{\"models\":[]");
+}
+
+void OllamaBackendTests::discoverGivesUpOnASilentServer() {
+    QFETCH(QByteArray, bytes);
+    m_fixture->server->enqueue(Script().send(bytes).hold());
+    QVERIFY(m_fixture->discover(std::chrono::milliseconds(50)).isEmpty());
+    QTRY_VERIFY(m_fixture->server->clientClosed());
 }
 
 void OllamaBackendTests::withoutAServerNothingIsDiscoveredAndBackendsStayAvailable() {
     const OllamaBackend listed = m_fixture->backend();
     m_fixture->server->stop();
-    const auto models = runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
-    QVERIFY(models.value);
-    QVERIFY(models.value->isEmpty());
+    const auto models = m_fixture->discover();
+    QVERIFY(models.isEmpty());
     QVERIFY(listed.isAvailable());
 }
 
 void OllamaBackendTests::discoverMakesAPlainGet() {
     m_fixture->server->enqueue(Script::reply(200, R"({"models":[]})"));
-    runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
+    m_fixture->discover();
     QCOMPARE(
         m_fixture->server->request().head,
         QByteArray("GET /api/tags HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n\r\n"));
@@ -285,11 +314,11 @@ void OllamaBackendTests::proxiesOfTheEnvironmentAreNotUsed() {
         qputenv(name, address);
     const auto reply = m_fixture->askAndWait(Script::streamed(chatLine(u"direct"_s, true)));
     m_fixture->server->enqueue(Script::reply(200, R"({"models":[{"name":"a","size":1}]})"));
-    const auto models = runTask(m_fixture->main, OllamaBackend::discover(*m_fixture->network));
+    const auto models = m_fixture->discover();
     for (const QByteArray& name : names)
         qunsetenv(name);
-    QCOMPARE(reply->texts, QStringList{u"direct"_s});
-    QCOMPARE(models.value->size(), 1);
+    QCOMPARE(reply->texts(), QStringList{u"direct"_s});
+    QCOMPARE(models.size(), 1);
     QCOMPARE(proxy.requestCount(), 0);
 }
 

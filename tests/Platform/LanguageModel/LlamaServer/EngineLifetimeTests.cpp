@@ -42,10 +42,9 @@ struct Chat {
     std::shared_ptr<LanguageModelSession> session;
 };
 
-Task<void> readSleepState(HttpClient client, std::shared_ptr<std::optional<bool>> isSleeping) {
-    HttpRequest request;
-    request.target = "/props";
-    const HttpResponse response = co_await client.data(request);
+Task<void> readSleepState(TaskScope& network, HttpClient client,
+                          std::shared_ptr<std::optional<bool>> isSleeping) {
+    const HttpResponse response = co_await runOn(network, client.data(HttpRequest("/props")));
     *isSleeping = QJsonDocument::fromJson(response.body).object()[u"is_sleeping"].toBool();
 }
 
@@ -217,7 +216,7 @@ void EngineLifetimeTests::idleForLongEnoughTheEngineSleepsAndWakesByItself() {
     const HttpClient client(chat.network, HttpEndpoint::unixSocket(m_folders->socketPath()));
     const auto isAsleep = [&] {
         const auto isSleeping = std::make_shared<std::optional<bool>>();
-        chat.scope.start(readSleepState(client, isSleeping));
+        chat.scope.start(readSleepState(chat.network.scope(), client, isSleeping));
         while (!*isSleeping)
             QTest::qWait(20);
         return isSleeping->value();
