@@ -49,7 +49,7 @@ MessageBubble::MessageBubble(const Environment& environment, ChatMessage message
     , m_environment(environment)
     , m_message(std::move(message))
     , m_text(new TextView(environment.theme,
-                          isFromUser() ? TextView::Ground::Accent : TextView::Ground::Window,
+                          isFromUser() ? TextView::Background::Accent : TextView::Background::Window,
                           this)) {
     AccessibleElement::install();
     m_text->onContextMenu([this](QPoint position) { openContextMenu(position); });
@@ -131,7 +131,7 @@ void MessageBubble::layOut() {
 }
 
 void MessageBubble::contextMenuEvent(QContextMenuEvent* event) {
-    // The ground about the text is the bubble's, too; the free side of the row is not.
+    // The background around the text is the bubble's, too; the free side of the row is not.
     if (m_bubble.contains(event->pos()))
         openContextMenu(event->globalPos());
     else

@@ -6,28 +6,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace platform {
 namespace {
 
-constexpr qsizetype unseen = std::numeric_limits<qsizetype>::max();
+constexpr qsizetype toTheEnd = std::numeric_limits<qsizetype>::max();
 constexpr std::size_t keptLayouts = 64;
 constexpr qreal keptMargin = 4000; // pixels above and below what is drawn
-
-qsizetype paragraphEnd(QStringView text, qsizetype start) {
-    while (start < text.size() && !isLineBreak(text[start]))
-        ++start;
-    return start;
-}
-
-/// Behind the break at `end`, or the text's length.
-qsizetype behindBreak(QStringView text, qsizetype end) {
-    if (end >= text.size())
-        return end;
-    const bool pair = text[end] == u'\r' && end + 1 < text.size() && text[end + 1] == u'\n';
-    return end + (pair ? 2 : 1);
-}
 
 /// Characters that would be drawn as boxes or end a line inside a paragraph.
 QString displayed(QString text) {
@@ -39,9 +24,11 @@ QString displayed(QString text) {
 
 } // namespace
 
-void TextFlow::setLook(const TextLook& look) {
-    const bool sameFonts = look.font == m_look.font && look.codeFont == m_look.codeFont;
-    m_look = look;
+// Layout
+
+void TextFlow::setFormat(const TextFormat& format) {
+    const bool sameFonts = format.font == m_format.font && format.codeFont == m_format.codeFont;
+    m_format = format;
     m_layouts.clear();
     if (!sameFonts) {
         m_chunks.clear();
@@ -61,7 +48,7 @@ qreal TextFlow::replaceTail(qsizetype from, const AttributedString& tail) {
                                             [&](const Chunk& c) { return c.seen <= changed; });
     const auto index = static_cast<std::size_t>(stale - m_chunks.begin());
     layOutFrom(index);
-    return index < m_chunks.size() ? m_chunks[index].top : height();
+    return m_chunks[index].top;
 }
 
 void TextFlow::setWidth(qreal width) {
@@ -74,150 +61,144 @@ void TextFlow::setWidth(qreal width) {
     m_chunks.reserve(old.size());
     for (std::size_t i = 0; i < old.size();) {
         const Chunk& chunk = old[i];
-        if (chunk.first && chunk.last && chunk.lines == 1 && chunk.width <= width) {
+        if (chunk.first && chunk.last && chunk.lines.count == 1 && chunk.lines.width <= width) {
             append(chunk);
             ++i;
             continue;
         }
         // The whole paragraph anew, for its cuts depend on the width.
-        const qsizetype end = paragraphEnd(m_content.text, chunk.start);
-        const qsizetype next = behindBreak(m_content.text, end);
-        qsizetype start = chunk.start;
-        do {
-            append(layOut(start, start == chunk.start, chunk.rightToLeft, end, next));
-            start = m_chunks.back().start + m_chunks.back().length;
-        } while (!m_chunks.back().last);
-        while (i < old.size() && old[i].start <= end && (old[i].start < next || next == end))
+        const Paragraph paragraph = paragraphAt(chunk.start);
+        layOut(chunk.start, paragraph, true);
+        while (i < old.size() && (old[i].start < paragraph.next || paragraph.next == paragraph.end))
             ++i;
     }
 }
 
+TextFlow::Paragraph TextFlow::paragraphAt(qsizetype start) const {
+    const QStringView text = m_content.text;
+    Paragraph paragraph{start, start, false};
+    while (paragraph.end < text.size() && !isLineBreak(text[paragraph.end]))
+        ++paragraph.end;
+    if (paragraph.end < text.size())
+        paragraph.next = paragraph.end + (text.mid(paragraph.end).startsWith(u"\r\n") ? 2 : 1);
+    else
+        paragraph.next = paragraph.end;
+    const qsizetype length = paragraph.end - start;
+    paragraph.rightToLeft = text.mid(start, std::min(length, m_chunkSize)).isRightToLeft();
+    return paragraph;
+}
+
 /// Everything from one chunk on is made anew; those before it hold.
 void TextFlow::layOutFrom(std::size_t chunk) {
-    qsizetype start = 0;
-    bool first = true;
-    bool rightToLeft = false;
-    if (chunk < m_chunks.size()) {
-        start = m_chunks[chunk].start;
-        first = m_chunks[chunk].first;
-        rightToLeft = m_chunks[chunk].rightToLeft;
-    } else if (!m_chunks.empty()) {
-        const Chunk& last = m_chunks.back();
-        start = behindBreak(m_content.text, last.start + last.length);
-    }
+    const Chunk from = chunk < m_chunks.size() ? m_chunks[chunk] : Chunk();
     m_chunks.resize(chunk);
     m_layouts.erase(m_layouts.lower_bound(chunk), m_layouts.end());
-    const QStringView text = m_content.text;
+    Paragraph paragraph = paragraphAt(from.start);
+    if (!from.first)
+        paragraph.rightToLeft = from.rightToLeft; // as its beginning says
+    layOut(from.start, paragraph, from.first);
+    while (paragraph.next > paragraph.end) {
+        const qsizetype start = paragraph.next;
+        paragraph = paragraphAt(start);
+        layOut(start, paragraph, true);
+    }
+}
+
+/// Adds the chunks of a paragraph from `start`, its own or that of its chunk which begins there.
+void TextFlow::layOut(qsizetype start, const Paragraph& paragraph, bool first) {
+    qsizetype window = m_chunkSize;
     while (true) {
-        const qsizetype end = paragraphEnd(text, start);
-        const qsizetype next = behindBreak(text, end);
-        if (first)
-            rightToLeft = text.mid(start, std::min(end - start, longParagraph)).isRightToLeft();
-        append(layOut(start, first, rightToLeft, end, next));
-        first = m_chunks.back().last;
-        if (!first)
-            start += m_chunks.back().length;
-        else if (next == end)
-            break;
-        else
-            start = next;
+        Chunk chunk{.start = start, .first = first, .rightToLeft = paragraph.rightToLeft};
+        chunk.shaped = std::min(window, paragraph.end - start);
+        chunk.last = start + chunk.shaped == paragraph.end;
+        std::unique_ptr<QTextLayout> layout = shape(chunk);
+        chunk.lines = breakLines(*layout, !chunk.last);
+        if (!chunk.last && chunk.lines.length == chunk.shaped) {
+            window *= 2; // one line: a very wide view, or characters without width
+            continue;
+        }
+        if (!chunk.last) // and the paragraph goes on there
+            chunk.seen = start + chunk.shaped + 1;
+        else if (paragraph.next == paragraph.end)
+            chunk.seen = toTheEnd;
+        else // a break of one CR may become CR LF
+            chunk.seen = paragraph.end + (m_content.text[paragraph.end] == u'\r' ? 2 : 1);
+        if (chunk.last && m_layouts.size() < keptLayouts)
+            m_layouts[m_chunks.size()] = std::move(layout);
+        append(chunk);
+        if (chunk.last)
+            return;
+        start = chunk.end();
+        first = false;
+        window = m_chunkSize;
     }
 }
 
 void TextFlow::append(Chunk chunk) {
     chunk.top = height();
-    chunk.widest = std::max(chunk.width, usedWidth());
+    chunk.widest = std::max(chunk.lines.width, usedWidth());
+    if (!m_chunks.empty())
+        chunk.seen = std::max(chunk.seen, m_chunks.back().seen); // in order, to be searched
     m_chunks.push_back(chunk);
 }
 
-std::unique_ptr<QTextLayout> TextFlow::shape(qsizetype start, qsizetype length,
-                                             bool rightToLeft) const {
-    auto layout =
-        std::make_unique<QTextLayout>(displayed(m_content.text.mid(start, length)), m_look.font);
-    QTextOption option(rightToLeft ? Qt::AlignRight : Qt::AlignLeft);
-    option.setTextDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+std::unique_ptr<QTextLayout> TextFlow::shape(const Chunk& chunk) const {
+    auto layout = std::make_unique<QTextLayout>(
+        displayed(m_content.text.mid(chunk.start, chunk.shaped)), m_format.font);
+    QTextOption option(chunk.rightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setTextDirection(chunk.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTabStopDistance(QFontMetricsF(m_look.font).horizontalAdvance(u' ') * 8);
+    option.setTabStopDistance(QFontMetricsF(m_format.font).horizontalAdvance(u' ') * 8);
     layout->setTextOption(option);
-    layout->setFormats(m_look.formats(m_content, start, length));
+    layout->setFormats(m_format.formats(m_content, chunk.start, chunk.shaped));
     layout->setCacheEnabled(true);
-    ++m_laidOut;
     return layout;
 }
 
-/// Lays a layout out in lines. A line in which another font is a little taller, for code or an
-/// emoji, stands on the same grid as all others.
-TextFlow::Lines TextFlow::breakLines(QTextLayout& layout) const {
-    const qreal usual = m_look.lineHeight();
-    const qreal ascent = std::ceil(QFontMetricsF(m_look.font).ascent());
+/// Lays a layout out in lines. Where the text goes on behind it, the last of several lines may not
+/// be complete and does not count.
+///
+/// A line in which another font is a little taller, for code or an emoji, stands on the same grid
+/// as all others.
+TextFlow::Lines TextFlow::breakLines(QTextLayout& layout, bool textGoesOn, int maximum) const {
+    const qreal usual = m_format.lineHeight();
+    const qreal ascent = std::ceil(QFontMetricsF(m_format.font).ascent());
     Lines lines;
     layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    while (lines.count < maximum) {
+        QTextLine line = layout.createLine();
+        if (!line.isValid())
+            break;
         line.setLeadingIncluded(true);
         line.setLineWidth(std::max<qreal>(m_width, 1));
+        const qsizetype end = line.textStart() + line.textLength();
+        if (textGoesOn && lines.count > 0 && end == layout.text().size())
+            break;
         const bool onGrid = line.height() <= usual * 1.3;
         const qreal shift = onGrid ? ascent - std::ceil(line.ascent()) : 0;
         line.setPosition({0, lines.height + shift});
-        lines.lastTop = lines.height;
+        ++lines.count;
+        lines.length = end;
         lines.height += onGrid ? usual : std::ceil(line.height());
-        lines.widest = std::max(lines.widest, line.naturalTextWidth());
+        lines.width = std::max(lines.width, line.naturalTextWidth());
     }
     layout.endLayout();
     return lines;
 }
 
-/// The chunk that begins at `start` of a paragraph which ends at `end`, the next one at `next`.
-TextFlow::Chunk TextFlow::layOut(qsizetype start, bool first, bool rightToLeft, qsizetype end,
-                                 qsizetype next) {
-    Chunk chunk{.start = start, .length = end - start, .first = first, .rightToLeft = rightToLeft};
-    // A break of one CR at the text's end may become CR LF.
-    const bool settled =
-        next > end && (next < m_content.text.size() || m_content.text[end] == u'\n');
-    chunk.seen = settled ? next : unseen;
-    if (chunk.length == 0) {
-        chunk.height = m_look.lineHeight();
-        return chunk;
-    }
-    qsizetype window = longParagraph;
-    while (true) {
-        const bool whole = start + window >= end;
-        const qsizetype length = whole ? end - start : window;
-        auto layout = shape(start, length, rightToLeft);
-        const Lines lines = breakLines(*layout);
-        chunk.width = lines.widest;
-        chunk.height = lines.height;
-        chunk.lines = layout->lineCount();
-        if (!whole && chunk.lines == 1) {
-            window *= 2; // a very wide view, or characters without width
-            continue;
-        }
-        if (!whole) {
-            // The last line may not be complete: the next chunk begins with it.
-            const QTextLine line = layout->lineAt(chunk.lines - 1);
-            chunk.length = line.textStart();
-            chunk.height = lines.lastTop;
-            chunk.seen = start + length;
-            chunk.last = false;
-            --chunk.lines;
-        } else if (m_layouts.size() < keptLayouts) {
-            m_layouts[m_chunks.size()] = std::move(layout);
-        }
-        return chunk;
-    }
-}
-
 QTextLayout& TextFlow::layoutOf(std::size_t index) const {
     std::unique_ptr<QTextLayout>& layout = m_layouts[index];
     if (!layout) {
-        const Chunk& chunk = m_chunks[index];
-        layout = shape(chunk.start, chunk.length, chunk.rightToLeft);
-        breakLines(*layout);
+        layout = shape(m_chunks[index]);
+        breakLines(*layout, false, m_chunks[index].lines.count);
     }
     return *layout;
 }
 
+// Geometry
+
 qreal TextFlow::height() const {
-    return m_chunks.empty() ? 0 : m_chunks.back().top + m_chunks.back().height;
+    return m_chunks.empty() ? 0 : m_chunks.back().bottom();
 }
 
 qreal TextFlow::usedWidth() const {
@@ -236,64 +217,19 @@ std::size_t TextFlow::chunkAtHeight(qreal y) const {
     return behind == m_chunks.begin() ? 0 : static_cast<std::size_t>(behind - m_chunks.begin() - 1);
 }
 
+/// The line of a chunk at a height of the text.
+QTextLine TextFlow::lineAt(std::size_t index, qreal y) const {
+    const QTextLayout& layout = layoutOf(index);
+    int line = 0;
+    while (line + 1 < layout.lineCount() && y - m_chunks[index].top >= layout.lineAt(line + 1).y())
+        ++line;
+    return layout.lineAt(line);
+}
+
 /// How far right of its layout a chunk is drawn: a layout sets text from the right against the
 /// width that lines break at, the frame is often only as wide as its widest line.
 qreal TextFlow::indent(const Chunk& chunk) const {
     return chunk.rightToLeft ? m_frameWidth - std::max<qreal>(m_width, 1) : 0;
-}
-
-void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip,
-                    TextSpan selection) {
-    const QRectF area = clip.translated(-origin);
-    QTextCharFormat selected;
-    selected.setBackground(m_look.selection);
-    painter.setPen(m_look.text);
-    for (std::size_t i = chunkAtHeight(area.top()); i < m_chunks.size(); ++i) {
-        const Chunk& chunk = m_chunks[i];
-        if (chunk.top > area.bottom())
-            break;
-        if (chunk.length == 0)
-            continue;
-        const QPointF corner = origin + QPointF(indent(chunk), chunk.top);
-        drawCodeGrounds(painter, corner, clip, chunk);
-        QList<QTextLayout::FormatRange> selections;
-        const qsizetype from = std::max(selection.start, chunk.start);
-        const qsizetype to = std::min(selection.end, chunk.start + chunk.length);
-        if (from < to)
-            selections.append(
-                {static_cast<int>(from - chunk.start), static_cast<int>(to - from), selected});
-        layoutOf(i).draw(&painter, corner, selections, clip);
-    }
-    std::erase_if(m_layouts, [&](const auto& entry) {
-        const Chunk& chunk = m_chunks[entry.first];
-        return chunk.top > area.bottom() + keptMargin ||
-               chunk.top + chunk.height < area.top() - keptMargin;
-    });
-}
-
-void TextFlow::drawCodeGrounds(QPainter& painter, const QPointF& corner, const QRectF& clip,
-                               const Chunk& chunk) const {
-    const QPointF origin = corner - QPointF(indent(chunk), chunk.top);
-    for (std::size_t i = m_content.firstRangeEndingAfter(chunk.start); i < m_content.ranges.size();
-         ++i) {
-        const AttributedString::Range& range = m_content.ranges[i];
-        if (range.start >= chunk.start + chunk.length)
-            break;
-        if (!(range.styles & AttributedString::Code))
-            continue;
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(m_look.codeGround);
-        const qsizetype from = std::max(range.start, chunk.start);
-        const qsizetype to = std::min(range.end(), chunk.start + chunk.length);
-        for (const QRectF& rect : rects(from, to)) {
-            const QRectF ground = rect.translated(origin).adjusted(-1.5, 1, 1.5, -1);
-            if (ground.intersects(clip))
-                painter.drawRoundedRect(ground, 4, 4);
-        }
-        painter.restore();
-    }
 }
 
 qsizetype TextFlow::positionAt(const QPointF& point) const {
@@ -303,22 +239,13 @@ qsizetype TextFlow::positionAt(const QPointF& point) const {
         return m_content.text.size();
     const std::size_t index = chunkAtHeight(point.y());
     const Chunk& chunk = m_chunks[index];
-    if (chunk.length == 0)
-        return chunk.start;
-    const QTextLayout& layout = layoutOf(index);
-    for (int i = 0; i < layout.lineCount(); ++i) {
-        const QTextLine line = layout.lineAt(i);
-        const bool last = i + 1 == layout.lineCount();
-        if (last || point.y() - chunk.top < layout.lineAt(i + 1).y()) {
-            int position = line.xToCursor(point.x() - indent(chunk));
-            // Behind a line that goes on below, the nearest place on this line is before its break.
-            if (!last && position == line.textStart() + line.textLength() &&
-                line.textLength() > 1 && m_content.text[chunk.start + position - 1].isSpace())
-                --position;
-            return chunk.start + position;
-        }
-    }
-    return chunk.start;
+    const QTextLine line = lineAt(index, point.y());
+    const qsizetype position = chunk.start + line.xToCursor(point.x() - indent(chunk));
+    // Behind a line that goes on below, the nearest place on this line is before its break.
+    const qsizetype end = chunk.start + line.textStart() + line.textLength();
+    const bool goesOn = end < chunk.end() || !chunk.last;
+    const bool isBehind = position == end && line.textLength() > 1;
+    return goesOn && isBehind && m_content.text[position - 1].isSpace() ? position - 1 : position;
 }
 
 qsizetype TextFlow::characterAt(const QPointF& point) const {
@@ -326,20 +253,12 @@ qsizetype TextFlow::characterAt(const QPointF& point) const {
         return -1;
     const std::size_t index = chunkAtHeight(point.y());
     const Chunk& chunk = m_chunks[index];
-    if (chunk.length == 0)
-        return -1;
-    const QTextLayout& layout = layoutOf(index);
+    const QTextLine line = lineAt(index, point.y());
     const QPointF inside = point - QPointF(indent(chunk), chunk.top);
-    for (int i = 0; i < layout.lineCount(); ++i) {
-        const QTextLine line = layout.lineAt(i);
-        if (i + 1 < layout.lineCount() && inside.y() >= layout.lineAt(i + 1).y())
-            continue;
-        if (!line.naturalTextRect().adjusted(0, -2, 0, 4).contains(inside))
-            return -1;
-        const int position = line.xToCursor(inside.x(), QTextLine::CursorOnCharacter);
-        return chunk.start + std::min(position, static_cast<int>(chunk.length) - 1);
-    }
-    return -1;
+    if (!line.naturalTextRect().adjusted(0, -2, 0, 4).contains(inside))
+        return -1;
+    const int position = line.xToCursor(inside.x(), QTextLine::CursorOnCharacter);
+    return std::min(chunk.start + position, chunk.end() - 1);
 }
 
 QRectF TextFlow::characterRect(qsizetype position) const {
@@ -347,30 +266,25 @@ QRectF TextFlow::characterRect(qsizetype position) const {
     if (index >= m_chunks.size())
         return {};
     const Chunk& chunk = m_chunks[index];
-    if (position < chunk.start + chunk.length) {
-        const auto covered = rects(position, position + 1);
-        if (!covered.empty())
-            return covered.front();
-    }
-    const qreal height = m_look.lineHeight();
-    if (chunk.length == 0)
-        return {0, chunk.top, 1, height};
-    const QTextLine line = layoutOf(index).lineAt(chunk.lines - 1);
-    return {line.cursorToX(static_cast<int>(chunk.length)) + indent(chunk), chunk.top + line.y(), 1,
-            line.height()};
+    if (position < chunk.end())
+        return rects(position, position + 1).front();
+    // A break, or the text's end: behind the last line.
+    const QTextLayout& layout = layoutOf(index);
+    const QTextLine line = layout.lineAt(layout.lineCount() - 1);
+    return {line.cursorToX(static_cast<int>(chunk.lines.length)) + indent(chunk),
+            chunk.top + line.y(), 1, line.height()};
 }
 
 std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
     std::vector<QRectF> found;
     for (std::size_t i = chunkAt(start); i < m_chunks.size() && m_chunks[i].start < end; ++i) {
         const Chunk& chunk = m_chunks[i];
-        if (chunk.length == 0)
+        const int from = static_cast<int>(std::max(start, chunk.start) - chunk.start);
+        const int to = static_cast<int>(std::min(end, chunk.end()) - chunk.start);
+        if (from >= to)
             continue;
         const QTextLayout& layout = layoutOf(i);
-        const int from = static_cast<int>(std::max(start, chunk.start) - chunk.start);
-        const int to = static_cast<int>(std::min(end, chunk.start + chunk.length) - chunk.start);
-        for (int j = from < to ? layout.lineForTextPosition(from).lineNumber() : chunk.lines;
-             j < chunk.lines; ++j) {
+        for (int j = layout.lineForTextPosition(from).lineNumber(); j < layout.lineCount(); ++j) {
             const QTextLine line = layout.lineAt(j);
             if (line.textStart() >= to)
                 break;
@@ -382,6 +296,56 @@ std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
         }
     }
     return found;
+}
+
+// Drawing
+
+void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip,
+                    TextSpan selection) {
+    const QRectF area = clip.translated(-origin);
+    QTextCharFormat selected;
+    selected.setBackground(m_format.selection);
+    painter.setPen(m_format.text);
+    for (std::size_t i = chunkAtHeight(area.top()); i < m_chunks.size(); ++i) {
+        const Chunk& chunk = m_chunks[i];
+        if (chunk.top > area.bottom())
+            break;
+        drawCodeBackgrounds(painter, origin, clip, chunk);
+        QList<QTextLayout::FormatRange> selections;
+        const qsizetype from = std::max(selection.start, chunk.start);
+        const qsizetype to = std::min(selection.end, chunk.end());
+        if (from < to)
+            selections.append(
+                {static_cast<int>(from - chunk.start), static_cast<int>(to - from), selected});
+        layoutOf(i).draw(&painter, origin + QPointF(indent(chunk), chunk.top), selections, clip);
+    }
+    std::erase_if(m_layouts, [&](const auto& entry) {
+        const Chunk& chunk = m_chunks[entry.first];
+        return chunk.top > area.bottom() + keptMargin || chunk.bottom() < area.top() - keptMargin;
+    });
+}
+
+void TextFlow::drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
+                                   const Chunk& chunk) const {
+    for (std::size_t i = m_content.firstRangeEndingAfter(chunk.start); i < m_content.ranges.size();
+         ++i) {
+        const AttributedString::Range& range = m_content.ranges[i];
+        if (range.start >= chunk.end())
+            break;
+        if (!(range.styles & AttributedString::Code))
+            continue;
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(m_format.codeBackground);
+        const qsizetype from = std::max(range.start, chunk.start);
+        for (const QRectF& rect : rects(from, std::min(range.end(), chunk.end()))) {
+            const QRectF background = rect.translated(origin).adjusted(-1.5, 1, 1.5, -1);
+            if (background.intersects(clip))
+                painter.drawRoundedRect(background, 4, 4);
+        }
+        painter.restore();
+    }
 }
 
 } // namespace platform

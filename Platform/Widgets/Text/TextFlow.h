@@ -3,12 +3,13 @@
 
 #include "Platform/Text/AttributedString.h"
 #include "Platform/Widgets/Text/TextBoundaries.h"
-#include "Platform/Widgets/Text/TextLook.h"
+#include "Platform/Widgets/Text/TextFormat.h"
 
 #include <QPointF>
 #include <QRectF>
 #include <QTextLayout>
 
+#include <limits>
 #include <map>
 #include <memory>
 #include <vector>
@@ -19,7 +20,7 @@ namespace platform {
 
 /// Styled text laid out in lines of a given width, made for text that grows at its end.
 ///
-/// The text is held in chunks: a paragraph each, and a paragraph beyond `longParagraph` in several,
+/// The text is held in chunks: a paragraph each, and a paragraph beyond the chunk size in several,
 /// cut where a line begins. A change lays out the chunks from the one before it on, so its cost
 /// follows what changed and not the length of the text or of its last paragraph. Only chunks near
 /// what was drawn last keep their glyphs; of the others only the height is kept.
@@ -28,14 +29,15 @@ namespace platform {
 /// UTF-16 units. Main thread only.
 class TextFlow {
 public:
-    /// In UTF-16 units; also how much text one layout looks at.
-    static constexpr qsizetype longParagraph = 3000;
+    /// `chunkSize`: how many UTF-16 units one layout looks at.
+    explicit TextFlow(qsizetype chunkSize = 3000)
+        : m_chunkSize(chunkSize) {}
 
     const AttributedString& content() const { return m_content; }
-    const TextLook& look() const { return m_look; }
+    const TextFormat& format() const { return m_format; }
 
     /// Fonts and colours; lays everything out again only where a font differs.
-    void setLook(const TextLook& look);
+    void setFormat(const TextFormat& format);
 
     /// Replaces everything from `from` on. Returns the height from which on the text looks
     /// different, or none (-1) when it does not.
@@ -66,51 +68,58 @@ public:
     /// The rectangles, one a line, that a range of characters covers.
     std::vector<QRectF> rects(qsizetype start, qsizetype end) const;
 
-    /// How many chunks keep their glyphs now.
-    std::size_t liveChunks() const { return m_layouts.size(); }
-    /// How many chunks have been laid out since the flow was made: what a change has cost.
-    std::size_t laidOut() const { return m_laidOut; }
-
 private:
+    static constexpr int noLimit = std::numeric_limits<int>::max();
+
+    struct Paragraph {
+        qsizetype end = 0;  // before its break
+        qsizetype next = 0; // behind it; the same for the text's last paragraph
+        bool rightToLeft = false;
+    };
+    struct Lines {
+        int count = 0;
+        qsizetype length = 0; // in characters
+        qreal height = 0;
+        qreal width = 0; // of the widest
+    };
     struct Chunk {
         qsizetype start = 0;
-        qsizetype length = 0; // without the break that ends the paragraph
-        qsizetype seen = 0;   // the chunk holds as long as no character before this one changes
-        bool first = true;    // of its paragraph
-        bool last = true;     // of its paragraph
+        // The text that its lines were made from. In a long paragraph it reaches beyond them, for
+        // where a line ends can depend on what follows it.
+        qsizetype shaped = 0;
+        qsizetype seen = 0; // the chunk holds as long as no character before this one changes
+        bool first = true;  // of its paragraph
+        bool last = true;   // of its paragraph
         bool rightToLeft = false;
-        int lines = 1;
+        Lines lines = {}; // all that is drawn and asked for, and no line more
         qreal top = 0;
-        qreal height = 0;
-        qreal width = 0;  // of its widest line
-        qreal widest = 0; // of the widest line up to and with this chunk
+        qreal widest = 0; // of the lines up to and with this chunk
+
+        qsizetype end() const { return start + lines.length; }
+        qreal bottom() const { return top + lines.height; }
     };
 
+    Paragraph paragraphAt(qsizetype start) const;
     void layOutFrom(std::size_t chunk);
+    void layOut(qsizetype start, const Paragraph& paragraph, bool first);
     void append(Chunk chunk);
-    std::unique_ptr<QTextLayout> shape(qsizetype start, qsizetype length, bool rightToLeft) const;
-    Chunk layOut(qsizetype start, bool first, bool rightToLeft, qsizetype paragraphEnd,
-                 qsizetype next);
-    struct Lines {
-        qreal height = 0;
-        qreal lastTop = 0; // of the last line
-        qreal widest = 0;
-    };
-    Lines breakLines(QTextLayout& layout) const;
+    std::unique_ptr<QTextLayout> shape(const Chunk& chunk) const;
+    Lines breakLines(QTextLayout& layout, bool textGoesOn, int maximum = noLimit) const;
     QTextLayout& layoutOf(std::size_t chunk) const;
+    QTextLine lineAt(std::size_t chunk, qreal y) const;
     std::size_t chunkAt(qsizetype position) const;
     std::size_t chunkAtHeight(qreal y) const;
     qreal indent(const Chunk& chunk) const;
-    void drawCodeGrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
-                         const Chunk& chunk) const;
+    void drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
+                             const Chunk& chunk) const;
 
+    const qsizetype m_chunkSize;
     AttributedString m_content;
-    TextLook m_look;
+    TextFormat m_format;
     qreal m_width = 600; // until it is known
     qreal m_frameWidth = 600;
     std::vector<Chunk> m_chunks;
     mutable std::map<std::size_t, std::unique_ptr<QTextLayout>> m_layouts;
-    mutable std::size_t m_laidOut = 0;
 };
 
 } // namespace platform

@@ -34,10 +34,10 @@ QFont codeFont(const Theme& theme) {
 
 } // namespace
 
-TextView::TextView(const Theme& theme, Ground ground, QWidget* parent)
+TextView::TextView(const Theme& theme, Background background, QWidget* parent)
     : QWidget(parent)
     , m_theme(theme)
-    , m_ground(ground) {
+    , m_background(background) {
     QAccessible::installFactory(makeTextViewAccessible); // once, however often it is called
     setFocusPolicy(Qt::ClickFocus);
     setMouseTracking(true);
@@ -52,16 +52,16 @@ TextView::TextView(const Theme& theme, Ground ground, QWidget* parent)
 TextView::~TextView() = default;
 
 void TextView::applyTheme() {
-    const bool accent = m_ground == Ground::Accent;
-    TextLook look;
-    look.font = m_theme.font(TextStyle::Body);
-    look.codeFont = codeFont(m_theme);
-    look.text = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Label);
-    look.link = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Link);
-    look.codeGround = m_theme.color(ColorRole::Field);
-    look.selection = m_theme.color(accent ? ColorRole::SelectionOnAccent : ColorRole::Selection);
-    look.focusRing = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::FocusRing);
-    m_flow.setLook(look);
+    const bool accent = m_background == Background::Accent;
+    TextFormat format;
+    format.font = m_theme.font(TextStyle::Body);
+    format.codeFont = codeFont(m_theme);
+    format.text = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Label);
+    format.link = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Link);
+    format.codeBackground = m_theme.color(ColorRole::Field);
+    format.selection = m_theme.color(accent ? ColorRole::SelectionOnAccent : ColorRole::Selection);
+    format.focusRing = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::FocusRing);
+    m_flow.setFormat(format);
     updateGeometry();
     update();
 }
@@ -141,7 +141,7 @@ QSize TextView::sizeHint() const {
 }
 
 QSize TextView::minimumSizeHint() const {
-    return {1, static_cast<int>(m_flow.look().lineHeight())};
+    return {1, static_cast<int>(m_flow.format().lineHeight())};
 }
 
 void TextView::resizeEvent(QResizeEvent*) {
@@ -154,7 +154,7 @@ void TextView::paintEvent(QPaintEvent* event) {
     m_flow.draw(painter, {0, 0}, event->rect(), selection());
     if (hasFocus() && !m_focusedLink.isEmpty()) {
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(m_flow.look().focusRing, 2));
+        painter.setPen(QPen(m_flow.format().focusRing, 2));
         for (const QRectF& rect : m_flow.rects(m_focusedLink.start, m_focusedLink.end))
             painter.drawRoundedRect(rect.adjusted(-1, 0, 1, 0), 3, 3);
     }

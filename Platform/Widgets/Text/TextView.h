@@ -23,18 +23,18 @@ namespace platform {
 /// keeps the user's selection. Drag, double click (word), triple click (paragraph) and Shift-click
 /// select; Ctrl-A and Ctrl-C work while it has the focus; other keys are left to its parents. Links
 /// to the web and to mail addresses look and act as links; with the keyboard, Tab goes from link to
-/// link and Return opens one. It has no margins and paints no ground.
+/// link and Return opens one. It has no margins and paints no background.
 class TextView : public QWidget {
     Q_OBJECT
 
 public:
     /// What the text stands on decides its colours.
-    enum class Ground {
+    enum class Background {
         Window, ///< or a light fill over it
         Accent, ///< the accent's fill
     };
 
-    TextView(const Theme& theme, Ground ground, QWidget* parent = nullptr);
+    TextView(const Theme& theme, Background background, QWidget* parent = nullptr);
     ~TextView() override;
 
     /// Shows a text as it is.
@@ -104,7 +104,7 @@ private:
     void setFocusedLink(TextSpan link);
 
     const Theme& m_theme;
-    const Ground m_ground;
+    const Background m_background;
     mutable TextFlow m_flow; // its width is a cache of the last question about heights
 
     TextSnapshot m_source;

@@ -81,7 +81,7 @@ public:
         , m_theme(theme)
         , m_text(std::move(text)) {}
     QWidget* make(qsizetype, QWidget* parent) override {
-        auto* view = new TextView(m_theme, TextView::Ground::Window, parent);
+        auto* view = new TextView(m_theme, TextView::Background::Window, parent);
         view->setMarkdown(TextSnapshot(m_text));
         return view;
     }

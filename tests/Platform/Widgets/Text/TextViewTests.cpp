@@ -22,7 +22,7 @@ namespace {
 struct Fixture {
     Theme theme;
     QWidget window;
-    TextView view{theme, TextView::Ground::Window, &window};
+    TextView view{theme, TextView::Background::Window, &window};
     QLineEdit field{&window};
 
     explicit Fixture(int width = 400) {
@@ -290,7 +290,7 @@ void TextViewTests::otherKeysGoToTheParent() {
     };
     Theme theme;
     Parent parent;
-    TextView view(theme, TextView::Ground::Window, &parent);
+    TextView view(theme, TextView::Background::Window, &parent);
     view.setPlainText(TextSnapshot(u"text"));
     QTest::keyClicks(&view, u"hi"_s);
     QTest::keyClick(&view, Qt::Key_Return);
@@ -463,10 +463,10 @@ void TextViewTests::aTextWithoutChangeIsNotPaintedAgain() {
 void TextViewTests::theThemeIsFollowed() {
     Fixture f;
     f.view.setPlainText(TextSnapshot(u"some words"));
-    const QColor light = f.view.flow().look().text;
+    const QColor light = f.view.flow().format().text;
     const qreal height = f.view.flow().height();
     f.theme.setDark(true);
-    QTRY_VERIFY(f.view.flow().look().text != light);
+    QTRY_VERIFY(f.view.flow().format().text != light);
     QFont large = f.theme.font(TextStyle::Body);
     if (large.pixelSize() > 0)
         large.setPixelSize(large.pixelSize() * 2);

@@ -10,14 +10,14 @@
 
 namespace platform {
 
-/// How styled text is drawn: the fonts and colours of one text view.
-struct TextLook {
+/// How styled text is drawn: its fonts and colours. Equal fonts make equal lines.
+struct TextFormat {
     QFont font;
-    QFont codeFont;
+    QFont codeFont; ///< of code spans
     QColor text;
     QColor link;
-    QColor codeGround;
-    QColor selection;
+    QColor codeBackground;
+    QColor selection; ///< behind selected characters
     QColor focusRing;
 
     /// The formats of the part of `content` that begins at `start`, for a QTextLayout of that part.

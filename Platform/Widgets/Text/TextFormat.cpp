@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Text/TextLook.h"
+#include "Platform/Widgets/Text/TextFormat.h"
 
 #include "Platform/Widgets/Text/TextLinks.h"
 
@@ -10,8 +10,8 @@
 
 namespace platform {
 
-QList<QTextLayout::FormatRange> TextLook::formats(const AttributedString& content, qsizetype start,
-                                                  qsizetype length) const {
+QList<QTextLayout::FormatRange> TextFormat::formats(const AttributedString& content,
+                                                    qsizetype start, qsizetype length) const {
     QList<QTextLayout::FormatRange> formats;
     const qsizetype end = start + length;
     for (std::size_t i = content.firstRangeEndingAfter(start); i < content.ranges.size(); ++i) {
@@ -38,7 +38,7 @@ QList<QTextLayout::FormatRange> TextLook::formats(const AttributedString& conten
     return formats;
 }
 
-qreal TextLook::lineHeight() const {
+qreal TextFormat::lineHeight() const {
     return std::ceil(QFontMetricsF(font).lineSpacing());
 }
 
