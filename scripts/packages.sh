@@ -20,6 +20,7 @@ build     ninja-build              runs the build
 build     qt6-base-dev             windows, text, D-Bus: Qt Core, Gui, Widgets, DBus and Test
 build     boost                    HTTP over TCP and Unix sockets: Asio and Beast, headers only
 build     libmd4c-dev              reads the Markdown of replies
+build     libmd4c-html0-dev        knows the characters that HTML has names for
 build     libsqlite3-dev           keeps the conversation
 build     libfontconfig-dev        reads the font configuration ahead of the first text
 build     nlohmann-json3-dev       reads and writes JSON

@@ -2,15 +2,12 @@
 #include "Platform/Text/InlineMarkdown.h"
 
 #include "Platform/Text/InlineMarkdownBlock.h"
+#include "Platform/Text/InlineMarkdownLine.h"
 
 #include <algorithm>
 
 namespace platform {
 namespace {
-
-bool isBreak(QChar character) {
-    return character == u'\n' || character == u'\r';
-}
 
 bool isBlank(QChar character) {
     return character == u' ' || character == u'\t';
@@ -25,7 +22,7 @@ struct Line {
 Line lineAt(QStringView source, qsizetype start) {
     Line line;
     qsizetype at = start;
-    while (at < source.size() && !isBreak(source[at])) {
+    while (at < source.size() && !isMarkdownBreak(source[at])) {
         line.blank = line.blank && isBlank(source[at]);
         ++at;
     }
@@ -41,7 +38,7 @@ qsizetype cut(QStringView source, qsizetype start) {
     const qsizetype limit = start + InlineMarkdown::maximumBlockLength;
     for (qsizetype at = limit; at > start; --at) {
         const bool insidePair = source[at - 1] == u'\r' && source[at] == u'\n';
-        if (isBreak(source[at - 1]) && !insidePair)
+        if (isMarkdownBreak(source[at - 1]) && !insidePair)
             return at;
     }
     for (qsizetype at = limit; at > start + InlineMarkdown::maximumBlockLength / 2; --at)

@@ -1,19 +1,34 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Text/InlineMarkdownBlock.h"
 
-#include "Platform/Text/CharacterReference.h"
 #include "Platform/Text/InlineMarkdownLine.h"
 
+#include <md4c-html.h>
 #include <md4c.h>
 
 #include <algorithm>
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace platform {
 namespace {
 
-bool isBreak(QChar character) {
-    return character == u'\n' || character == u'\r';
+/// The characters that a reference ("&amp;", "&#233;") stands for; itself when its name is unknown.
+QString referencedCharacters(QByteArrayView reference) {
+    // The library that knows the names writes a paragraph, and escapes what HTML must not hold.
+    QByteArray html;
+    const auto append = [](const MD_CHAR* text, MD_SIZE size, void* all) {
+        static_cast<QByteArray*>(all)->append(text, static_cast<qsizetype>(size));
+    };
+    md_html(reference.data(), static_cast<MD_SIZE>(reference.size()), append, &html, 0, 0);
+    constexpr QByteArrayView before = "<p>";
+    constexpr QByteArrayView behind = "</p>\n";
+    QString text =
+        QString::fromUtf8(html.mid(before.size(), html.size() - before.size() - behind.size()));
+    text.replace("&lt;"_L1, "<"_L1).replace("&gt;"_L1, ">"_L1);
+    text.replace("&quot;"_L1, "\""_L1).replace("&amp;"_L1, "&"_L1);
+    return text.contains(QChar::ReplacementCharacter) ? QString(QChar::ReplacementCharacter) : text;
 }
 
 QString attributeText(const MD_ATTRIBUTE& attribute) {
@@ -23,10 +38,8 @@ QString attributeText(const MD_ATTRIBUTE& attribute) {
         const MD_OFFSET start = attribute.substr_offsets[i];
         const QByteArrayView part(attribute.text + start,
                                   static_cast<qsizetype>(attribute.substr_offsets[i + 1] - start));
-        if (attribute.substr_types[i] == MD_TEXT_ENTITY)
-            text += referencedCharacters(part).value_or(QString::fromUtf8(part));
-        else
-            text += QString::fromUtf8(part);
+        text += attribute.substr_types[i] == MD_TEXT_ENTITY ? referencedCharacters(part)
+                                                            : QString::fromUtf8(part);
     }
     return text;
 }
@@ -46,7 +59,7 @@ public:
 
 private:
     void show(MD_TEXTTYPE type, qsizetype start, qsizetype end);
-    bool isHardBreakMark(qsizetype place) const;
+    bool isHardBreakMark(qsizetype position) const;
     void append(QStringView piece);
 
     QStringView m_block;
@@ -101,10 +114,8 @@ void BlockReader::leave(MD_SPANTYPE type) {
 
 void BlockReader::text(MD_TEXTTYPE type, QByteArrayView piece) {
     if (type == MD_TEXT_ENTITY) {
-        if (const auto characters = referencedCharacters(piece)) {
-            append(*characters);
-            return;
-        }
+        append(referencedCharacters(piece));
+        return;
     }
     const std::less<const char*> before;
     const char* const base = m_line.bytes.constData();
@@ -119,24 +130,25 @@ void BlockReader::text(MD_TEXTTYPE type, QByteArrayView piece) {
         if (base[end] == ' ' && base[end + 1] == '`')
             ++end;
     }
-    // The bytes before the block are none of it; those behind it have its end as their place.
+    // The bytes before the block are none of it; those behind it have its end as their position.
     start = std::max(start, InlineMarkdownLine::margin);
     if (start < end)
-        show(type, m_line.places[static_cast<std::size_t>(start)],
-             m_line.places[static_cast<std::size_t>(end)]);
+        show(type, m_line.positions[static_cast<std::size_t>(start)],
+             m_line.positions[static_cast<std::size_t>(end)]);
 }
 
 /// A backslash that is not itself escaped, and a line break with more of the block behind it.
-bool BlockReader::isHardBreakMark(qsizetype place) const {
-    if (place + 1 >= m_block.size() || m_block[place] != u'\\' || !isBreak(m_block[place + 1]))
+bool BlockReader::isHardBreakMark(qsizetype position) const {
+    if (position + 1 >= m_block.size() || m_block[position] != u'\\' ||
+        !isMarkdownBreak(m_block[position + 1]))
         return false;
-    const qsizetype breakLength = m_block.mid(place + 1).startsWith(u"\r\n") ? 2 : 1;
-    if (place + 1 + breakLength >= m_block.size())
+    const qsizetype breakLength = m_block.mid(position + 1).startsWith(u"\r\n") ? 2 : 1;
+    if (position + 1 + breakLength >= m_block.size())
         return false;
-    qsizetype first = place;
+    qsizetype first = position;
     while (first > 0 && m_block[first - 1] == u'\\')
         --first;
-    return (place - first) % 2 == 0;
+    return (position - first) % 2 == 0;
 }
 
 void BlockReader::show(MD_TEXTTYPE type, qsizetype start, qsizetype end) {

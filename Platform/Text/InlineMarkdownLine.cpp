@@ -1,64 +1,43 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Text/InlineMarkdownLine.h"
 
+#include <QString>
+
 namespace platform {
 namespace {
 
 constexpr char standInForBreak = '\f';
 constexpr char standInForLiteral = '.'; // some punctuation that marks nothing
 
-bool isBreak(QChar character) {
-    return character == u'\n' || character == u'\r';
-}
-
 } // namespace
 
-void InlineMarkdownLine::put(char byte, qsizetype place) {
-    bytes.append(byte);
-    places.push_back(place);
-}
-
-InlineMarkdownLine::InlineMarkdownLine(QStringView block) {
-    bytes.reserve(block.size() + block.size() / 2 + 4);
-    places.reserve(static_cast<std::size_t>(block.size() + block.size() / 2 + 5));
-    put('x', 0);
-    put(' ', 0);
-    for (qsizetype i = 0; i < block.size(); ++i) {
-        const QChar unit = block[i];
-        if (isBreak(unit)) {
-            put(standInForBreak, i);
-        } else if (unit.isHighSurrogate() && i + 1 < block.size() &&
-                   block[i + 1].isLowSurrogate()) {
-            put(QChar::surrogateToUcs4(unit, block[i + 1]), i);
+InlineMarkdownLine::InlineMarkdownLine(QStringView block)
+    : positions(margin, 0) {
+    QString text = block.toString();
+    for (qsizetype i = 0; i < text.size(); ++i)
+        if (isMarkdownBreak(text[i]))
+            text[i] = QLatin1Char(standInForBreak);
+        else if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
             ++i;
-        } else {
-            put(unit.isSurrogate() || unit.isNull() ? U'\ufffd' : char32_t(unit.unicode()), i);
+        else if (text[i].isSurrogate() || text[i].isNull())
+            text[i] = QChar::ReplacementCharacter;
+    bytes = text.toUtf8();
+    positions.reserve(static_cast<std::size_t>(bytes.size() + 2 * margin + 1));
+    qsizetype position = 0;
+    qsizetype next = 0;
+    for (const char byte : std::as_const(bytes)) {
+        const auto value = static_cast<unsigned char>(byte);
+        const bool startsCharacter = (value & 0xc0) != 0x80;
+        if (startsCharacter) {
+            position = next;
+            next += value >= 0xf0 ? 2 : 1; // a surrogate pair
         }
+        positions.push_back(position);
     }
-    put(' ', block.size());
-    put('x', block.size());
-    places.push_back(block.size());
+    bytes = "x " + bytes + " x";
+    positions.insert(positions.end(), margin + 1, block.size());
     hideSingleTildes();
     hideBrokenTargets();
-}
-
-void InlineMarkdownLine::put(char32_t character, qsizetype place) {
-    const auto byte = [&](char32_t value) { put(static_cast<char>(value), place); };
-    if (character < 0x80) {
-        byte(character);
-    } else if (character < 0x800) {
-        byte(0xc0 | (character >> 6));
-        byte(0x80 | (character & 0x3f));
-    } else if (character < 0x10000) {
-        byte(0xe0 | (character >> 12));
-        byte(0x80 | ((character >> 6) & 0x3f));
-        byte(0x80 | (character & 0x3f));
-    } else {
-        byte(0xf0 | (character >> 18));
-        byte(0x80 | ((character >> 12) & 0x3f));
-        byte(0x80 | ((character >> 6) & 0x3f));
-        byte(0x80 | (character & 0x3f));
-    }
 }
 
 /// The parser also strikes out between single tildes, but "5~10 or 20~30" means ranges. Tildes in

@@ -8,6 +8,11 @@
 
 namespace platform {
 
+/// Whether a character ends a line of Markdown.
+inline bool isMarkdownBreak(QChar character) {
+    return character == u'\n' || character == u'\r';
+}
+
 /// A block of text as one single line for a parser of whole documents, so that it reads the inline
 /// markup and nothing else.
 ///
@@ -21,13 +26,11 @@ struct InlineMarkdownLine {
 
     QByteArray bytes; ///< UTF-8
     std::vector<qsizetype>
-        places; ///< for each byte the place of its character; one more at the end
+        positions; ///< of each byte's character in the block; one more at the end
 
     explicit InlineMarkdownLine(QStringView block);
 
 private:
-    void put(char byte, qsizetype place);
-    void put(char32_t character, qsizetype place);
     void hideSingleTildes();
     void hideBrokenTargets();
 };

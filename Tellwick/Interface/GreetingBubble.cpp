@@ -19,7 +19,8 @@ GreetingBubble::GreetingBubble(const Theme& theme, const QString& text, QWidget*
     label->setWrapping(true);
     label->setAlignment(Qt::AlignHCenter);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(12, 8, 12, 8);
+    layout->setContentsMargins(Theme::bubblePaddingX, Theme::bubblePaddingY, Theme::bubblePaddingX,
+                               Theme::bubblePaddingY);
     layout->addWidget(label);
 }
 

@@ -48,10 +48,9 @@ MessageBubble::MessageBubble(const Environment& environment, ChatMessage message
     : QWidget(parent)
     , m_environment(environment)
     , m_message(std::move(message))
-    , m_text(new TextView(environment.theme,
-                          isFromUser() ? TextView::Background::Accent : TextView::Background::Window,
-                          this)) {
-    AccessibleElement::install();
+    , m_text(new TextView(
+          environment.theme,
+          isFromUser() ? TextView::Background::Accent : TextView::Background::Window, this)) {
     m_text->onContextMenu([this](QPoint position) { openContextMenu(position); });
     m_text->onLinkActivated([this](const QUrl& url) { m_environment.urlOpener.open(url); });
     messageContent();
@@ -96,9 +95,10 @@ void MessageBubble::openContextMenu(QPoint globalPosition) {
 QString MessageBubble::spokenText(const ChatMessage& message) {
     const QString speaker =
         tellwick::isFromUser(message) ? u"You: "_s : AppConfig::appName() + ": "_L1;
-    return speaker + (isMarkdown(message)
-                          ? platform::InlineMarkdown::parse(message.content.view()).text
-                          : message.content.toString());
+    return platform::speakable(speaker +
+                               (isMarkdown(message)
+                                    ? platform::InlineMarkdown::parse(message.content.view()).text
+                                    : message.content.toString()));
 }
 
 QSize MessageBubble::textSize(int width) const {

@@ -23,7 +23,7 @@ public:
         // noise.
         if (kind == QAccessible::Description && text == this->text(QAccessible::Name))
             text.clear();
-        return text;
+        return speakable(text);
     }
 
     QAccessible::Role role() const override { return element().accessibleRole(); }
@@ -59,6 +59,10 @@ QAccessibleInterface* elementInterface(const QString&, QObject* object) {
 }
 
 } // namespace
+
+QString speakable(QString text) {
+    return text.replace(QChar(0), QChar(QChar::ReplacementCharacter));
+}
 
 void AccessibleElement::install() {
     QAccessible::installFactory(elementInterface);

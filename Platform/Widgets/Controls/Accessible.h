@@ -9,6 +9,10 @@ class QWidget;
 
 namespace platform {
 
+/// A text as assistive technology can be told it: its bus ends a text at a NUL, so U+FFFD stands
+/// for that. As long as the text. Any thread.
+QString speakable(QString text);
+
 /// What a custom-painted widget tells assistive technology. A widget class derives from QWidget and
 /// from this; its interface then is made of these answers.
 ///

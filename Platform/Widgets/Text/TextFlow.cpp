@@ -2,7 +2,6 @@
 #include "Platform/Widgets/Text/TextFlow.h"
 
 #include <QPainter>
-#include <QTextOption>
 
 #include <algorithm>
 #include <cmath>
@@ -13,14 +12,6 @@ namespace {
 constexpr qsizetype toTheEnd = std::numeric_limits<qsizetype>::max();
 constexpr std::size_t keptLayouts = 64;
 constexpr qreal keptMargin = 4000; // pixels above and below what is drawn
-
-/// Characters that would be drawn as boxes or end a line inside a paragraph.
-QString displayed(QString text) {
-    const auto isControl = [](QChar c) { return c < u' ' && c != u'\t'; };
-    if (std::any_of(text.cbegin(), text.cend(), isControl))
-        std::replace_if(text.begin(), text.end(), isControl, QChar(u' '));
-    return text;
-}
 
 } // namespace
 
@@ -112,7 +103,7 @@ void TextFlow::layOut(qsizetype start, const Paragraph& paragraph, bool first) {
         chunk.shaped = std::min(window, paragraph.end - start);
         chunk.last = start + chunk.shaped == paragraph.end;
         std::unique_ptr<QTextLayout> layout = shape(chunk);
-        chunk.lines = breakLines(*layout, !chunk.last);
+        chunk.lines = TextLines::make(*layout, m_format, lineWidth(), !chunk.last, noLimit);
         if (!chunk.last && chunk.lines.length == chunk.shaped) {
             window *= 2; // one line: a very wide view, or characters without width
             continue;
@@ -143,54 +134,14 @@ void TextFlow::append(Chunk chunk) {
 }
 
 std::unique_ptr<QTextLayout> TextFlow::shape(const Chunk& chunk) const {
-    auto layout = std::make_unique<QTextLayout>(
-        displayed(m_content.text.mid(chunk.start, chunk.shaped)), m_format.font);
-    QTextOption option(chunk.rightToLeft ? Qt::AlignRight : Qt::AlignLeft);
-    option.setTextDirection(chunk.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTabStopDistance(QFontMetricsF(m_format.font).horizontalAdvance(u' ') * 8);
-    layout->setTextOption(option);
-    layout->setFormats(m_format.formats(m_content, chunk.start, chunk.shaped));
-    layout->setCacheEnabled(true);
-    return layout;
-}
-
-/// Lays a layout out in lines. Where the text goes on behind it, the last of several lines may not
-/// be complete and does not count.
-///
-/// A line in which another font is a little taller, for code or an emoji, stands on the same grid
-/// as all others.
-TextFlow::Lines TextFlow::breakLines(QTextLayout& layout, bool textGoesOn, int maximum) const {
-    const qreal usual = m_format.lineHeight();
-    const qreal ascent = std::ceil(QFontMetricsF(m_format.font).ascent());
-    Lines lines;
-    layout.beginLayout();
-    while (lines.count < maximum) {
-        QTextLine line = layout.createLine();
-        if (!line.isValid())
-            break;
-        line.setLeadingIncluded(true);
-        line.setLineWidth(std::max<qreal>(m_width, 1));
-        const qsizetype end = line.textStart() + line.textLength();
-        if (textGoesOn && lines.count > 0 && end == layout.text().size())
-            break;
-        const bool onGrid = line.height() <= usual * 1.3;
-        const qreal shift = onGrid ? ascent - std::ceil(line.ascent()) : 0;
-        line.setPosition({0, lines.height + shift});
-        ++lines.count;
-        lines.length = end;
-        lines.height += onGrid ? usual : std::ceil(line.height());
-        lines.width = std::max(lines.width, line.naturalTextWidth());
-    }
-    layout.endLayout();
-    return lines;
+    return m_format.layout(m_content, chunk.start, chunk.shaped, chunk.rightToLeft);
 }
 
 QTextLayout& TextFlow::layoutOf(std::size_t index) const {
     std::unique_ptr<QTextLayout>& layout = m_layouts[index];
     if (!layout) {
         layout = shape(m_chunks[index]);
-        breakLines(*layout, false, m_chunks[index].lines.count);
+        TextLines::make(*layout, m_format, lineWidth(), false, m_chunks[index].lines.count);
     }
     return *layout;
 }
@@ -205,16 +156,20 @@ qreal TextFlow::usedWidth() const {
     return m_chunks.empty() ? 0 : m_chunks.back().widest;
 }
 
-std::size_t TextFlow::chunkAt(qsizetype position) const {
+/// The last chunk of those that stand at a place or before it, or the first one.
+template <class Value>
+std::size_t TextFlow::lastChunkFrom(Value Chunk::*place, Value value) const {
     const auto behind = std::partition_point(m_chunks.begin(), m_chunks.end(),
-                                             [&](const Chunk& c) { return c.start <= position; });
+                                             [&](const Chunk& c) { return c.*place <= value; });
     return behind == m_chunks.begin() ? 0 : static_cast<std::size_t>(behind - m_chunks.begin() - 1);
 }
 
+std::size_t TextFlow::chunkAt(qsizetype position) const {
+    return lastChunkFrom(&Chunk::start, position);
+}
+
 std::size_t TextFlow::chunkAtHeight(qreal y) const {
-    const auto behind = std::partition_point(m_chunks.begin(), m_chunks.end(),
-                                             [&](const Chunk& c) { return c.top <= y; });
-    return behind == m_chunks.begin() ? 0 : static_cast<std::size_t>(behind - m_chunks.begin() - 1);
+    return lastChunkFrom(&Chunk::top, y);
 }
 
 /// The line of a chunk at a height of the text.
@@ -229,7 +184,7 @@ QTextLine TextFlow::lineAt(std::size_t index, qreal y) const {
 /// How far right of its layout a chunk is drawn: a layout sets text from the right against the
 /// width that lines break at, the frame is often only as wide as its widest line.
 qreal TextFlow::indent(const Chunk& chunk) const {
-    return chunk.rightToLeft ? m_frameWidth - std::max<qreal>(m_width, 1) : 0;
+    return chunk.rightToLeft ? m_frameWidth - lineWidth() : 0;
 }
 
 qsizetype TextFlow::positionAt(const QPointF& point) const {

@@ -2,13 +2,14 @@
 #pragma once
 
 #include "Platform/Text/AttributedString.h"
-#include "Platform/Widgets/Text/TextBoundaries.h"
 #include "Platform/Widgets/Text/TextFormat.h"
+#include "Platform/Widgets/Text/TextSpan.h"
 
 #include <QPointF>
 #include <QRectF>
 #include <QTextLayout>
 
+#include <algorithm>
 #include <limits>
 #include <map>
 #include <memory>
@@ -76,12 +77,6 @@ private:
         qsizetype next = 0; // behind it; the same for the text's last paragraph
         bool rightToLeft = false;
     };
-    struct Lines {
-        int count = 0;
-        qsizetype length = 0; // in characters
-        qreal height = 0;
-        qreal width = 0; // of the widest
-    };
     struct Chunk {
         qsizetype start = 0;
         // The text that its lines were made from. In a long paragraph it reaches beyond them, for
@@ -91,7 +86,7 @@ private:
         bool first = true;  // of its paragraph
         bool last = true;   // of its paragraph
         bool rightToLeft = false;
-        Lines lines = {}; // all that is drawn and asked for, and no line more
+        TextLines lines = {}; // all that is drawn and asked for, and no line more
         qreal top = 0;
         qreal widest = 0; // of the lines up to and with this chunk
 
@@ -104,12 +99,14 @@ private:
     void layOut(qsizetype start, const Paragraph& paragraph, bool first);
     void append(Chunk chunk);
     std::unique_ptr<QTextLayout> shape(const Chunk& chunk) const;
-    Lines breakLines(QTextLayout& layout, bool textGoesOn, int maximum = noLimit) const;
     QTextLayout& layoutOf(std::size_t chunk) const;
     QTextLine lineAt(std::size_t chunk, qreal y) const;
+    template <class Value>
+    std::size_t lastChunkFrom(Value Chunk::*place, Value value) const;
     std::size_t chunkAt(qsizetype position) const;
     std::size_t chunkAtHeight(qreal y) const;
     qreal indent(const Chunk& chunk) const;
+    qreal lineWidth() const { return std::max<qreal>(m_width, 1); }
     void drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
                              const Chunk& chunk) const;
 

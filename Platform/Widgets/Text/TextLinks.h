@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Text/AttributedString.h"
-#include "Platform/Widgets/Text/TextBoundaries.h"
+#include "Platform/Widgets/Text/TextSpan.h"
 
 #include <QUrl>
 

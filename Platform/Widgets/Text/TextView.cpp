@@ -49,8 +49,6 @@ TextView::TextView(const Theme& theme, Background background, QWidget* parent)
     observe(this, [this] { applyTheme(); });
 }
 
-TextView::~TextView() = default;
-
 void TextView::applyTheme() {
     const bool accent = m_background == Background::Accent;
     TextFormat format;
@@ -97,8 +95,9 @@ void TextView::replaceTail(qsizetype from, const AttributedString& tail) {
         return;
     noteLinks(from, tail);
     const qsizetype size = content().text.size();
-    for (TextSpan* span : {&m_anchor, &m_reached, &m_focusedLink, &m_pressedLink})
-        *span = {std::min(span->start, size), std::min(span->end, size)};
+    m_selection.limit(size);
+    for (TextSpan* link : {&m_focusedLink, &m_pressedLink})
+        *link = {std::min(link->start, size), std::min(link->end, size)};
     if (height != m_flow.height() || width != m_flow.usedWidth())
         updateGeometry();
     update(0, static_cast<int>(changed), this->width(), this->height());
@@ -162,24 +161,14 @@ void TextView::paintEvent(QPaintEvent* event) {
 
 // Selection
 
-TextSpan TextView::selection() const {
-    return {std::min(m_anchor.start, m_reached.start), std::max(m_anchor.end, m_reached.end)};
-}
-
 QString TextView::selectedText() const {
     return content().text.mid(selection().start, selection().length());
 }
 
 void TextView::select(TextSpan span) {
     const qsizetype size = content().text.size();
-    const TextSpan before = selection();
-    m_anchor = m_reached = {std::clamp<qsizetype>(span.start, 0, size),
-                            std::clamp<qsizetype>(span.end, 0, size)};
-    m_unit = TextUnit::Character;
-    if (selection() != before) {
-        updateSpan(before);
-        updateSpan(selection());
-    }
+    setSelection(TextSelection(
+        {std::clamp<qsizetype>(span.start, 0, size), std::clamp<qsizetype>(span.end, 0, size)}));
 }
 
 void TextView::selectAll() {
@@ -191,19 +180,24 @@ void TextView::copySelection() const {
         QGuiApplication::clipboard()->setText(selectedText());
 }
 
-void TextView::startSelection(qsizetype position, TextUnit unit) {
-    select(unitAt(content().text, position, unit));
-    m_unit = unit;
+void TextView::extendSelection(qsizetype position) {
+    TextSelection longer = m_selection;
+    longer.extend(content().text, position);
+    setSelection(longer);
 }
 
-void TextView::extendSelection(qsizetype position) {
-    const TextSpan before = selection();
-    m_reached = unitAt(content().text, position, m_unit);
-    const TextSpan now = selection();
-    if (now == before)
-        return;
-    updateSpan({std::min(before.start, now.start), std::max(before.start, now.start)});
-    updateSpan({std::min(before.end, now.end), std::max(before.end, now.end)});
+/// Repaints what is selected in one of the two selections only.
+void TextView::setSelection(const TextSelection& selection) {
+    const TextSpan before = m_selection.span();
+    const TextSpan now = selection.span();
+    m_selection = selection;
+    if (before.end <= now.start || now.end <= before.start) {
+        updateSpan(before);
+        updateSpan(now);
+    } else {
+        updateSpan({std::min(before.start, now.start), std::max(before.start, now.start)});
+        updateSpan({std::min(before.end, now.end), std::max(before.end, now.end)});
+    }
 }
 
 /// Repaints the lines that a span touches.
@@ -274,11 +268,11 @@ void TextView::mousePressEvent(QMouseEvent* event) {
     const qsizetype position = m_flow.positionAt(event->position());
     const int interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
     if (m_sinceDoubleClick.isValid() && m_sinceDoubleClick.elapsed() < interval)
-        startSelection(position, TextUnit::Paragraph);
+        setSelection({content().text, position, TextUnit::Paragraph});
     else if (event->modifiers() & Qt::ShiftModifier)
         extendSelection(position);
     else
-        startSelection(position, TextUnit::Character);
+        select({position, position});
     m_sinceDoubleClick.invalidate();
 }
 
@@ -289,7 +283,7 @@ void TextView::mouseDoubleClickEvent(QMouseEvent* event) {
     const qsizetype position = character >= 0 ? character : m_flow.positionAt(event->position());
     m_isSelecting = true;
     m_pressedLink = {};
-    startSelection(position, TextUnit::Word);
+    setSelection({content().text, position, TextUnit::Word});
     m_sinceDoubleClick.start();
 }
 

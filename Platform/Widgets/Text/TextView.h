@@ -6,8 +6,8 @@
 #include "Platform/Widgets/Look/Theme.h"
 #include "Platform/Widgets/Text/TextFlow.h"
 #include "Platform/Widgets/Text/TextLinks.h"
+#include "Platform/Widgets/Text/TextSelection.h"
 
-#include <QAccessible>
 #include <QElapsedTimer>
 #include <QUrl>
 #include <QWidget>
@@ -35,7 +35,6 @@ public:
     };
 
     TextView(const Theme& theme, Background background, QWidget* parent = nullptr);
-    ~TextView() override;
 
     /// Shows a text as it is.
     void setPlainText(const TextSnapshot& text);
@@ -55,7 +54,7 @@ public:
     QSize minimumSizeHint() const override;
 
     bool hasSelection() const { return !selection().isEmpty(); }
-    TextSpan selection() const;
+    TextSpan selection() const { return m_selection.span(); }
     QString selectedText() const;
     void select(TextSpan span);
     void selectAll();
@@ -69,10 +68,6 @@ public:
 
     /// Called when the user opens a link: an http, https or mailto address.
     void onLinkActivated(std::function<void(const QUrl&)> open) { m_openLink = std::move(open); }
-
-    /// The role that assistive technology is told; a text of several lines is StaticText.
-    void setAccessibleRole(QAccessible::Role role) { m_accessibleRole = role; }
-    QAccessible::Role accessibleRole() const { return m_accessibleRole; }
 
     /// The text laid out, for the accessible interface.
     const TextFlow& flow() const { return m_flow; }
@@ -97,7 +92,7 @@ private:
     void replaceTail(qsizetype from, const AttributedString& tail);
     void noteLinks(qsizetype from, const AttributedString& tail);
     void fit(int width) const;
-    void startSelection(qsizetype position, TextUnit unit);
+    void setSelection(const TextSelection& selection);
     void extendSelection(qsizetype position);
     void updateSpan(TextSpan span);
     void showCursorFor(const QPointF& point);
@@ -112,9 +107,7 @@ private:
     InlineMarkdown::Position m_parsed;
     qsizetype m_firstLink = -1;
 
-    TextSpan m_anchor;  // where a selection began: the unit that was clicked
-    TextSpan m_reached; // the unit it was drawn to
-    TextUnit m_unit = TextUnit::Character;
+    TextSelection m_selection;
     bool m_isSelecting = false;
     QElapsedTimer m_sinceDoubleClick;
     QPoint m_pressed;
@@ -123,7 +116,6 @@ private:
 
     std::function<void(QPoint)> m_openContextMenu;
     std::function<void(const QUrl&)> m_openLink;
-    QAccessible::Role m_accessibleRole = QAccessible::StaticText;
 };
 
 } // namespace platform

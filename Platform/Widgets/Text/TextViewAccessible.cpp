@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Text/TextViewAccessible.h"
 
+#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Text/TextView.h"
 
 #include <QAccessibleWidget>
@@ -17,9 +18,7 @@ int narrowed(qsizetype value) {
 class TextViewAccessible final : public QAccessibleWidget, public QAccessibleTextInterface {
 public:
     explicit TextViewAccessible(TextView* view)
-        : QAccessibleWidget(view) {}
-
-    QAccessible::Role role() const override { return view().accessibleRole(); }
+        : QAccessibleWidget(view, QAccessible::StaticText) {}
 
     QString text(QAccessible::Text type) const override {
         if (type == QAccessible::Name && view().accessibleName().isEmpty())
@@ -101,7 +100,7 @@ public:
 
 private:
     TextView& view() const { return *static_cast<TextView*>(widget()); }
-    const QString& content() const { return view().content().text; }
+    QString content() const { return speakable(view().content().text); }
 };
 
 } // namespace

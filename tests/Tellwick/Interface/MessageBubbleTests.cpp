@@ -78,300 +78,285 @@ class MessageBubbleTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTextIsShownByRole_data();
-    void theTextIsShownByRole();
-    void theUsersBubbleStandsRightInWhiteOnTheAccent();
-    void theModelsBubbleStandsLeftInThePrimaryColourOnGrey();
-    void aShortTextsBubbleHugsIt();
-    void aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide_data();
-    void aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide();
-    void lineBreaksMakeLines();
-    void anEmptyReplyIsABlankBubbleOfOneLine();
-    void anEmptyMessageHasNoMenu();
-    void aMessagesMenuHasTheOneEntryCopy_data();
-    void aMessagesMenuHasTheOneEntryCopy();
-    void copyPutsTheRawSourceOnThePasteboardInPlaceOfWhatWasThere();
-    void copyTakesTheContentAsItIsAtThatMoment();
-    void thePointerSelectsText_data();
-    void thePointerSelectsText();
-    void aSelectionSurvivesTheGrowthOfTheReply();
-    void aReplyIsStyledFromItsFirstMarkerOn();
-    void anAddressOpensOnAClickAndNothingElseDoes();
-    void itIsReadOutWithItsSpeaker_data();
-    void itIsReadOutWithItsSpeaker();
-};
+    void theTextIsShownByRole_data() {
+        QTest::addColumn<Role>("role");
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("length");
+        QTest::addColumn<int>("style"); // of the one styled part; none: 0
 
-void MessageBubbleTests::theTextIsShownByRole_data() {
-    QTest::addColumn<Role>("role");
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<int>("start");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<int>("style"); // of the one styled part; none: 0
-
-    const auto plain = [](const char* name, Role role, const QString& content) {
-        QTest::newRow(name) << role << content << content << 0 << 0 << 0;
-    };
-    plain("the user's asterisks", Role::user, u"say **this** now"_s);
-    plain("the user's other markers", Role::user, u"__a__ *b* `c` [d](http://e.example) ~~f~~"_s);
-    plain("the user's entities and tags", Role::user, u"<b>x</b> &amp; %1 %n"_s);
-    plain("the user's blanks and breaks", Role::user, u"  a  \n\n\tb "_s);
-    plain("a plain reply", Role::assistant, u"Just a text."_s);
-    plain("a reply with a heading and a list", Role::assistant, u"# Title\n- item"_s);
-    plain("a reply with a numbered list", Role::assistant, u"1. one\n2. two"_s);
-    plain("a reply with a quotation", Role::assistant, u"> so they say"_s);
-    plain("a reply with one underscore", Role::assistant, u"snake_case"_s);
-    plain("a reply with single underscores about a word", Role::assistant, u"a _word_ here"_s);
-    plain("a reply with other marks", Role::assistant, u"~~x~~ &amp; <b> \\# ]"_s);
-    plain("an unclosed bracket", Role::assistant, u"an [open bracket"_s);
-    plain("unclosed asterisks", Role::assistant, u"an **open end"_s);
-    plain("an unclosed code span", Role::assistant, u"an `open end"_s);
-    plain("underscores within a word", Role::assistant, u"under__score"_s);
-    plain("an asterisk alone", Role::assistant, u"2 * 3"_s);
-    QTest::newRow("a bold word") << Role::assistant << u"say **this** now"_s << u"say this now"_s
-                                 << 4 << 4 << int(AttributedString::Strong);
-    QTest::newRow("a word between two underscores")
-        << Role::assistant << u"say __this__ now"_s << u"say this now"_s << 4 << 4
-        << int(AttributedString::Strong);
-    QTest::newRow("an emphasised word") << Role::assistant << u"say *this*"_s << u"say this"_s << 4
-                                        << 4 << int(AttributedString::Emphasis);
-    QTest::newRow("single underscores beside a marker")
-        << Role::assistant << u"2 * _word_"_s << u"2 * word"_s << 4 << 4
-        << int(AttributedString::Emphasis);
-    QTest::newRow("code in a list below a heading")
-        << Role::assistant << u"# Title\n- item `code`"_s << u"# Title\n- item code"_s << 15 << 4
-        << int(AttributedString::Code);
-    QTest::newRow("struck out beside a marker") << Role::assistant << u"* ~~gone~~"_s << u"* gone"_s
-                                                << 2 << 4 << int(AttributedString::Strikethrough);
-    QTest::newRow("a link") << Role::assistant << u"[here](https://a.example) it is"_s
-                            << u"here it is"_s << 0 << 4 << int(AttributedString::Link);
-    QTest::newRow("blanks and breaks about a marker")
-        << Role::assistant << u"  a  \n\n\tb  **c** "_s << u"  a  \n\n\tb  c "_s << 11 << 1
-        << int(AttributedString::Strong);
-    QTest::newRow("a fence") << Role::assistant << u"> a\n---\n**b**"_s << u"> a\n---\nb"_s << 8
-                             << 1 << int(AttributedString::Strong);
-}
-
-void MessageBubbleTests::theTextIsShownByRole() {
-    QFETCH(Role, role);
-    QFETCH(QString, content);
-    QFETCH(QString, shown);
-    QFETCH(int, start);
-    QFETCH(int, length);
-    QFETCH(int, style);
-    const Fixture f(role, content);
-    const AttributedString& text = f.text()->content();
-    QCOMPARE(text.text, shown);
-    if (style == 0) {
-        QVERIFY(text.ranges.empty());
-        return;
+        const auto plain = [](const char* name, Role role, const QString& content) {
+            QTest::newRow(name) << role << content << content << 0 << 0 << 0;
+        };
+        plain("the user's asterisks", Role::user, u"say **this** now"_s);
+        plain("the user's other markers", Role::user,
+              u"__a__ *b* `c` [d](http://e.example) ~~f~~"_s);
+        plain("the user's entities and tags", Role::user, u"<b>x</b> &amp; %1 %n"_s);
+        plain("the user's blanks and breaks", Role::user, u"  a  \n\n\tb "_s);
+        plain("a plain reply", Role::assistant, u"Just a text."_s);
+        plain("a reply with a heading and a list", Role::assistant, u"# Title\n- item"_s);
+        plain("a reply with a numbered list", Role::assistant, u"1. one\n2. two"_s);
+        plain("a reply with a quotation", Role::assistant, u"> so they say"_s);
+        plain("a reply with one underscore", Role::assistant, u"snake_case"_s);
+        plain("a reply with single underscores about a word", Role::assistant, u"a _word_ here"_s);
+        plain("a reply with other marks", Role::assistant, u"~~x~~ &amp; <b> \\# ]"_s);
+        plain("an unclosed bracket", Role::assistant, u"an [open bracket"_s);
+        plain("unclosed asterisks", Role::assistant, u"an **open end"_s);
+        plain("an unclosed code span", Role::assistant, u"an `open end"_s);
+        plain("underscores within a word", Role::assistant, u"under__score"_s);
+        plain("an asterisk alone", Role::assistant, u"2 * 3"_s);
+        QTest::newRow("a bold word")
+            << Role::assistant << u"say **this** now"_s << u"say this now"_s << 4 << 4
+            << int(AttributedString::Strong);
+        QTest::newRow("a word between two underscores")
+            << Role::assistant << u"say __this__ now"_s << u"say this now"_s << 4 << 4
+            << int(AttributedString::Strong);
+        QTest::newRow("an emphasised word") << Role::assistant << u"say *this*"_s << u"say this"_s
+                                            << 4 << 4 << int(AttributedString::Emphasis);
+        QTest::newRow("single underscores beside a marker")
+            << Role::assistant << u"2 * _word_"_s << u"2 * word"_s << 4 << 4
+            << int(AttributedString::Emphasis);
+        QTest::newRow("code in a list below a heading")
+            << Role::assistant << u"# Title\n- item `code`"_s << u"# Title\n- item code"_s << 15
+            << 4 << int(AttributedString::Code);
+        QTest::newRow("struck out beside a marker")
+            << Role::assistant << u"* ~~gone~~"_s << u"* gone"_s << 2 << 4
+            << int(AttributedString::Strikethrough);
+        QTest::newRow("a link") << Role::assistant << u"[here](https://a.example) it is"_s
+                                << u"here it is"_s << 0 << 4 << int(AttributedString::Link);
+        QTest::newRow("blanks and breaks about a marker")
+            << Role::assistant << u"  a  \n\n\tb  **c** "_s << u"  a  \n\n\tb  c "_s << 11 << 1
+            << int(AttributedString::Strong);
+        QTest::newRow("a fence") << Role::assistant << u"> a\n---\n**b**"_s << u"> a\n---\nb"_s << 8
+                                 << 1 << int(AttributedString::Strong);
     }
-    QCOMPARE(text.ranges.size(), std::size_t(1));
-    QCOMPARE(text.ranges[0].start, qsizetype(start));
-    QCOMPARE(text.ranges[0].length, qsizetype(length));
-    QCOMPARE(int(text.ranges[0].styles), style);
-}
 
-void MessageBubbleTests::theUsersBubbleStandsRightInWhiteOnTheAccent() {
-    Fixture f(Role::user, u"a **word**");
-    const QRect bubble = f.bubble->bubbleRect();
-    QCOMPARE(bubble.right(), f.bubble->width() - 1);
-    QCOMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
-             f.desktop.theme.color(ColorRole::AccentFill));
-    QCOMPARE(f.textColor(), QColor(Qt::white));
-    f.desktop.theme.setDark(true);
-    platform::flushObservers(f.window.get());
-    QCOMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
-             f.desktop.theme.color(ColorRole::AccentFill));
-    QCOMPARE(f.textColor(), QColor(Qt::white));
-}
+    void theTextIsShownByRole() {
+        QFETCH(Role, role);
+        QFETCH(QString, content);
+        QFETCH(QString, shown);
+        QFETCH(int, start);
+        QFETCH(int, length);
+        QFETCH(int, style);
+        const Fixture f(role, content);
+        const AttributedString& text = f.text()->content();
+        QCOMPARE(text.text, shown);
+        if (style == 0) {
+            QVERIFY(text.ranges.empty());
+            return;
+        }
+        QCOMPARE(text.ranges.size(), std::size_t(1));
+        QCOMPARE(text.ranges[0].start, qsizetype(start));
+        QCOMPARE(text.ranges[0].length, qsizetype(length));
+        QCOMPARE(int(text.ranges[0].styles), style);
+    }
 
-void MessageBubbleTests::theModelsBubbleStandsLeftInThePrimaryColourOnGrey() {
-    Fixture f(Role::assistant, u"a **word**");
-    const Theme& theme = f.desktop.theme;
-    const QRect bubble = f.bubble->bubbleRect();
-    QCOMPARE(bubble.left(), 0);
-    const QColor grey = platform::withOpacity(theme.color(ColorRole::SecondaryLabel), 0.15);
-    QCOMPARE(theme.color(f.bubble->bubbleColor()), grey);
-    QVERIFY(isNear(f.pixel({bubble.center().x(), bubble.top() + 3}),
-                   platform::composed(grey, theme.color(ColorRole::Window))));
-    QCOMPARE(f.textColor(), theme.color(ColorRole::Label));
-}
-
-void MessageBubbleTests::aShortTextsBubbleHugsIt() {
-    const Fixture f(Role::assistant, u"Hi");
-    const QRect bubble = f.bubble->bubbleRect();
-    QCOMPARE(f.text()->geometry(), bubble.adjusted(12, 8, -12, -8));
-    QVERIFY(bubble.width() < 100);
-    QCOMPARE(bubble.height(), f.bubble->height());
-}
-
-void MessageBubbleTests::aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide_data() {
-    QTest::addColumn<Role>("role");
-    QTest::addColumn<QString>("content");
-    const QString words = u"word "_s.repeated(100);
-    QTest::newRow("the user's words") << Role::user << words;
-    QTest::newRow("the model's words") << Role::assistant << words;
-    QTest::newRow("without a blank") << Role::assistant << u"x"_s.repeated(1000);
-}
-
-void MessageBubbleTests::aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide() {
-    QFETCH(Role, role);
-    QFETCH(QString, content);
-    for (const int width : {320, 500, 668}) {
-        const Fixture f(role, content, width);
+    void theUsersBubbleStandsRightInWhiteOnTheAccent() {
+        Fixture f(Role::user, u"a **word**");
         const QRect bubble = f.bubble->bubbleRect();
-        const int free = role == Role::user ? bubble.left() : width - 1 - bubble.right();
-        QVERIFY(free >= 60);
-        QVERIFY(free < 60 + 60); // not much more: only what no further word fits into
-        QVERIFY(bubble.height() > 4 * Fixture(role, u"x").bubble->bubbleRect().height() / 2);
+        QCOMPARE(bubble.right(), f.bubble->width() - 1);
+        QCOMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
+                 f.desktop.theme.color(ColorRole::AccentFill));
+        QCOMPARE(f.textColor(), QColor(Qt::white));
+        f.desktop.theme.setDark(true);
+        platform::flushObservers(f.window.get());
+        QCOMPARE(f.pixel({bubble.center().x(), bubble.top() + 3}),
+                 f.desktop.theme.color(ColorRole::AccentFill));
+        QCOMPARE(f.textColor(), QColor(Qt::white));
     }
-}
 
-void MessageBubbleTests::lineBreaksMakeLines() {
-    const int one = Fixture(Role::user, u"a").text()->height();
-    QCOMPARE(Fixture(Role::user, u"a\nb\nc").text()->height(), 3 * one);
-    QCOMPARE(Fixture(Role::assistant, u"a\n\n**c**").text()->height(), 3 * one);
-}
+    void theModelsBubbleStandsLeftInThePrimaryColourOnGrey() {
+        Fixture f(Role::assistant, u"a **word**");
+        const Theme& theme = f.desktop.theme;
+        const QRect bubble = f.bubble->bubbleRect();
+        QCOMPARE(bubble.left(), 0);
+        const QColor grey = platform::withOpacity(theme.color(ColorRole::SecondaryLabel), 0.15);
+        QCOMPARE(theme.color(f.bubble->bubbleColor()), grey);
+        QVERIFY(isNear(f.pixel({bubble.center().x(), bubble.top() + 3}),
+                       platform::composed(grey, theme.color(ColorRole::Window))));
+        QCOMPARE(f.textColor(), theme.color(ColorRole::Label));
+    }
 
-void MessageBubbleTests::anEmptyReplyIsABlankBubbleOfOneLine() {
-    const Fixture empty(Role::assistant, u"");
-    const Fixture line(Role::assistant, u"x");
-    QCOMPARE(empty.text()->content().text, u" "_s);
-    QCOMPARE(empty.bubble->height(), line.bubble->height());
-    QCOMPARE(empty.bubble->bubbleRect().height(), line.bubble->bubbleRect().height());
-    QVERIFY(empty.bubble->bubbleRect().width() > 2 * 12);
-}
+    void aShortTextsBubbleHugsIt() {
+        const Fixture f(Role::assistant, u"Hi");
+        const QRect bubble = f.bubble->bubbleRect();
+        QCOMPARE(f.text()->geometry(), bubble.adjusted(12, 8, -12, -8));
+        QVERIFY(bubble.width() < 100);
+        QCOMPARE(bubble.height(), f.bubble->height());
+    }
 
-void MessageBubbleTests::anEmptyMessageHasNoMenu() {
-    Fixture f(Role::assistant, u"");
-    f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
-    QVERIFY(!f.overlays->isPresenting());
-    f.say(u"now");
-    f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
-    QVERIFY(f.overlays->isPresenting());
-}
+    void aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide_data() {
+        QTest::addColumn<Role>("role");
+        QTest::addColumn<QString>("content");
+        const QString words = u"word "_s.repeated(100);
+        QTest::newRow("the user's words") << Role::user << words;
+        QTest::newRow("the model's words") << Role::assistant << words;
+        QTest::newRow("without a blank") << Role::assistant << u"x"_s.repeated(1000);
+    }
 
-void MessageBubbleTests::aMessagesMenuHasTheOneEntryCopy_data() {
-    QTest::addColumn<Role>("role");
-    QTest::addColumn<bool>("isOnPadding");
-    QTest::newRow("the user's text") << Role::user << false;
-    QTest::newRow("the model's text") << Role::assistant << false;
-    QTest::newRow("the ground about the user's text") << Role::user << true;
-    QTest::newRow("the ground about the model's text") << Role::assistant << true;
-}
+    void aLongTextWrapsAndLeavesSixtyPixelsOnTheOtherSide() {
+        QFETCH(Role, role);
+        QFETCH(QString, content);
+        for (const int width : {320, 500, 668}) {
+            const Fixture f(role, content, width);
+            const QRect bubble = f.bubble->bubbleRect();
+            const int free = role == Role::user ? bubble.left() : width - 1 - bubble.right();
+            QVERIFY(free >= 60);
+            QVERIFY(free < 60 + 60); // not much more: only what no further word fits into
+            QVERIFY(bubble.height() > 4 * Fixture(role, u"x").bubble->bubbleRect().height() / 2);
+        }
+    }
 
-void MessageBubbleTests::aMessagesMenuHasTheOneEntryCopy() {
-    QFETCH(Role, role);
-    QFETCH(bool, isOnPadding);
-    Fixture f(role, u"Some text");
-    const QRect bubble = f.bubble->bubbleRect();
-    f.screen().clickAt(isOnPadding ? QPoint(bubble.left() + 5, bubble.center().y())
-                                   : bubble.center(),
-                       Qt::RightButton);
-    QVERIFY(f.overlays->isPresenting());
-    QCOMPARE(f.screen().names(QAccessible::MenuItem), QStringList{u"Copy"_s});
-    f.screen().key(Qt::Key_Escape);
-    QVERIFY(!f.overlays->isPresenting());
-    // The free side of the row is none of the bubble's.
-    f.screen().clickAt(
-        {role == Role::user ? bubble.left() / 2 : bubble.right() + 100, bubble.center().y()},
-        Qt::RightButton);
-    QVERIFY(!f.overlays->isPresenting());
-}
+    void lineBreaksMakeLines() {
+        const int one = Fixture(Role::user, u"a").text()->height();
+        QCOMPARE(Fixture(Role::user, u"a\nb\nc").text()->height(), 3 * one);
+        QCOMPARE(Fixture(Role::assistant, u"a\n\n**c**").text()->height(), 3 * one);
+    }
 
-void MessageBubbleTests::copyPutsTheRawSourceOnThePasteboardInPlaceOfWhatWasThere() {
-    Fixture f(Role::assistant, u"# A\n**bold** [x](http://a.example)  ");
-    auto* before = new QMimeData;
-    before->setText(u"before"_s);
-    before->setHtml(u"<b>before</b>"_s);
-    QGuiApplication::clipboard()->setMimeData(before);
-    f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
-    QVERIFY(f.screen().click(u"Copy"_s));
-    QVERIFY(!f.overlays->isPresenting());
-    QCOMPARE(QGuiApplication::clipboard()->text(), u"# A\n**bold** [x](http://a.example)  "_s);
-    QVERIFY(!QGuiApplication::clipboard()->mimeData()->hasHtml());
-}
+    void anEmptyReplyIsABlankBubbleOfOneLine() {
+        const Fixture empty(Role::assistant, u"");
+        const Fixture line(Role::assistant, u"x");
+        QCOMPARE(empty.text()->content().text, u" "_s);
+        QCOMPARE(empty.bubble->height(), line.bubble->height());
+        QCOMPARE(empty.bubble->bubbleRect().height(), line.bubble->bubbleRect().height());
+        QVERIFY(empty.bubble->bubbleRect().width() > 2 * 12);
+    }
 
-void MessageBubbleTests::copyTakesTheContentAsItIsAtThatMoment() {
-    Fixture f(Role::assistant, u"One");
-    f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
-    f.say(u"One **two**");
-    QVERIFY(f.screen().press(u"Copy"_s, QAccessible::MenuItem));
-    QCOMPARE(QGuiApplication::clipboard()->text(), u"One **two**"_s);
-}
+    void anEmptyMessageHasNoMenu() {
+        Fixture f(Role::assistant, u"");
+        f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
+        QVERIFY(!f.overlays->isPresenting());
+        f.say(u"now");
+        f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
+        QVERIFY(f.overlays->isPresenting());
+    }
 
-void MessageBubbleTests::thePointerSelectsText_data() {
-    QTest::addColumn<Role>("role");
-    QTest::newRow("the user's") << Role::user;
-    QTest::newRow("the model's") << Role::assistant;
-}
+    void aMessagesMenuHasTheOneEntryCopy_data() {
+        QTest::addColumn<Role>("role");
+        QTest::addColumn<bool>("isOnPadding");
+        QTest::newRow("the user's text") << Role::user << false;
+        QTest::newRow("the model's text") << Role::assistant << false;
+        QTest::newRow("the ground about the user's text") << Role::user << true;
+        QTest::newRow("the ground about the model's text") << Role::assistant << true;
+    }
 
-void MessageBubbleTests::thePointerSelectsText() {
-    QFETCH(Role, role);
-    Fixture f(role, u"One two three");
-    QWindow* handle = f.window->windowHandle();
-    QTest::mousePress(handle, Qt::LeftButton, {}, f.at(4) - QPoint(2, 0));
-    QTest::mouseMove(handle, f.at(5));
-    QTest::mouseMove(handle, f.at(7));
-    QTest::mouseRelease(handle, Qt::LeftButton, {}, f.at(7) - QPoint(1, 0));
-    QCOMPARE(f.text()->selectedText(), u"two"_s);
-}
+    void aMessagesMenuHasTheOneEntryCopy() {
+        QFETCH(Role, role);
+        QFETCH(bool, isOnPadding);
+        Fixture f(role, u"Some text");
+        const QRect bubble = f.bubble->bubbleRect();
+        f.screen().clickAt(isOnPadding ? QPoint(bubble.left() + 5, bubble.center().y())
+                                       : bubble.center(),
+                           Qt::RightButton);
+        QVERIFY(f.overlays->isPresenting());
+        QCOMPARE(f.screen().names(QAccessible::MenuItem), QStringList{u"Copy"_s});
+        f.screen().key(Qt::Key_Escape);
+        QVERIFY(!f.overlays->isPresenting());
+        // The free side of the row is none of the bubble's.
+        f.screen().clickAt(
+            {role == Role::user ? bubble.left() / 2 : bubble.right() + 100, bubble.center().y()},
+            Qt::RightButton);
+        QVERIFY(!f.overlays->isPresenting());
+    }
 
-void MessageBubbleTests::aSelectionSurvivesTheGrowthOfTheReply() {
-    Fixture f(Role::assistant, u"One two");
-    f.text()->select({4, 7});
-    f.say(u"One two three");
-    QCOMPARE(f.text()->selectedText(), u"two"_s);
-    f.say(u"One two three **four**\n\nfive");
-    QCOMPARE(f.text()->selectedText(), u"two"_s);
-    QCOMPARE(f.text()->content().text, u"One two three four\n\nfive"_s);
-}
+    void copyPutsTheRawSourceOnThePasteboardInPlaceOfWhatWasThere() {
+        Fixture f(Role::assistant, u"# A\n**bold** [x](http://a.example)  ");
+        auto* before = new QMimeData;
+        before->setText(u"before"_s);
+        before->setHtml(u"<b>before</b>"_s);
+        QGuiApplication::clipboard()->setMimeData(before);
+        f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
+        QVERIFY(f.screen().click(u"Copy"_s));
+        QVERIFY(!f.overlays->isPresenting());
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"# A\n**bold** [x](http://a.example)  "_s);
+        QVERIFY(!QGuiApplication::clipboard()->mimeData()->hasHtml());
+    }
 
-void MessageBubbleTests::aReplyIsStyledFromItsFirstMarkerOn() {
-    Fixture f(Role::assistant, u"");
-    f.say(u"A ");
-    QCOMPARE(f.text()->content().text, u"A "_s);
-    f.say(u"A **bol");
-    QCOMPARE(f.text()->content().text, u"A **bol"_s);
-    f.say(u"A **bold**");
-    QCOMPARE(f.text()->content().text, u"A bold"_s);
-    QCOMPARE(f.text()->content().ranges.size(), std::size_t(1));
-    // Another text in place of the reply, as a failure gives it, and a shorter one.
-    f.say(u"Error: no");
-    QCOMPARE(f.text()->content().text, u"Error: no"_s);
-    QVERIFY(f.text()->content().ranges.empty());
-}
+    void copyTakesTheContentAsItIsAtThatMoment() {
+        Fixture f(Role::assistant, u"One");
+        f.screen().clickAt(f.bubble->bubbleRect().center(), Qt::RightButton);
+        f.say(u"One **two**");
+        QVERIFY(f.screen().press(u"Copy"_s, QAccessible::MenuItem));
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"One **two**"_s);
+    }
 
-void MessageBubbleTests::anAddressOpensOnAClickAndNothingElseDoes() {
-    Fixture f(Role::assistant, u"[web](https://a.example/b) [mail](mailto:a@b.example) "
-                               u"[file](file:///etc/passwd) [code](javascript:alert(1)) "
-                               u"![picture](http://c.example/p.png)");
-    const QString shown = f.text()->content().text;
-    for (const QString& word : {u"web"_s, u"mail"_s, u"file"_s, u"code"_s})
-        f.screen().clickAt(f.at(shown.indexOf(word) + 1));
-    QCOMPARE(f.desktop.opened,
-             (QList<QUrl>{QUrl(u"https://a.example/b"_s), QUrl(u"mailto:a@b.example"_s)}));
-}
+    void thePointerSelectsText_data() {
+        QTest::addColumn<Role>("role");
+        QTest::newRow("the user's") << Role::user;
+        QTest::newRow("the model's") << Role::assistant;
+    }
 
-void MessageBubbleTests::itIsReadOutWithItsSpeaker_data() {
-    QTest::addColumn<Role>("role");
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("the user") << Role::user << u"Say **this**"_s << u"You: Say **this**"_s;
-    QTest::newRow("the model") << Role::assistant << u"**This**\n`x`"_s << u"Tellwick: This\nx"_s;
-    QTest::newRow("plain") << Role::assistant << u"# x_y"_s << u"Tellwick: # x_y"_s;
-    QTest::newRow("nothing yet") << Role::assistant << QString() << u"Tellwick: "_s;
-}
+    void thePointerSelectsText() {
+        QFETCH(Role, role);
+        Fixture f(role, u"One two three");
+        QWindow* handle = f.window->windowHandle();
+        QTest::mousePress(handle, Qt::LeftButton, {}, f.at(4) - QPoint(2, 0));
+        QTest::mouseMove(handle, f.at(5));
+        QTest::mouseMove(handle, f.at(7));
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, f.at(7) - QPoint(1, 0));
+        QCOMPARE(f.text()->selectedText(), u"two"_s);
+    }
 
-void MessageBubbleTests::itIsReadOutWithItsSpeaker() {
-    QFETCH(Role, role);
-    QFETCH(QString, content);
-    QFETCH(QString, name);
-    Fixture f(role, u"before");
-    f.say(content);
-    QVERIFY(f.screen().shows(name, QAccessible::ListItem));
-}
+    void aSelectionSurvivesTheGrowthOfTheReply() {
+        Fixture f(Role::assistant, u"One two");
+        f.text()->select({4, 7});
+        f.say(u"One two three");
+        QCOMPARE(f.text()->selectedText(), u"two"_s);
+        f.say(u"One two three **four**\n\nfive");
+        QCOMPARE(f.text()->selectedText(), u"two"_s);
+        QCOMPARE(f.text()->content().text, u"One two three four\n\nfive"_s);
+    }
+
+    void aReplyIsStyledFromItsFirstMarkerOn() {
+        Fixture f(Role::assistant, u"");
+        f.say(u"A ");
+        QCOMPARE(f.text()->content().text, u"A "_s);
+        f.say(u"A **bol");
+        QCOMPARE(f.text()->content().text, u"A **bol"_s);
+        f.say(u"A **bold**");
+        QCOMPARE(f.text()->content().text, u"A bold"_s);
+        QCOMPARE(f.text()->content().ranges.size(), std::size_t(1));
+        // Another text in place of the reply, as a failure gives it, and a shorter one.
+        f.say(u"Error: no");
+        QCOMPARE(f.text()->content().text, u"Error: no"_s);
+        QVERIFY(f.text()->content().ranges.empty());
+    }
+
+    void anAddressOpensOnAClickAndNothingElseDoes() {
+        Fixture f(Role::assistant, u"[web](https://a.example/b) [mail](mailto:a@b.example) "
+                                   u"[file](file:///etc/passwd) [code](javascript:alert(1)) "
+                                   u"![picture](http://c.example/p.png)");
+        const QString shown = f.text()->content().text;
+        for (const QString& word : {u"web"_s, u"mail"_s, u"file"_s, u"code"_s})
+            f.screen().clickAt(f.at(shown.indexOf(word) + 1));
+        QCOMPARE(f.desktop.opened,
+                 (QList<QUrl>{QUrl(u"https://a.example/b"_s), QUrl(u"mailto:a@b.example"_s)}));
+    }
+
+    void itIsReadOutWithItsSpeaker_data() {
+        QTest::addColumn<Role>("role");
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("the user") << Role::user << u"Say **this**"_s << u"You: Say **this**"_s;
+        QTest::newRow("the model")
+            << Role::assistant << u"**This**\n`x`"_s << u"Tellwick: This\nx"_s;
+        QTest::newRow("plain") << Role::assistant << u"# x_y"_s << u"Tellwick: # x_y"_s;
+        QTest::newRow("a NUL") << Role::user << QString(u"a"_s + QChar(0) + u'b')
+                               << u"You: a\ufffdb"_s;
+        QTest::newRow("nothing yet") << Role::assistant << QString() << u"Tellwick: "_s;
+    }
+
+    void itIsReadOutWithItsSpeaker() {
+        QFETCH(Role, role);
+        QFETCH(QString, content);
+        QFETCH(QString, name);
+        Fixture f(role, u"before");
+        f.say(content);
+        QVERIFY(f.screen().shows(name, QAccessible::ListItem));
+        QCOMPARE(MessageBubble::spokenText(f.message), name); // far from what is visible
+    }
+};
 
 TELLWICK_TEST(MessageBubbleTests, Widgets)
 #include "MessageBubbleTests.moc"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Text/TextBoundaries.h"
+#include "Platform/Widgets/Text/TextSelection.h"
 
 #include <QTextBoundaryFinder>
 
@@ -32,18 +32,31 @@ TextSpan paragraphAt(QStringView text, qsizetype position) {
     return span;
 }
 
-} // namespace
-
-bool isLineBreak(QChar character) {
-    return character == u'\n' || character == u'\r' || character == QChar::LineSeparator ||
-           character == QChar::ParagraphSeparator;
-}
-
 TextSpan unitAt(QStringView text, qsizetype position, TextUnit unit) {
     position = std::clamp<qsizetype>(position, 0, text.size());
     if (unit == TextUnit::Character || text.isEmpty())
         return {position, position};
     return unit == TextUnit::Word ? wordAt(text, position) : paragraphAt(text, position);
+}
+
+} // namespace
+
+TextSelection::TextSelection(QStringView text, qsizetype position, TextUnit unit)
+    : m_began(unitAt(text, position, unit))
+    , m_reached(m_began)
+    , m_unit(unit) {}
+
+void TextSelection::extend(QStringView text, qsizetype position) {
+    m_reached = unitAt(text, position, m_unit);
+}
+
+void TextSelection::limit(qsizetype length) {
+    for (TextSpan* span : {&m_began, &m_reached})
+        *span = {std::min(span->start, length), std::min(span->end, length)};
+}
+
+TextSpan TextSelection::span() const {
+    return {std::min(m_began.start, m_reached.start), std::max(m_began.end, m_reached.end)};
 }
 
 } // namespace platform

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Widgets/Text/TextSpan.h"
+
+#include <QStringView>
+
+namespace platform {
+
+/// What a single, a double and a triple click select.
+enum class TextUnit { Character, Word, Paragraph };
+
+/// The selected part of a text, drawn in whole characters, words or paragraphs from where it began.
+class TextSelection {
+public:
+    /// Selects a part of the text, in characters.
+    explicit TextSelection(TextSpan span = {})
+        : m_began(span)
+        , m_reached(span) {}
+
+    /// Begins with the unit around a position: nothing for Character; for Word the word, or the run
+    /// of blanks, or the sign there; for Paragraph the paragraph without its line break.
+    TextSelection(QStringView text, qsizetype position, TextUnit unit);
+
+    /// Reaches to the unit around a position, before or behind where it began.
+    void extend(QStringView text, qsizetype position);
+
+    /// Ends where the text ends now.
+    void limit(qsizetype length);
+
+    TextSpan span() const;
+
+private:
+    TextSpan m_began;
+    TextSpan m_reached;
+    TextUnit m_unit = TextUnit::Character;
+};
+
+} // namespace platform
