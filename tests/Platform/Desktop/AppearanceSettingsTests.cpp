@@ -35,16 +35,101 @@ private Q_SLOTS:
     }
     void cleanup() { m_settings.reset(); }
 
-    void untilTheDesktopSpeaksThePaletteDoes();
-    void theDesktopsWordComesBeforeThePalettes();
-    void whereTheDesktopSaysNothingThePaletteSpeaks();
-    void aChangeOfThePaletteIsFollowed();
-    void aChangeOfTheDesktopIsFollowed();
-    void aHighlightOfTheToolkitIsNoAccent_data();
-    void aHighlightOfTheToolkitIsNoAccent();
-    void whatTheProgramSetItselfTellsNothing();
-    void theRealPaletteOfAnApplicationSpeaks();
-    void observersSeeChangesAndOnlyChanges();
+    void untilTheDesktopSpeaksThePaletteDoes() {
+        QVERIFY(!m_settings->isDark());
+        QVERIFY(!m_settings->accent());
+        QVERIFY(!m_settings->reducesMotion());
+        QVERIFY(!m_settings->increasesContrast());
+        const AppearanceSettings dark([] { return desktopPalette(true, 0xffe95420); });
+        QVERIFY(dark.isDark());
+        QCOMPARE(dark.accent(), QColor(0xffe95420));
+    }
+
+    void theDesktopsWordComesBeforeThePalettes() {
+        changePalette(desktopPalette(true, 0xffe95420));
+        m_settings->follow({.isDark = false,
+                            .accent = QColor(0xff3584e4),
+                            .reducesMotion = true,
+                            .increasesContrast = true});
+        QVERIFY(!m_settings->isDark());
+        QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
+        QVERIFY(m_settings->reducesMotion());
+        QVERIFY(m_settings->increasesContrast());
+        changePalette(desktopPalette(true, 0xff00ff00));
+        QVERIFY(!m_settings->isDark());
+        QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
+    }
+
+    void whereTheDesktopSaysNothingThePaletteSpeaks() {
+        changePalette(desktopPalette(true, 0xffe95420));
+        m_settings->follow({.reducesMotion = true});
+        QVERIFY(m_settings->isDark());
+        QCOMPARE(m_settings->accent(), QColor(0xffe95420));
+    }
+
+    void aChangeOfThePaletteIsFollowed() {
+        changePalette(desktopPalette(true, 0xffe95420));
+        QVERIFY(m_settings->isDark());
+        QCOMPARE(m_settings->accent(), QColor(0xffe95420));
+        changePalette(desktopPalette(false));
+        QVERIFY(!m_settings->isDark());
+        QVERIFY(!m_settings->accent());
+    }
+
+    void aChangeOfTheDesktopIsFollowed() {
+        m_settings->follow({.isDark = true, .accent = QColor(Qt::red), .reducesMotion = true});
+        m_settings->follow({});
+        QVERIFY(!m_settings->isDark());
+        QVERIFY(!m_settings->accent());
+        QVERIFY(!m_settings->reducesMotion());
+    }
+
+    void aHighlightOfTheToolkitIsNoAccent_data() {
+        QTest::addColumn<QRgb>("highlight");
+        QTest::addColumn<bool>("isAccent");
+        QTest::newRow("Qt's own") << toolkitHighlight << false;
+        QTest::newRow("Qt's own without a style") << QColor(Qt::darkBlue).rgb() << false;
+        QTest::newRow("chosen") << QRgb(0xff3daee9) << true;
+        QTest::newRow("black") << QRgb(0xff000000) << true;
+    }
+    void aHighlightOfTheToolkitIsNoAccent() {
+        QFETCH(QRgb, highlight);
+        QFETCH(bool, isAccent);
+        changePalette(desktopPalette(false, highlight));
+        QCOMPARE(m_settings->accent(), isAccent ? std::optional(QColor(highlight)) : std::nullopt);
+    }
+
+    void whatTheProgramSetItselfTellsNothing() {
+        // A program that shows a dark theme puts dark colours into its own palette. Once the
+        // desktop has no wish any more, these must not keep it dark.
+        QPalette own = desktopPalette(false);
+        own.setColor(QPalette::Window, Qt::black);
+        own.setColor(QPalette::WindowText, Qt::white);
+        own.setColor(QPalette::Highlight, Qt::green);
+        changePalette(own);
+        QVERIFY(!m_settings->isDark());
+        QVERIFY(!m_settings->accent());
+    }
+
+    void theRealPaletteOfAnApplicationSpeaks() {
+        const QPalette palette = QGuiApplication::palette();
+        QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Window));
+        QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::WindowText));
+        QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Highlight));
+        const AppearanceSettings settings;
+        QVERIFY(!settings.isDark());
+        QVERIFY(!settings.accent());
+    }
+
+    void observersSeeChangesAndOnlyChanges() {
+        QList<bool> seen;
+        QObject owner;
+        observe(&owner, [&] { seen.append(m_settings->isDark()); });
+        m_settings->follow(
+            {.isDark = false, .reducesMotion = true}); // nothing that the observer reads
+        m_settings->follow({.isDark = true});
+        QTRY_COMPARE(seen, (QList<bool>{false, true}));
+    }
 
 private:
     void changePalette(const QPalette& palette) {
@@ -56,102 +141,6 @@ private:
     QPalette m_palette;
     std::unique_ptr<AppearanceSettings> m_settings;
 };
-
-void AppearanceSettingsTests::untilTheDesktopSpeaksThePaletteDoes() {
-    QVERIFY(!m_settings->isDark());
-    QVERIFY(!m_settings->accent());
-    QVERIFY(!m_settings->reducesMotion());
-    QVERIFY(!m_settings->increasesContrast());
-    const AppearanceSettings dark([] { return desktopPalette(true, 0xffe95420); });
-    QVERIFY(dark.isDark());
-    QCOMPARE(dark.accent(), QColor(0xffe95420));
-}
-
-void AppearanceSettingsTests::theDesktopsWordComesBeforeThePalettes() {
-    changePalette(desktopPalette(true, 0xffe95420));
-    m_settings->follow({.isDark = false,
-                        .accent = QColor(0xff3584e4),
-                        .reducesMotion = true,
-                        .increasesContrast = true});
-    QVERIFY(!m_settings->isDark());
-    QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
-    QVERIFY(m_settings->reducesMotion());
-    QVERIFY(m_settings->increasesContrast());
-    changePalette(desktopPalette(true, 0xff00ff00));
-    QVERIFY(!m_settings->isDark());
-    QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
-}
-
-void AppearanceSettingsTests::whereTheDesktopSaysNothingThePaletteSpeaks() {
-    changePalette(desktopPalette(true, 0xffe95420));
-    m_settings->follow({.reducesMotion = true});
-    QVERIFY(m_settings->isDark());
-    QCOMPARE(m_settings->accent(), QColor(0xffe95420));
-}
-
-void AppearanceSettingsTests::aChangeOfThePaletteIsFollowed() {
-    changePalette(desktopPalette(true, 0xffe95420));
-    QVERIFY(m_settings->isDark());
-    QCOMPARE(m_settings->accent(), QColor(0xffe95420));
-    changePalette(desktopPalette(false));
-    QVERIFY(!m_settings->isDark());
-    QVERIFY(!m_settings->accent());
-}
-
-void AppearanceSettingsTests::aChangeOfTheDesktopIsFollowed() {
-    m_settings->follow({.isDark = true, .accent = QColor(Qt::red), .reducesMotion = true});
-    m_settings->follow({});
-    QVERIFY(!m_settings->isDark());
-    QVERIFY(!m_settings->accent());
-    QVERIFY(!m_settings->reducesMotion());
-}
-
-void AppearanceSettingsTests::aHighlightOfTheToolkitIsNoAccent_data() {
-    QTest::addColumn<QRgb>("highlight");
-    QTest::addColumn<bool>("isAccent");
-    QTest::newRow("Qt's own") << toolkitHighlight << false;
-    QTest::newRow("Qt's own without a style") << QColor(Qt::darkBlue).rgb() << false;
-    QTest::newRow("chosen") << QRgb(0xff3daee9) << true;
-    QTest::newRow("black") << QRgb(0xff000000) << true;
-}
-
-void AppearanceSettingsTests::aHighlightOfTheToolkitIsNoAccent() {
-    QFETCH(QRgb, highlight);
-    QFETCH(bool, isAccent);
-    changePalette(desktopPalette(false, highlight));
-    QCOMPARE(m_settings->accent(), isAccent ? std::optional(QColor(highlight)) : std::nullopt);
-}
-
-void AppearanceSettingsTests::whatTheProgramSetItselfTellsNothing() {
-    // A program that shows a dark theme puts dark colours into its own palette. Once the desktop
-    // has no wish any more, these must not keep it dark.
-    QPalette own = desktopPalette(false);
-    own.setColor(QPalette::Window, Qt::black);
-    own.setColor(QPalette::WindowText, Qt::white);
-    own.setColor(QPalette::Highlight, Qt::green);
-    changePalette(own);
-    QVERIFY(!m_settings->isDark());
-    QVERIFY(!m_settings->accent());
-}
-
-void AppearanceSettingsTests::theRealPaletteOfAnApplicationSpeaks() {
-    const QPalette palette = QGuiApplication::palette();
-    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Window));
-    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::WindowText));
-    QVERIFY(!palette.isBrushSet(QPalette::Active, QPalette::Highlight));
-    const AppearanceSettings settings;
-    QVERIFY(!settings.isDark());
-    QVERIFY(!settings.accent());
-}
-
-void AppearanceSettingsTests::observersSeeChangesAndOnlyChanges() {
-    QList<bool> seen;
-    QObject owner;
-    observe(&owner, [&] { seen.append(m_settings->isDark()); });
-    m_settings->follow({.isDark = false, .reducesMotion = true}); // nothing that the observer reads
-    m_settings->follow({.isDark = true});
-    QTRY_COMPARE(seen, (QList<bool>{false, true}));
-}
 
 TELLWICK_TEST(AppearanceSettingsTests, Widgets)
 #include "AppearanceSettingsTests.moc"

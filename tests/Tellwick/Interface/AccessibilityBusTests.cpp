@@ -34,30 +34,232 @@ constexpr unsigned escapeKey = 0xff1b;
 /// Toggle buttons, which Qt 6.4 cannot name on the bus.
 const auto chipRole = u"push button"_s;
 
+/// Lists two models; sends a reply word by word, each when the event is raised.
+void serve(LoopbackConnection& connection, int words) {
+    const auto say = [&connection](const QByteArray& line) { return connection.send(line); };
+    say("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\n\r\n");
+    if (connection.request().target == "/api/tags") {
+        say(R"({"models":[{"name":"llama3.2:3b","size":2019393189},{"name":"bare","size":1}]})");
+        return;
+    }
+    for (const char* word : {"It ", "is **really** ", "simple."})
+        if (!connection.waitForEvent(words) ||
+            !say(QByteArray(R"({"message":{"content":")") + word + R"("},"done":false})" + "\n"))
+            return;
+    if (connection.waitForEvent(words))
+        say("{\"message\":{\"content\":\"\"},\"done\":true}\n");
+}
+
 } // namespace
 
 class AccessibilityBusTests final : public QObject {
     Q_OBJECT
 
 public Q_SLOTS:
-    void propertyChanged(const QDBusMessage& message);
+    void propertyChanged(const QDBusMessage& message) {
+        if (message.arguments().value(0).toString() == u"accessible-name")
+            m_announced.append(
+                BusElement(m_desktop->bus(), message.service(), message.path()).name());
+    }
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() {
+        m_desktop = std::make_unique<AccessibleDesktop>();
+        if (!m_desktop->start()) {
+            const QByteArray why = m_desktop->errorString().toUtf8();
+            m_desktop.reset();
+            if (qEnvironmentVariable("TELLWICK_REQUIRE_DESKTOP_TESTS") == u"1")
+                QFAIL(why.constData());
+            QSKIP(why.constData());
+        }
+        // A program tells only what somebody has asked to hear.
+        auto listen = QDBusMessage::createMethodCall(
+            u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/registry"_s,
+            u"org.a11y.atspi.Registry"_s, u"RegisterEvent"_s);
+        listen << u"object:property-change:accessible-name"_s << QStringList() << QString();
+        QDBusMessage answer = m_desktop->bus().call(listen);
+        if (answer.type() == QDBusMessage::ErrorMessage) { // an older registry
+            listen.setArguments({u"object:property-change:accessible-name"_s});
+            answer = m_desktop->bus().call(listen);
+        }
+        QVERIFY2(answer.type() == QDBusMessage::ReplyMessage, qPrintable(answer.errorMessage()));
+        QVERIFY(m_desktop->bus().connect(QString(), QString(), u"org.a11y.atspi.Event.Object"_s,
+                                         u"PropertyChange"_s, this,
+                                         SLOT(propertyChanged(QDBusMessage))));
+    }
 
-    void theWindowTellsItsTitleAndItsSubtitle();
-    void theControlsOfAnEmptyConversationAreNamed();
-    void aChipTellsThatItIsPressed();
-    void theMenuTellsThatItIsOpen();
-    void theModelsAreRowsThatTellWhichOneIsSelected();
-    void theAboutScreenIsADialog();
-    void theAlertIsReadWithItsTitle();
-    void aConversationIsReadMessageByMessage();
-    void aFinishedReplyIsAnnouncedOnce();
-    void theKeyboardStaysInsideWhatLiesOnTop_data();
-    void theKeyboardStaysInsideWhatLiesOnTop();
+    void init() {
+        m_desktop->endProgram(); // cleanup() does not come after an init() that failed
+        for (eventfd_t word = 0; eventfd_read(m_words, &word) == 0;) {
+        }
+        const auto answer = [this](LoopbackConnection& connection) { serve(connection, m_words); };
+        QVERIFY2(m_server.listenOnPort(11434, answer), "Port 11434 is taken: run ./test instead.");
+        QVERIFY(m_desktop->startProgram(QStringLiteral(TELLWICK)));
+        const auto window = [this] {
+            return BusElement::programs(m_desktop->bus()).value(0).children().value(0);
+        };
+        EVENTUALLY(!window().isNull());
+        m_window = window();
+        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+        m_announced.clear();
+    }
+
+    void cleanup() {
+        const bool endedWell = m_desktop->endProgram();
+        m_server.stop();
+        QVERIFY(endedWell);
+        EVENTUALLY(BusElement::programs(m_desktop->bus()).isEmpty());
+    }
+
+    void theWindowTellsItsTitleAndItsSubtitle() {
+        QCOMPARE(m_window.name(), u"Tellwick"_s);
+        QCOMPARE(m_window.role(), u"frame"_s);
+        QVERIFY(m_window.is(u"active"_s));
+        QVERIFY(shows("heading", u"Tellwick"_s));
+        QVERIFY(shows("label", u"On-device · Private"_s));
+    }
+
+    void theControlsOfAnEmptyConversationAreNamed() {
+        const BusElement field = find("text", u"Message"_s);
+        QVERIFY(field.is(u"editable"_s));
+        QVERIFY(field.is(u"multi-line"_s));
+        QVERIFY(shows("push button", u"Send"_s));
+        QVERIFY(find("push button", u"New Chat"_s).is(u"disabled"_s));
+        QVERIFY(!find("push button", u"More"_s).is(u"disabled"_s));
+        QStringList chips;
+        for (const BusElement& chip : find("filler", u"Writing modes"_s).findAll(chipRole))
+            chips.append(chip.name());
+        QCOMPARE(chips,
+                 (QStringList{u"Proofread"_s, u"Summarise"_s, u"Explain Simply"_s, u"Rewrite"_s}));
+        QVERIFY(!shows("push button", u"Clear mode"_s));
+    }
+
+    void aChipTellsThatItIsPressed() {
+        const BusElement chip = m_window.find(u"Summarise"_s, chipRole);
+        QVERIFY(!chip.is(u"pressed"_s));
+        QVERIFY(chip.act());
+        EVENTUALLY(chip.is(u"pressed"_s));
+        QCOMPARE(chip.description(), u"Pressed"_s);
+        QVERIFY(!m_window.find(u"Rewrite"_s, chipRole).is(u"pressed"_s));
+        QVERIFY(press("push button", u"Clear mode"_s));
+        EVENTUALLY(!chip.is(u"pressed"_s));
+        EVENTUALLY(!shows("push button", u"Clear mode"_s));
+    }
+
+    void theMenuTellsThatItIsOpen() {
+        const BusElement more = find("push button", u"More"_s);
+        QVERIFY(more.is(u"expandable"_s));
+        QVERIFY(!more.is(u"expanded"_s));
+        QVERIFY(more.act());
+        EVENTUALLY(more.is(u"expanded"_s));
+        const BusElement menu = find("popup menu", u"More"_s);
+        QStringList entries;
+        for (const BusElement& entry : menu.findAll(u"menu item"_s))
+            entries.append(entry.name());
+        QCOMPARE(entries, (QStringList{u"Models"_s, u"About"_s}));
+        EVENTUALLY_EQUAL(m_window.findFocused().name(), u"Models"_s);
+        m_desktop->press(escapeKey);
+        EVENTUALLY(!more.is(u"expanded"_s));
+    }
+
+    void theModelsAreRowsThatTellWhichOneIsSelected() {
+        QVERIFY(openFromMenu(u"Models"_s));
+        EVENTUALLY(shows("list item", u"llama3.2:3b"_s));
+        EVENTUALLY(!find("push button", u"Refresh"_s).is(u"disabled"_s));
+        const BusElement onDevice = find("list item", u"Apple Intelligence"_s);
+        QVERIFY(onDevice.is(u"selected"_s));
+        QCOMPARE(onDevice.description(), u"On-device · Private, Unavailable"_s);
+        const BusElement model = find("list item", u"llama3.2:3b"_s);
+        QVERIFY(!model.is(u"selected"_s));
+        QCOMPARE(model.description(), u"2.0 GB · Ollama"_s);
+        QVERIFY(model.act());
+        EVENTUALLY(model.is(u"selected"_s));
+        QCOMPARE(model.description(), u"2.0 GB · Ollama, Selected"_s);
+        QVERIFY(!onDevice.is(u"selected"_s));
+        EVENTUALLY(shows("label", u"2.0 GB · Ollama"_s)); // the window's subtitle
+    }
+
+    void theAboutScreenIsADialog() {
+        QVERIFY(openFromMenu(u"About"_s));
+        const BusElement about = find("dialog", u"About"_s);
+        QVERIFY(about.is(u"modal"_s));
+        QVERIFY(!about.find(u"Tellwick"_s, u"heading"_s).isNull());
+        QVERIFY(!about.find(u"Limitations"_s, u"heading"_s).isNull());
+        QVERIFY(!about.find(u"Works completely offline"_s, u"label"_s).isNull());
+        QVERIFY(!about.find(u"Close"_s, u"push button"_s).isNull());
+        m_desktop->press(escapeKey);
+        EVENTUALLY(!shows("dialog", u"About"_s));
+        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+    }
+
+    void theAlertIsReadWithItsTitle() {
+        QVERIFY(write(u"Hello"_s));
+        QVERIFY(press("push button", u"Send"_s));
+        const auto title = u"Apple Intelligence Unavailable"_s;
+        EVENTUALLY(shows("alert", title));
+        const BusElement alert = find("alert", title);
+        QVERIFY(alert.description().startsWith(u"Apple Intelligence unavailable: "_s));
+        EVENTUALLY_EQUAL(m_window.findFocused().name(), u"OK"_s);
+        QVERIFY(alert.find(u"OK"_s, u"push button"_s).act());
+        EVENTUALLY(!shows("alert", title));
+        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+    }
+
+    void aConversationIsReadMessageByMessage() {
+        QVERIFY(chooseModel());
+        QVERIFY(send(u"How does it work?"_s));
+        release(4);
+        EVENTUALLY(shows("push button", u"Send"_s));
+        const QStringList expected{u"You: How does it work?"_s,
+                                   u"Tellwick: It is really simple."_s};
+        EVENTUALLY_EQUAL(messages(), expected);
+        QVERIFY(!find("push button", u"New Chat"_s).is(u"disabled"_s));
+    }
+
+    void aFinishedReplyIsAnnouncedOnce() {
+        QVERIFY(chooseModel());
+        QVERIFY(send(u"How does it work?"_s));
+        m_announced.clear();
+        for (const char* sofar :
+             {"Tellwick: It ", "Tellwick: It is really ", "Tellwick: It is really simple."}) {
+            release(1);
+            EVENTUALLY(shows("list item", QString::fromLatin1(sofar)));
+        }
+        const auto spoken = u"Tellwick: It is really simple."_s;
+        QCOMPARE(m_announced.count(spoken), 0);
+        release(1);
+        EVENTUALLY(shows("push button", u"Send"_s));
+        EVENTUALLY_EQUAL(m_announced.count(spoken), 1);
+        for (const QString& name : std::as_const(m_announced))
+            QVERIFY2(name == spoken || !name.startsWith(u"Tellwick: "_s), qPrintable(name));
+        QVERIFY(press("push button", u"New Chat"_s));
+        EVENTUALLY(find("push button", u"New Chat"_s).is(u"disabled"_s));
+        QCOMPARE(m_announced.count(spoken), 1);
+    }
+
+    void theKeyboardStaysInsideWhatLiesOnTop_data() {
+        QTest::addColumn<QString>("entry");
+        QTest::newRow("popover") << u"Models"_s;
+        QTest::newRow("sheet") << u"About"_s;
+    }
+    void theKeyboardStaysInsideWhatLiesOnTop() {
+        QFETCH(QString, entry);
+        QVERIFY(openFromMenu(entry));
+        const BusElement dialog = find("dialog", entry);
+        EVENTUALLY(m_window.findFocused().isWithin(dialog));
+        QStringList reached;
+        for (int i = 0; i < 8; ++i) {
+            const BusElement before = m_window.findFocused();
+            m_desktop->press(tabKey);
+            EVENTUALLY(m_window.findFocused() != before);
+            QVERIFY2(m_window.findFocused().isWithin(dialog), qPrintable(m_window.outline()));
+            reached.append(m_window.findFocused().name());
+        }
+        reached.removeDuplicates();
+        QVERIFY(reached.contains(entry == u"Models" ? u"Refresh"_s : u"Close"_s));
+        m_desktop->press(escapeKey);
+        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+    }
 
 private:
     BusElement find(const char* role, const QString& name) const {
@@ -78,7 +280,15 @@ private:
         return press("push button", u"More"_s) && press("menu item", entry) &&
                appears("dialog", entry);
     }
-    bool chooseModel();
+    bool chooseModel() {
+        const auto model = u"llama3.2:3b"_s;
+        if (!openFromMenu(u"Models"_s) || !press("list item", model) ||
+            !eventually([&] { return find("list item", model).is(u"selected"_s); }))
+            return false;
+        m_desktop->press(escapeKey);
+        return eventually([&] { return !shows("dialog", u"Models"_s); });
+    }
+
     bool write(const QString& text) const {
         const BusElement field = find("text", u"Message"_s);
         return field.setText(text) && eventually([&] { return field.text() == text; });
@@ -86,7 +296,13 @@ private:
     bool send(const QString& text) const {
         return write(text) && press("push button", u"Send"_s) && appears("push button", u"Stop"_s);
     }
-    QStringList messages() const;
+    QStringList messages() const {
+        QStringList names;
+        for (const BusElement& message : find("list", u"Conversation"_s).children())
+            names.append(message.role() == u"list item" ? message.name() : message.role());
+        return names;
+    }
+
     void release(int words) { eventfd_write(m_words, static_cast<eventfd_t>(words)); }
 
     std::unique_ptr<AccessibleDesktop> m_desktop;
@@ -96,238 +312,6 @@ private:
     BusElement m_window;
     QStringList m_announced;
 };
-
-void AccessibilityBusTests::initTestCase() {
-    m_desktop = std::make_unique<AccessibleDesktop>();
-    if (!m_desktop->start()) {
-        const QByteArray why = m_desktop->errorString().toUtf8();
-        m_desktop.reset();
-        if (qEnvironmentVariable("TELLWICK_REQUIRE_DESKTOP_TESTS") == u"1")
-            QFAIL(why.constData());
-        QSKIP(why.constData());
-    }
-    // A program tells only what somebody has asked to hear.
-    auto listen =
-        QDBusMessage::createMethodCall(u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/registry"_s,
-                                       u"org.a11y.atspi.Registry"_s, u"RegisterEvent"_s);
-    listen << u"object:property-change:accessible-name"_s << QStringList() << QString();
-    QDBusMessage answer = m_desktop->bus().call(listen);
-    if (answer.type() == QDBusMessage::ErrorMessage) { // an older registry
-        listen.setArguments({u"object:property-change:accessible-name"_s});
-        answer = m_desktop->bus().call(listen);
-    }
-    QVERIFY2(answer.type() == QDBusMessage::ReplyMessage, qPrintable(answer.errorMessage()));
-    QVERIFY(m_desktop->bus().connect(QString(), QString(), u"org.a11y.atspi.Event.Object"_s,
-                                     u"PropertyChange"_s, this,
-                                     SLOT(propertyChanged(QDBusMessage))));
-}
-
-void AccessibilityBusTests::init() {
-    m_desktop->endProgram(); // cleanup() does not come after an init() that failed
-    for (eventfd_t word = 0; eventfd_read(m_words, &word) == 0;) {
-    }
-    const auto answer = [this](LoopbackConnection& connection) {
-        const auto say = [&connection](const QByteArray& line) { return connection.send(line); };
-        say("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\n\r\n");
-        if (connection.request().target == "/api/tags") {
-            say(R"({"models":[{"name":"llama3.2:3b","size":2019393189},{"name":"bare","size":1}]})");
-            return;
-        }
-        for (const char* word : {"It ", "is **really** ", "simple."})
-            if (!connection.waitForEvent(m_words) || !say(QByteArray(R"({"message":{"content":")") +
-                                                          word + R"("},"done":false})" + "\n"))
-                return;
-        if (connection.waitForEvent(m_words))
-            say("{\"message\":{\"content\":\"\"},\"done\":true}\n");
-    };
-    QVERIFY2(m_server.listenOnPort(11434, answer), "Port 11434 is taken: run ./test instead.");
-    QVERIFY(m_desktop->startProgram(QStringLiteral(TELLWICK)));
-    const auto window = [this] {
-        return BusElement::programs(m_desktop->bus()).value(0).children().value(0);
-    };
-    EVENTUALLY(!window().isNull());
-    m_window = window();
-    EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
-    m_announced.clear();
-}
-
-void AccessibilityBusTests::cleanup() {
-    const bool endedWell = m_desktop->endProgram();
-    m_server.stop();
-    QVERIFY(endedWell);
-    EVENTUALLY(BusElement::programs(m_desktop->bus()).isEmpty());
-}
-
-void AccessibilityBusTests::propertyChanged(const QDBusMessage& message) {
-    if (message.arguments().value(0).toString() == u"accessible-name")
-        m_announced.append(BusElement(m_desktop->bus(), message.service(), message.path()).name());
-}
-
-bool AccessibilityBusTests::chooseModel() {
-    const auto model = u"llama3.2:3b"_s;
-    if (!openFromMenu(u"Models"_s) || !press("list item", model) ||
-        !eventually([&] { return find("list item", model).is(u"selected"_s); }))
-        return false;
-    m_desktop->press(escapeKey);
-    return eventually([&] { return !shows("dialog", u"Models"_s); });
-}
-
-QStringList AccessibilityBusTests::messages() const {
-    QStringList names;
-    for (const BusElement& message : find("list", u"Conversation"_s).children())
-        names.append(message.role() == u"list item" ? message.name() : message.role());
-    return names;
-}
-
-void AccessibilityBusTests::theWindowTellsItsTitleAndItsSubtitle() {
-    QCOMPARE(m_window.name(), u"Tellwick"_s);
-    QCOMPARE(m_window.role(), u"frame"_s);
-    QVERIFY(m_window.is(u"active"_s));
-    QVERIFY(shows("heading", u"Tellwick"_s));
-    QVERIFY(shows("label", u"On-device · Private"_s));
-}
-
-void AccessibilityBusTests::theControlsOfAnEmptyConversationAreNamed() {
-    const BusElement field = find("text", u"Message"_s);
-    QVERIFY(field.is(u"editable"_s));
-    QVERIFY(field.is(u"multi-line"_s));
-    QVERIFY(shows("push button", u"Send"_s));
-    QVERIFY(find("push button", u"New Chat"_s).is(u"disabled"_s));
-    QVERIFY(!find("push button", u"More"_s).is(u"disabled"_s));
-    QStringList chips;
-    for (const BusElement& chip : find("filler", u"Writing modes"_s).findAll(chipRole))
-        chips.append(chip.name());
-    QCOMPARE(chips,
-             (QStringList{u"Proofread"_s, u"Summarise"_s, u"Explain Simply"_s, u"Rewrite"_s}));
-    QVERIFY(!shows("push button", u"Clear mode"_s));
-}
-
-void AccessibilityBusTests::aChipTellsThatItIsPressed() {
-    const BusElement chip = m_window.find(u"Summarise"_s, chipRole);
-    QVERIFY(!chip.is(u"pressed"_s));
-    QVERIFY(chip.act());
-    EVENTUALLY(chip.is(u"pressed"_s));
-    QCOMPARE(chip.description(), u"Pressed"_s);
-    QVERIFY(!m_window.find(u"Rewrite"_s, chipRole).is(u"pressed"_s));
-    QVERIFY(press("push button", u"Clear mode"_s));
-    EVENTUALLY(!chip.is(u"pressed"_s));
-    EVENTUALLY(!shows("push button", u"Clear mode"_s));
-}
-
-void AccessibilityBusTests::theMenuTellsThatItIsOpen() {
-    const BusElement more = find("push button", u"More"_s);
-    QVERIFY(more.is(u"expandable"_s));
-    QVERIFY(!more.is(u"expanded"_s));
-    QVERIFY(more.act());
-    EVENTUALLY(more.is(u"expanded"_s));
-    const BusElement menu = find("popup menu", u"More"_s);
-    QStringList entries;
-    for (const BusElement& entry : menu.findAll(u"menu item"_s))
-        entries.append(entry.name());
-    QCOMPARE(entries, (QStringList{u"Models"_s, u"About"_s}));
-    EVENTUALLY_EQUAL(m_window.findFocused().name(), u"Models"_s);
-    m_desktop->press(escapeKey);
-    EVENTUALLY(!more.is(u"expanded"_s));
-}
-
-void AccessibilityBusTests::theModelsAreRowsThatTellWhichOneIsSelected() {
-    QVERIFY(openFromMenu(u"Models"_s));
-    EVENTUALLY(shows("list item", u"llama3.2:3b"_s));
-    EVENTUALLY(!find("push button", u"Refresh"_s).is(u"disabled"_s));
-    const BusElement onDevice = find("list item", u"Apple Intelligence"_s);
-    QVERIFY(onDevice.is(u"selected"_s));
-    QCOMPARE(onDevice.description(), u"On-device · Private, Unavailable"_s);
-    const BusElement model = find("list item", u"llama3.2:3b"_s);
-    QVERIFY(!model.is(u"selected"_s));
-    QCOMPARE(model.description(), u"2.0 GB · Ollama"_s);
-    QVERIFY(model.act());
-    EVENTUALLY(model.is(u"selected"_s));
-    QCOMPARE(model.description(), u"2.0 GB · Ollama, Selected"_s);
-    QVERIFY(!onDevice.is(u"selected"_s));
-    EVENTUALLY(shows("label", u"2.0 GB · Ollama"_s)); // the window's subtitle
-}
-
-void AccessibilityBusTests::theAboutScreenIsADialog() {
-    QVERIFY(openFromMenu(u"About"_s));
-    const BusElement about = find("dialog", u"About"_s);
-    QVERIFY(about.is(u"modal"_s));
-    QVERIFY(!about.find(u"Tellwick"_s, u"heading"_s).isNull());
-    QVERIFY(!about.find(u"Limitations"_s, u"heading"_s).isNull());
-    QVERIFY(!about.find(u"Works completely offline"_s, u"label"_s).isNull());
-    QVERIFY(!about.find(u"Close"_s, u"push button"_s).isNull());
-    m_desktop->press(escapeKey);
-    EVENTUALLY(!shows("dialog", u"About"_s));
-    EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
-}
-
-void AccessibilityBusTests::theAlertIsReadWithItsTitle() {
-    QVERIFY(write(u"Hello"_s));
-    QVERIFY(press("push button", u"Send"_s));
-    const auto title = u"Apple Intelligence Unavailable"_s;
-    EVENTUALLY(shows("alert", title));
-    const BusElement alert = find("alert", title);
-    QVERIFY(alert.description().startsWith(u"Apple Intelligence unavailable: "_s));
-    EVENTUALLY_EQUAL(m_window.findFocused().name(), u"OK"_s);
-    QVERIFY(alert.find(u"OK"_s, u"push button"_s).act());
-    EVENTUALLY(!shows("alert", title));
-    EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
-}
-
-void AccessibilityBusTests::aConversationIsReadMessageByMessage() {
-    QVERIFY(chooseModel());
-    QVERIFY(send(u"How does it work?"_s));
-    release(4);
-    EVENTUALLY(shows("push button", u"Send"_s));
-    const QStringList expected{u"You: How does it work?"_s, u"Tellwick: It is really simple."_s};
-    EVENTUALLY_EQUAL(messages(), expected);
-    QVERIFY(!find("push button", u"New Chat"_s).is(u"disabled"_s));
-}
-
-void AccessibilityBusTests::aFinishedReplyIsAnnouncedOnce() {
-    QVERIFY(chooseModel());
-    QVERIFY(send(u"How does it work?"_s));
-    m_announced.clear();
-    for (const char* sofar :
-         {"Tellwick: It ", "Tellwick: It is really ", "Tellwick: It is really simple."}) {
-        release(1);
-        EVENTUALLY(shows("list item", QString::fromLatin1(sofar)));
-    }
-    const auto spoken = u"Tellwick: It is really simple."_s;
-    QCOMPARE(m_announced.count(spoken), 0);
-    release(1);
-    EVENTUALLY(shows("push button", u"Send"_s));
-    EVENTUALLY_EQUAL(m_announced.count(spoken), 1);
-    for (const QString& name : std::as_const(m_announced))
-        QVERIFY2(name == spoken || !name.startsWith(u"Tellwick: "_s), qPrintable(name));
-    QVERIFY(press("push button", u"New Chat"_s));
-    EVENTUALLY(find("push button", u"New Chat"_s).is(u"disabled"_s));
-    QCOMPARE(m_announced.count(spoken), 1);
-}
-
-void AccessibilityBusTests::theKeyboardStaysInsideWhatLiesOnTop_data() {
-    QTest::addColumn<QString>("entry");
-    QTest::newRow("popover") << u"Models"_s;
-    QTest::newRow("sheet") << u"About"_s;
-}
-
-void AccessibilityBusTests::theKeyboardStaysInsideWhatLiesOnTop() {
-    QFETCH(QString, entry);
-    QVERIFY(openFromMenu(entry));
-    const BusElement dialog = find("dialog", entry);
-    EVENTUALLY(m_window.findFocused().isWithin(dialog));
-    QStringList reached;
-    for (int i = 0; i < 8; ++i) {
-        const BusElement before = m_window.findFocused();
-        m_desktop->press(tabKey);
-        EVENTUALLY(m_window.findFocused() != before);
-        QVERIFY2(m_window.findFocused().isWithin(dialog), qPrintable(m_window.outline()));
-        reached.append(m_window.findFocused().name());
-    }
-    reached.removeDuplicates();
-    QVERIFY(reached.contains(entry == u"Models" ? u"Refresh"_s : u"Close"_s));
-    m_desktop->press(escapeKey);
-    EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
-}
 
 TELLWICK_TEST(AccessibilityBusTests, EventLoop)
 #include "AccessibilityBusTests.moc"

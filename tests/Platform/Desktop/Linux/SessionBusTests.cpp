@@ -19,38 +19,31 @@ private Q_SLOTS:
         qunsetenv("XDG_RUNTIME_DIR");
     }
 
-    void aSessionWithoutABusHasNone();
-    void aRuntimeFolderWithoutABusHasNone();
-    void anAddressWhereNobodyListensGivesNone();
-    void appearanceStartsWithoutABus();
+    void aSessionWithoutABusHasNone() { QVERIFY(!sessionBus()); }
+
+    void aRuntimeFolderWithoutABusHasNone() {
+        const QTemporaryDir folder;
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
+        QVERIFY(!sessionBus());
+        QFile file(folder.filePath(u"bus"_s)); // not a socket
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(!sessionBus());
+    }
+
+    void anAddressWhereNobodyListensGivesNone() {
+        const QTemporaryDir folder;
+        qputenv("DBUS_SESSION_BUS_ADDRESS",
+                "unix:path=" + QFile::encodeName(folder.filePath(u"bus"_s)));
+        QVERIFY(!sessionBus());
+    }
+
+    void appearanceStartsWithoutABus() {
+        AppearanceSettings settings;
+        settings.start();
+        settings.settle();
+        QVERIFY(!settings.isDark());
+    }
 };
-
-void SessionBusTests::aSessionWithoutABusHasNone() {
-    QVERIFY(!sessionBus());
-}
-
-void SessionBusTests::aRuntimeFolderWithoutABusHasNone() {
-    const QTemporaryDir folder;
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
-    QVERIFY(!sessionBus());
-    QFile file(folder.filePath(u"bus"_s)); // not a socket
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(!sessionBus());
-}
-
-void SessionBusTests::anAddressWhereNobodyListensGivesNone() {
-    const QTemporaryDir folder;
-    qputenv("DBUS_SESSION_BUS_ADDRESS",
-            "unix:path=" + QFile::encodeName(folder.filePath(u"bus"_s)));
-    QVERIFY(!sessionBus());
-}
-
-void SessionBusTests::appearanceStartsWithoutABus() {
-    AppearanceSettings settings;
-    settings.start();
-    settings.settle();
-    QVERIFY(!settings.isDark());
-}
 
 TELLWICK_TEST(SessionBusTests, Widgets)
 #include "SessionBusTests.moc"

@@ -28,32 +28,269 @@ QVariant color(double red, double green, double blue) {
 
 Q_DECLARE_METATYPE(DesktopAppearance)
 
+/// The columns of a table of settings, and what adds a row to it.
+static auto settingColumns() {
+    QTest::addColumn<QString>("group");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<DesktopAppearance>("expected");
+    return [](const char* name, const QString& group, const char* key, const QVariant& value,
+              const DesktopAppearance& expected) {
+        QTest::newRow(name) << group << QString::fromLatin1(key) << value << expected;
+    };
+}
+
 class SettingsPortalTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() {
+        if (!PrivateBus::isPossible())
+            QSKIP("dbus-daemon is not installed: the portal cannot be tried.");
+    }
 
-    void whatThePortalSaysIsTold_data();
-    void whatThePortalSaysIsTold();
-    void onlyTheNeededGroupsAreAskedFor();
-    void aLiveChangeIsTold_data();
-    void aLiveChangeIsTold();
-    void aChangeOfSomethingElseIsNotTold();
-    void anAnswerThatHasComeCanBeTakenAtOnce();
-    void settlingBeforeTheAnswerTellsNothing();
-    void aPortalThatNeverAnswersTellsNothing();
-    void anAnswerOfAnotherTypeTellsNothing_data();
-    void anAnswerOfAnotherTypeTellsNothing();
-    void withoutAPortalNothingIsTold();
-    void aPortalThatStartsLaterIsAsked();
-    void aPortalThatStartsAnewIsAskedAgain();
-    void withoutABusNothingIsTold();
-    void whenTheBusDiesTheLastWordHolds();
-    void whenTheBusDiesBeforeTheAnswerNothingIsTold();
-    void anEndedSourceTellsNothing();
+    void init() {
+        m_bus = std::make_unique<PrivateBus>();
+        QVERIFY(m_bus->isRunning());
+        m_portal = std::make_unique<ScriptedPortal>(m_bus->connect());
+        QVERIFY(m_portal->appear());
+        m_source = std::make_unique<SettingsPortal>([this] { return m_bus->connect(); });
+    }
+
+    void cleanup() {
+        m_source.reset();
+        m_portal.reset();
+        m_bus.reset();
+        m_told.clear();
+    }
+
+    void whatThePortalSaysIsTold_data() {
+        const auto row = settingColumns();
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const double endless = std::numeric_limits<double>::infinity();
+        row("no preference", appearance, "color-scheme", 0U, {});
+        row("dark", appearance, "color-scheme", 1U, {.isDark = true});
+        row("light", appearance, "color-scheme", 2U, {.isDark = false});
+        row("a scheme of the future", appearance, "color-scheme", 7U, {});
+        row("a scheme as text", appearance, "color-scheme", u"1"_s, {});
+        row("a dark theme elsewhere", gnome, "color-scheme", u"prefer-dark"_s, {});
+        row("dark, wrapped twice", appearance, "color-scheme",
+            QVariant::fromValue(QDBusVariant(1U)), {.isDark = true});
+        row("accent", appearance, "accent-color", color(0.2, 0.4, 0.6),
+            {.accent = QColor(51, 102, 153)});
+        row("black accent", appearance, "accent-color", color(0, 0, 0),
+            {.accent = QColor(0, 0, 0)});
+        row("white accent", appearance, "accent-color", color(1, 1, 1),
+            {.accent = QColor(Qt::white)});
+        row("unset accent", appearance, "accent-color", color(-1, -1, -1), {});
+        row("accent out of range", appearance, "accent-color", color(0.5, 1.01, 0.5), {});
+        row("accent that is no number", appearance, "accent-color", color(nan, 0.5, 0.5), {});
+        row("endless accent", appearance, "accent-color", color(0.5, 0.5, endless), {});
+        row("accent as text", appearance, "accent-color", u"blue"_s, {});
+        row("normal contrast", appearance, "contrast", 0U, {.increasesContrast = false});
+        row("more contrast", appearance, "contrast", 1U, {.increasesContrast = true});
+        row("motion", appearance, "reduced-motion", 0U, {.reducesMotion = false});
+        row("reduced motion", appearance, "reduced-motion", 1U, {.reducesMotion = true});
+        row("animations", gnome, "enable-animations", true, {.reducesMotion = false});
+        row("no animations", gnome, "enable-animations", false, {.reducesMotion = true});
+        row("animations as a number", gnome, "enable-animations", 0U, {});
+        row("slow animations", plasma, "AnimationDurationFactor", u"2.5"_s,
+            {.reducesMotion = false});
+        row("instant animations", plasma, "AnimationDurationFactor", u"0"_s,
+            {.reducesMotion = true});
+        row("instant animations, a number", plasma, "AnimationDurationFactor", 0.0,
+            {.reducesMotion = true});
+        row("nonsense animations", plasma, "AnimationDurationFactor", u"fast"_s, {});
+    }
+    void whatThePortalSaysIsTold() {
+        QFETCH(QString, group);
+        QFETCH(QString, key);
+        QFETCH(QVariant, value);
+        QFETCH(DesktopAppearance, expected);
+        m_portal->setValue(group, key, value);
+        startSource();
+        QTRY_COMPARE(m_told.size(), 1);
+        QVERIFY(m_told.constFirst() == expected);
+    }
+
+    void onlyTheNeededGroupsAreAskedFor() {
+        startSource();
+        QTRY_COMPARE(m_portal->questions().size(), 1);
+        QCOMPARE(m_portal->questions().constFirst(), (QStringList{appearance, gnome, plasma}));
+    }
+
+    void aLiveChangeIsTold_data() {
+        const auto row = settingColumns();
+        const QColor blue(0, 0, 255);
+        row("to light", appearance, "color-scheme", 2U, {.isDark = false, .accent = blue});
+        row("to no preference", appearance, "color-scheme", 0U, {.accent = blue});
+        row("accent", appearance, "accent-color", color(1, 0, 0),
+            {.isDark = true, .accent = QColor(255, 0, 0)});
+        row("accent taken back", appearance, "accent-color", color(-1, 0, 0), {.isDark = true});
+        row("contrast", appearance, "contrast", 1U,
+            {.isDark = true, .accent = blue, .increasesContrast = true});
+        row("motion", appearance, "reduced-motion", 1U,
+            {.isDark = true, .accent = blue, .reducesMotion = true});
+        row("animations", gnome, "enable-animations", false,
+            {.isDark = true, .accent = blue, .reducesMotion = true});
+    }
+    void aLiveChangeIsTold() {
+        QFETCH(QString, group);
+        QFETCH(QString, key);
+        QFETCH(QVariant, value);
+        QFETCH(DesktopAppearance, expected);
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->setValue(appearance, u"accent-color"_s, color(0, 0, 1));
+        startSource();
+        QTRY_COMPARE(m_told.size(), 1);
+        m_portal->changeValue(group, key, value);
+        QTRY_COMPARE(m_told.size(), 2);
+        QVERIFY(m_told.constLast() == expected);
+    }
+
+    void aChangeOfSomethingElseIsNotTold() {
+        startSource();
+        QTRY_COMPARE(m_told.size(), 1);
+        m_portal->changeValue(gnome, u"font-name"_s, u"Sans 12"_s);
+        m_portal->changeValue(u"org.example"_s, u"color-scheme"_s, 1U);
+        m_portal->changeValue(appearance, u"color-scheme"_s, 1U); // messages keep their order
+        QTRY_COMPARE(m_told.size(), 2);
+        QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = true});
+    }
+
+    void anAnswerThatHasComeCanBeTakenAtOnce() {
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        startSource();
+        while (m_portal->questions().isEmpty())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        // The answer is on its way now; from here on no event is processed.
+        const QDeadlineTimer limit(5000);
+        while (m_told.isEmpty() && !limit.hasExpired()) {
+            m_source->settle();
+            std::this_thread::yield();
+        }
+        QCOMPARE(m_told.size(), 1);
+        QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
+        m_portal->changeValue(appearance, u"color-scheme"_s, 2U);
+        QTRY_COMPARE(m_told.size(), 2); // and it is told once only
+        QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = false});
+    }
+
+    void settlingBeforeTheAnswerTellsNothing() {
+        m_source->settle(); // not even started
+        m_portal->setAnswers(false);
+        startSource();
+        m_source->settle();
+        QVERIFY(m_told.isEmpty());
+    }
+
+    void aPortalThatNeverAnswersTellsNothing() {
+        m_portal->setAnswers(false);
+        startSource();
+        QTRY_COMPARE(m_portal->questions().size(), 1);
+        QVERIFY(m_told.isEmpty());
+        // What it does say later counts all the same.
+        m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
+        QTRY_COMPARE(m_told.size(), 1);
+        QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
+    }
+
+    void anAnswerOfAnotherTypeTellsNothing_data() {
+        QTest::addColumn<QVariant>("answer");
+        QTest::newRow("text") << QVariant(u"dark"_s);
+        QTest::newRow("number") << QVariant(1U);
+        QTest::newRow("flat map") << QVariant(QVariantMap{{u"color-scheme"_s, 1U}});
+    }
+    void anAnswerOfAnotherTypeTellsNothing() {
+        QFETCH(QVariant, answer);
+        m_portal->setAnswer(answer);
+        startSource();
+        QTRY_COMPARE(m_portal->questions().size(), 1);
+        m_portal->changeValue(appearance, u"contrast"_s, 1U); // comes after the answer
+        QTRY_COMPARE(m_told.size(), 1);
+        QVERIFY(m_told.constFirst() == DesktopAppearance{.increasesContrast = true});
+    }
+
+    void withoutAPortalNothingIsTold() {
+        m_portal->disappear();
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        startSource();
+        QDBusConnection bus = m_bus->connect();
+        const auto question = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/"_s,
+                                                             u"org.freedesktop.DBus"_s, u"GetId"_s);
+        QCOMPARE(bus.call(question, QDBus::BlockWithGui).type(), QDBusMessage::ReplyMessage);
+        QVERIFY(m_told.isEmpty());
+        QVERIFY(m_portal->questions().isEmpty());
+    }
+
+    void aPortalThatStartsLaterIsAsked() {
+        m_portal->disappear();
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        startSource();
+        QVERIFY(m_portal->appear());
+        QTRY_COMPARE(m_told.size(), 1);
+        QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
+    }
+
+    void aPortalThatStartsAnewIsAskedAgain() {
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        startSource();
+        QTRY_COMPARE(m_told.size(), 1);
+        m_portal->disappear();
+        m_portal->setValue(appearance, u"color-scheme"_s, 2U);
+        QVERIFY(m_portal->appear());
+        QTRY_COMPARE(m_told.size(), 2);
+        QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = false});
+    }
+
+    void withoutABusNothingIsTold() {
+        SettingsPortal source([] { return std::optional<QDBusConnection>(); });
+        source.start([this](const DesktopAppearance& told) { m_told.append(told); });
+        source.settle();
+        QCoreApplication::processEvents();
+        QVERIFY(m_told.isEmpty());
+    }
+
+    void whenTheBusDiesTheLastWordHolds() {
+        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        QDBusConnection client = m_bus->connect();
+        m_source = std::make_unique<SettingsPortal>([client] { return client; });
+        startSource();
+        QTRY_COMPARE(m_told.size(), 1);
+        m_bus->kill();
+        QTRY_VERIFY(!client.isConnected());
+        m_source->settle();
+        QCoreApplication::processEvents();
+        QCOMPARE(m_told.size(), 1);
+    }
+
+    void whenTheBusDiesBeforeTheAnswerNothingIsTold() {
+        m_portal->setAnswers(false);
+        QDBusConnection client = m_bus->connect();
+        m_source = std::make_unique<SettingsPortal>([client] { return client; });
+        startSource();
+        QTRY_COMPARE(m_portal->questions().size(), 1);
+        m_bus->kill();
+        QTRY_VERIFY(!client.isConnected());
+        m_source->settle();
+        QCoreApplication::processEvents();
+        QVERIFY(m_told.isEmpty());
+    }
+
+    void anEndedSourceTellsNothing() {
+        m_portal->setAnswers(false);
+        startSource();
+        QTRY_COMPARE(m_portal->questions().size(), 1);
+        m_source.reset();
+        m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
+        // Another source hears that change: so the first one would have heard it, too.
+        m_source = std::make_unique<SettingsPortal>([this] { return m_bus->connect(); });
+        m_portal->setAnswers(true);
+        int told = 0;
+        m_source->start([&told](const DesktopAppearance& /*told*/) { ++told; });
+        QTRY_VERIFY(told > 0);
+        QVERIFY(m_told.isEmpty());
+    }
 
 private:
     void startSource() {
@@ -65,267 +302,6 @@ private:
     std::unique_ptr<SettingsPortal> m_source;
     QList<DesktopAppearance> m_told;
 };
-
-void SettingsPortalTests::initTestCase() {
-    if (!PrivateBus::isPossible())
-        QSKIP("dbus-daemon is not installed: the portal cannot be tried.");
-}
-
-void SettingsPortalTests::init() {
-    m_bus = std::make_unique<PrivateBus>();
-    QVERIFY(m_bus->isRunning());
-    m_portal = std::make_unique<ScriptedPortal>(m_bus->connect());
-    QVERIFY(m_portal->appear());
-    m_source = std::make_unique<SettingsPortal>([this] { return m_bus->connect(); });
-}
-
-void SettingsPortalTests::cleanup() {
-    m_source.reset();
-    m_portal.reset();
-    m_bus.reset();
-    m_told.clear();
-}
-
-void SettingsPortalTests::whatThePortalSaysIsTold_data() {
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<DesktopAppearance>("expected");
-    const auto row = [](const char* name, const QString& group, const char* key,
-                        const QVariant& value, const DesktopAppearance& expected) {
-        QTest::newRow(name) << group << QString::fromLatin1(key) << value << expected;
-    };
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const double endless = std::numeric_limits<double>::infinity();
-    row("no preference", appearance, "color-scheme", 0U, {});
-    row("dark", appearance, "color-scheme", 1U, {.isDark = true});
-    row("light", appearance, "color-scheme", 2U, {.isDark = false});
-    row("a scheme of the future", appearance, "color-scheme", 7U, {});
-    row("a scheme as text", appearance, "color-scheme", u"1"_s, {});
-    row("a dark theme elsewhere", gnome, "color-scheme", u"prefer-dark"_s, {});
-    row("dark, wrapped twice", appearance, "color-scheme", QVariant::fromValue(QDBusVariant(1U)),
-        {.isDark = true});
-    row("accent", appearance, "accent-color", color(0.2, 0.4, 0.6),
-        {.accent = QColor(51, 102, 153)});
-    row("black accent", appearance, "accent-color", color(0, 0, 0), {.accent = QColor(0, 0, 0)});
-    row("white accent", appearance, "accent-color", color(1, 1, 1), {.accent = QColor(Qt::white)});
-    row("unset accent", appearance, "accent-color", color(-1, -1, -1), {});
-    row("accent out of range", appearance, "accent-color", color(0.5, 1.01, 0.5), {});
-    row("accent that is no number", appearance, "accent-color", color(nan, 0.5, 0.5), {});
-    row("endless accent", appearance, "accent-color", color(0.5, 0.5, endless), {});
-    row("accent as text", appearance, "accent-color", u"blue"_s, {});
-    row("normal contrast", appearance, "contrast", 0U, {.increasesContrast = false});
-    row("more contrast", appearance, "contrast", 1U, {.increasesContrast = true});
-    row("motion", appearance, "reduced-motion", 0U, {.reducesMotion = false});
-    row("reduced motion", appearance, "reduced-motion", 1U, {.reducesMotion = true});
-    row("animations", gnome, "enable-animations", true, {.reducesMotion = false});
-    row("no animations", gnome, "enable-animations", false, {.reducesMotion = true});
-    row("animations as a number", gnome, "enable-animations", 0U, {});
-    row("slow animations", plasma, "AnimationDurationFactor", u"2.5"_s, {.reducesMotion = false});
-    row("instant animations", plasma, "AnimationDurationFactor", u"0"_s, {.reducesMotion = true});
-    row("instant animations, a number", plasma, "AnimationDurationFactor", 0.0,
-        {.reducesMotion = true});
-    row("nonsense animations", plasma, "AnimationDurationFactor", u"fast"_s, {});
-}
-
-void SettingsPortalTests::whatThePortalSaysIsTold() {
-    QFETCH(QString, group);
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QFETCH(DesktopAppearance, expected);
-    m_portal->setValue(group, key, value);
-    startSource();
-    QTRY_COMPARE(m_told.size(), 1);
-    QVERIFY(m_told.constFirst() == expected);
-}
-
-void SettingsPortalTests::onlyTheNeededGroupsAreAskedFor() {
-    startSource();
-    QTRY_COMPARE(m_portal->questions().size(), 1);
-    QCOMPARE(m_portal->questions().constFirst(), (QStringList{appearance, gnome, plasma}));
-}
-
-void SettingsPortalTests::aLiveChangeIsTold_data() {
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<DesktopAppearance>("expected");
-    const auto row = [](const char* name, const QString& group, const char* key,
-                        const QVariant& value, const DesktopAppearance& expected) {
-        QTest::newRow(name) << group << QString::fromLatin1(key) << value << expected;
-    };
-    const QColor blue(0, 0, 255);
-    row("to light", appearance, "color-scheme", 2U, {.isDark = false, .accent = blue});
-    row("to no preference", appearance, "color-scheme", 0U, {.accent = blue});
-    row("accent", appearance, "accent-color", color(1, 0, 0),
-        {.isDark = true, .accent = QColor(255, 0, 0)});
-    row("accent taken back", appearance, "accent-color", color(-1, 0, 0), {.isDark = true});
-    row("contrast", appearance, "contrast", 1U,
-        {.isDark = true, .accent = blue, .increasesContrast = true});
-    row("motion", appearance, "reduced-motion", 1U,
-        {.isDark = true, .accent = blue, .reducesMotion = true});
-    row("animations", gnome, "enable-animations", false,
-        {.isDark = true, .accent = blue, .reducesMotion = true});
-}
-
-void SettingsPortalTests::aLiveChangeIsTold() {
-    QFETCH(QString, group);
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QFETCH(DesktopAppearance, expected);
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    m_portal->setValue(appearance, u"accent-color"_s, color(0, 0, 1));
-    startSource();
-    QTRY_COMPARE(m_told.size(), 1);
-    m_portal->changeValue(group, key, value);
-    QTRY_COMPARE(m_told.size(), 2);
-    QVERIFY(m_told.constLast() == expected);
-}
-
-void SettingsPortalTests::aChangeOfSomethingElseIsNotTold() {
-    startSource();
-    QTRY_COMPARE(m_told.size(), 1);
-    m_portal->changeValue(gnome, u"font-name"_s, u"Sans 12"_s);
-    m_portal->changeValue(u"org.example"_s, u"color-scheme"_s, 1U);
-    m_portal->changeValue(appearance, u"color-scheme"_s, 1U); // messages keep their order
-    QTRY_COMPARE(m_told.size(), 2);
-    QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = true});
-}
-
-void SettingsPortalTests::anAnswerThatHasComeCanBeTakenAtOnce() {
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    startSource();
-    while (m_portal->questions().isEmpty())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    // The answer is on its way now; from here on no event is processed.
-    const QDeadlineTimer limit(5000);
-    while (m_told.isEmpty() && !limit.hasExpired()) {
-        m_source->settle();
-        std::this_thread::yield();
-    }
-    QCOMPARE(m_told.size(), 1);
-    QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
-    m_portal->changeValue(appearance, u"color-scheme"_s, 2U);
-    QTRY_COMPARE(m_told.size(), 2); // and it is told once only
-    QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = false});
-}
-
-void SettingsPortalTests::settlingBeforeTheAnswerTellsNothing() {
-    m_source->settle(); // not even started
-    m_portal->setAnswers(false);
-    startSource();
-    m_source->settle();
-    QVERIFY(m_told.isEmpty());
-}
-
-void SettingsPortalTests::aPortalThatNeverAnswersTellsNothing() {
-    m_portal->setAnswers(false);
-    startSource();
-    QTRY_COMPARE(m_portal->questions().size(), 1);
-    QVERIFY(m_told.isEmpty());
-    // What it does say later counts all the same.
-    m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
-    QTRY_COMPARE(m_told.size(), 1);
-    QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
-}
-
-void SettingsPortalTests::anAnswerOfAnotherTypeTellsNothing_data() {
-    QTest::addColumn<QVariant>("answer");
-    QTest::newRow("text") << QVariant(u"dark"_s);
-    QTest::newRow("number") << QVariant(1U);
-    QTest::newRow("flat map") << QVariant(QVariantMap{{u"color-scheme"_s, 1U}});
-}
-
-void SettingsPortalTests::anAnswerOfAnotherTypeTellsNothing() {
-    QFETCH(QVariant, answer);
-    m_portal->setAnswer(answer);
-    startSource();
-    QTRY_COMPARE(m_portal->questions().size(), 1);
-    m_portal->changeValue(appearance, u"contrast"_s, 1U); // comes after the answer
-    QTRY_COMPARE(m_told.size(), 1);
-    QVERIFY(m_told.constFirst() == DesktopAppearance{.increasesContrast = true});
-}
-
-void SettingsPortalTests::withoutAPortalNothingIsTold() {
-    m_portal->disappear();
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    startSource();
-    QDBusConnection bus = m_bus->connect();
-    const auto question = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/"_s,
-                                                         u"org.freedesktop.DBus"_s, u"GetId"_s);
-    QCOMPARE(bus.call(question, QDBus::BlockWithGui).type(), QDBusMessage::ReplyMessage);
-    QVERIFY(m_told.isEmpty());
-    QVERIFY(m_portal->questions().isEmpty());
-}
-
-void SettingsPortalTests::aPortalThatStartsLaterIsAsked() {
-    m_portal->disappear();
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    startSource();
-    QVERIFY(m_portal->appear());
-    QTRY_COMPARE(m_told.size(), 1);
-    QVERIFY(m_told.constFirst() == DesktopAppearance{.isDark = true});
-}
-
-void SettingsPortalTests::aPortalThatStartsAnewIsAskedAgain() {
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    startSource();
-    QTRY_COMPARE(m_told.size(), 1);
-    m_portal->disappear();
-    m_portal->setValue(appearance, u"color-scheme"_s, 2U);
-    QVERIFY(m_portal->appear());
-    QTRY_COMPARE(m_told.size(), 2);
-    QVERIFY(m_told.constLast() == DesktopAppearance{.isDark = false});
-}
-
-void SettingsPortalTests::withoutABusNothingIsTold() {
-    SettingsPortal source([] { return std::optional<QDBusConnection>(); });
-    source.start([this](const DesktopAppearance& told) { m_told.append(told); });
-    source.settle();
-    QCoreApplication::processEvents();
-    QVERIFY(m_told.isEmpty());
-}
-
-void SettingsPortalTests::whenTheBusDiesTheLastWordHolds() {
-    m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-    QDBusConnection client = m_bus->connect();
-    m_source = std::make_unique<SettingsPortal>([client] { return client; });
-    startSource();
-    QTRY_COMPARE(m_told.size(), 1);
-    m_bus->kill();
-    QTRY_VERIFY(!client.isConnected());
-    m_source->settle();
-    QCoreApplication::processEvents();
-    QCOMPARE(m_told.size(), 1);
-}
-
-void SettingsPortalTests::whenTheBusDiesBeforeTheAnswerNothingIsTold() {
-    m_portal->setAnswers(false);
-    QDBusConnection client = m_bus->connect();
-    m_source = std::make_unique<SettingsPortal>([client] { return client; });
-    startSource();
-    QTRY_COMPARE(m_portal->questions().size(), 1);
-    m_bus->kill();
-    QTRY_VERIFY(!client.isConnected());
-    m_source->settle();
-    QCoreApplication::processEvents();
-    QVERIFY(m_told.isEmpty());
-}
-
-void SettingsPortalTests::anEndedSourceTellsNothing() {
-    m_portal->setAnswers(false);
-    startSource();
-    QTRY_COMPARE(m_portal->questions().size(), 1);
-    m_source.reset();
-    m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
-    // Another source hears that change: so the first one would have heard it, too.
-    m_source = std::make_unique<SettingsPortal>([this] { return m_bus->connect(); });
-    m_portal->setAnswers(true);
-    int told = 0;
-    m_source->start([&told](const DesktopAppearance& /*told*/) { ++told; });
-    QTRY_VERIFY(told > 0);
-    QVERIFY(m_told.isEmpty());
-}
 
 TELLWICK_TEST(SettingsPortalTests, Widgets)
 #include "SettingsPortalTests.moc"

@@ -106,18 +106,100 @@ class X11ActivationTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() {
+        QVERIFY2(QGuiApplication::platformName() == u"xcb",
+                 "Run it in scripts/with-display --managed.");
+        m_onlooker = std::make_unique<Onlooker>();
+        QVERIFY(m_onlooker->hasManager());
+    }
 
-    void aWindowBehindAnotherProgramsGetsTheFocus_data();
-    void aWindowBehindAnotherProgramsGetsTheFocus();
-    void aMinimisedWindowGetsTheFocus();
-    void theTimeOfTheUsersActionIsTold();
-    void aStartWithoutATimeIsTheUsersAction();
-    void theDesktopLearnsThatTheStartIsOver_data();
-    void theDesktopLearnsThatTheStartIsOver();
+    void cleanupTestCase() { m_onlooker.reset(); }
+
+    void init() {
+        cleanup(); // does not come after an init() that failed
+        m_window = std::make_unique<QWindow>();
+        m_window->setGeometry(0, 0, 400, 300);
+        m_window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        m_foreign = std::make_unique<QProcess>();
+        m_foreign->start(QStringLiteral(FOREIGN_WINDOW), QStringList());
+        QVERIFY(m_foreign->waitForReadyRead(watchdog)); // it has the focus
+        QTRY_VERIFY_WITH_TIMEOUT(!isActive(), watchdog);
+    }
+
+    void cleanup() {
+        if (m_foreign) {
+            m_foreign->closeWriteChannel();
+            m_foreign->waitForFinished(watchdog);
+        }
+        m_foreign.reset();
+        m_window.reset();
+    }
+
+    void aWindowBehindAnotherProgramsGetsTheFocus_data() {
+        QTest::addColumn<QByteArray>("token");
+        QTest::newRow("with a time") << QByteArray("launcher-1_TIME");
+        QTest::newRow("without a time") << QByteArray("launcher-1");
+        QTest::newRow("time zero") << QByteArray("launcher-1_TIME0");
+        QTest::newRow("nonsense for a time") << QByteArray("launcher-1_TIMEx");
+        QTest::newRow("from a terminal") << QByteArray();
+    }
+    void aWindowBehindAnotherProgramsGetsTheFocus() {
+        QFETCH(QByteArray, token);
+        if (token.endsWith("_TIME"))
+            token += serverTime();
+        activateWindow(*m_window, token);
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->isActive(), watchdog);
+    }
+
+    void aMinimisedWindowGetsTheFocus() {
+        m_window->showMinimized();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isExposed(), watchdog);
+        activateWindow(*m_window, "launcher-1_TIME" + serverTime());
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->isExposed(), watchdog);
+    }
+
+    void theTimeOfTheUsersActionIsTold() {
+        const QByteArray time = serverTime();
+        activateWindow(*m_window, "launcher-1_TIME" + time);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m_onlooker->number(static_cast<xcb_window_t>(m_window->winId()), "_NET_WM_USER_TIME"),
+            time.toUInt(), watchdog);
+        m_onlooker->look();
+        QCOMPARE(m_onlooker->wish(), std::pair(1U, time.toUInt()));
+    }
+
+    void aStartWithoutATimeIsTheUsersAction() {
+        activateWindow(*m_window, {});
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        m_onlooker->look();
+        QCOMPARE(m_onlooker->wish(), std::pair(2U, 0U));
+    }
+
+    void theDesktopLearnsThatTheStartIsOver_data() {
+        QTest::addColumn<QByteArray>("token");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("short") << QByteArray("a_TIME1") << QByteArray("remove: ID=\"a_TIME1\"");
+        QTest::newRow("20 bytes with its end")
+            << QByteArray("1234567") << QByteArray("remove: ID=\"1234567\"");
+        QTest::newRow("long") << QByteArray(100, 'x')
+                              << "remove: ID=\"" + QByteArray(100, 'x') + '"';
+        QTest::newRow("quotes") << QByteArray("a\"b\\c")
+                                << QByteArray("remove: ID=\"a\\\"b\\\\c\"");
+    }
+    void theDesktopLearnsThatTheStartIsOver() {
+        QFETCH(QByteArray, token);
+        QFETCH(QByteArray, message);
+        activateWindow(*m_window, token);
+        const auto hasCome = [this] {
+            m_onlooker->look();
+            return m_onlooker->startupInformation().contains('\0');
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(hasCome(), watchdog);
+        QCOMPARE(QByteArray(m_onlooker->startupInformation().constData()), message);
+    }
 
 private:
     bool isActive() const { return m_onlooker->activeWindow() == m_window->winId(); }
@@ -126,103 +208,6 @@ private:
     std::unique_ptr<QWindow> m_window;
     std::unique_ptr<QProcess> m_foreign;
 };
-
-void X11ActivationTests::initTestCase() {
-    QVERIFY2(QGuiApplication::platformName() == u"xcb",
-             "Run it in scripts/with-display --managed.");
-    m_onlooker = std::make_unique<Onlooker>();
-    QVERIFY(m_onlooker->hasManager());
-}
-
-void X11ActivationTests::cleanupTestCase() {
-    m_onlooker.reset();
-}
-
-void X11ActivationTests::init() {
-    cleanup(); // does not come after an init() that failed
-    m_window = std::make_unique<QWindow>();
-    m_window->setGeometry(0, 0, 400, 300);
-    m_window->show();
-    QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-    m_foreign = std::make_unique<QProcess>();
-    m_foreign->start(QStringLiteral(FOREIGN_WINDOW), QStringList());
-    QVERIFY(m_foreign->waitForReadyRead(watchdog)); // it has the focus
-    QTRY_VERIFY_WITH_TIMEOUT(!isActive(), watchdog);
-}
-
-void X11ActivationTests::cleanup() {
-    if (m_foreign) {
-        m_foreign->closeWriteChannel();
-        m_foreign->waitForFinished(watchdog);
-    }
-    m_foreign.reset();
-    m_window.reset();
-}
-
-void X11ActivationTests::aWindowBehindAnotherProgramsGetsTheFocus_data() {
-    QTest::addColumn<QByteArray>("token");
-    QTest::newRow("with a time") << QByteArray("launcher-1_TIME");
-    QTest::newRow("without a time") << QByteArray("launcher-1");
-    QTest::newRow("time zero") << QByteArray("launcher-1_TIME0");
-    QTest::newRow("nonsense for a time") << QByteArray("launcher-1_TIMEx");
-    QTest::newRow("from a terminal") << QByteArray();
-}
-
-void X11ActivationTests::aWindowBehindAnotherProgramsGetsTheFocus() {
-    QFETCH(QByteArray, token);
-    if (token.endsWith("_TIME"))
-        token += serverTime();
-    activateWindow(*m_window, token);
-    QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-    QTRY_VERIFY_WITH_TIMEOUT(m_window->isActive(), watchdog);
-}
-
-void X11ActivationTests::aMinimisedWindowGetsTheFocus() {
-    m_window->showMinimized();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_window->isExposed(), watchdog);
-    activateWindow(*m_window, "launcher-1_TIME" + serverTime());
-    QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-    QTRY_VERIFY_WITH_TIMEOUT(m_window->isExposed(), watchdog);
-}
-
-void X11ActivationTests::theTimeOfTheUsersActionIsTold() {
-    const QByteArray time = serverTime();
-    activateWindow(*m_window, "launcher-1_TIME" + time);
-    QTRY_COMPARE_WITH_TIMEOUT(
-        m_onlooker->number(static_cast<xcb_window_t>(m_window->winId()), "_NET_WM_USER_TIME"),
-        time.toUInt(), watchdog);
-    m_onlooker->look();
-    QCOMPARE(m_onlooker->wish(), std::pair(1U, time.toUInt()));
-}
-
-void X11ActivationTests::aStartWithoutATimeIsTheUsersAction() {
-    activateWindow(*m_window, {});
-    QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-    m_onlooker->look();
-    QCOMPARE(m_onlooker->wish(), std::pair(2U, 0U));
-}
-
-void X11ActivationTests::theDesktopLearnsThatTheStartIsOver_data() {
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<QByteArray>("message");
-    QTest::newRow("short") << QByteArray("a_TIME1") << QByteArray("remove: ID=\"a_TIME1\"");
-    QTest::newRow("20 bytes with its end")
-        << QByteArray("1234567") << QByteArray("remove: ID=\"1234567\"");
-    QTest::newRow("long") << QByteArray(100, 'x') << "remove: ID=\"" + QByteArray(100, 'x') + '"';
-    QTest::newRow("quotes") << QByteArray("a\"b\\c") << QByteArray("remove: ID=\"a\\\"b\\\\c\"");
-}
-
-void X11ActivationTests::theDesktopLearnsThatTheStartIsOver() {
-    QFETCH(QByteArray, token);
-    QFETCH(QByteArray, message);
-    activateWindow(*m_window, token);
-    const auto hasCome = [this] {
-        m_onlooker->look();
-        return m_onlooker->startupInformation().contains('\0');
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(hasCome(), watchdog);
-    QCOMPARE(QByteArray(m_onlooker->startupInformation().constData()), message);
-}
 
 TELLWICK_TEST(X11ActivationTests, Widgets)
 #include "X11ActivationTests.moc"
