@@ -230,7 +230,7 @@ void OllamaReplyTests::theReplyIsReadToItsEndWithoutAReader() {
                                    .head(200)
                                    .send(chatLine(u"a"_s))
                                    .gate()
-                                   .send(chatLine(QString(1'000, u'b')).repeated(20'000))
+                                   .send(chatLine(QString(4'000, u'b')).repeated(2'000))
                                    .gate()
                                    .send(chatLine(u"c"_s, true))
                                    .hold());
@@ -247,8 +247,9 @@ void OllamaReplyTests::theReplyIsReadToItsEndWithoutAReader() {
         const ReplyStream dropped = std::move(stream);
     }
     m_fixture->server->release();
-    QTRY_COMPARE_WITH_TIMEOUT(m_fixture->server->gatesReached(), 2, 30'000);
-    QVERIFY(!m_fixture->server->isFinished());
+    const ScriptedServer& server = *m_fixture->server;
+    QTRY_VERIFY_WITH_TIMEOUT(server.gatesReached() == 2 || server.isFinished(), 30'000);
+    QVERIFY2(!server.isFinished(), "the reply was given up");
     m_fixture->server->release();
     QTRY_VERIFY(m_fixture->server->clientClosed());
     if (reply)
