@@ -217,9 +217,10 @@ qsizetype TextFlow::characterAt(const QPointF& point) const {
 }
 
 QRectF TextFlow::characterRect(qsizetype position) const {
-    const std::size_t index = chunkAt(position);
-    if (index >= m_chunks.size())
+    if (m_chunks.empty())
         return {};
+    position = std::clamp<qsizetype>(position, 0, m_content.text.size());
+    const std::size_t index = chunkAt(position);
     const Chunk& chunk = m_chunks[index];
     if (position < chunk.end())
         return rects(position, position + 1).front();

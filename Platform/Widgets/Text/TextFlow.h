@@ -64,7 +64,7 @@ public:
     qsizetype positionAt(const QPointF& point) const;
     /// The character under a point, none (-1) beside the text.
     qsizetype characterAt(const QPointF& point) const;
-    /// Where a character stands.
+    /// Where a character stands; for a place outside of the text, its nearest end.
     QRectF characterRect(qsizetype position) const;
     /// The rectangles, one a line, that a range of characters covers.
     std::vector<QRectF> rects(qsizetype start, qsizetype end) const;

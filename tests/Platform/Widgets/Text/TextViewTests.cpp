@@ -161,6 +161,24 @@ private Q_SLOTS:
         QCOMPARE(f.view.selectedText(), u"some"_s);
     }
 
+    void assistiveTechnologyMayAskOutsideOfTheText() {
+        for (const QStringView content : {u"", u"some\nwords"}) {
+            TextWindow f(content);
+            QAccessibleTextInterface* text =
+                QAccessible::queryAccessibleInterface(&f.view)->textInterface();
+            int start = 0;
+            int end = 0;
+            for (const int offset : {-1000, -1, 0, 10, 11, 1000}) {
+                QVERIFY(text->characterRect(offset).height() > 0);
+                QCOMPARE(text->text(offset, offset), QString());
+                text->attributes(offset, &start, &end);
+                text->setSelection(0, offset, 3);
+                QVERIFY(f.view.selection().end <= content.size());
+            }
+            QCOMPARE(text->offsetAtPoint({-10000, -10000}), -1);
+        }
+    }
+
     /// The accessibility bus ends a text at a NUL.
     void assistiveTechnologyReadsBeyondANul() {
         TextWindow f;
