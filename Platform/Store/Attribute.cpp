@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/Attribute.h"
 
-#include "Platform/Store/PersistentModel.h"
+#include "Platform/Store/ModelContext.h"
 #include "Platform/Store/TextList.h"
 
 namespace platform {
@@ -12,33 +12,34 @@ Attribute::Attribute(PersistentModel& record, QString name)
     record.m_attributes.append(this);
 }
 
-Attribute::~Attribute() = default;
-
 void Attribute::markChanged() {
-    m_record.markChanged();
+    if (m_record.m_context)
+        m_record.m_context->markChanged(m_record);
 }
 
-DateAttribute::DateAttribute(PersistentModel& record, QString name, Instant initial)
+DateAttribute::DateAttribute(PersistentModel& record, QString name, const QDateTime& initial)
     : Attribute(record, std::move(name))
-    , m_value(initial) {}
+    , m_value(initial.toUTC()) {}
 
-DateAttribute& DateAttribute::operator=(Instant value) {
+DateAttribute& DateAttribute::operator=(const QDateTime& value) {
     if (m_value.valueBypassingBindings() != value) {
         markChanged();
-        m_value.setValue(value);
+        m_value.setValue(value.toUTC());
     }
     return *this;
 }
 
 QByteArray DateAttribute::encoded() const {
-    return toIsoText(m_value.valueBypassingBindings());
+    return m_value.valueBypassingBindings().toString(Qt::ISODateWithMs).toLatin1();
 }
 
 bool DateAttribute::restore(const QByteArray& encoded) {
-    const auto value = instantFromIsoText(encoded);
-    if (value)
-        m_value.setValue(*value);
-    return value.has_value();
+    QDateTime value = QDateTime::fromString(QString::fromUtf8(encoded), Qt::ISODateWithMs);
+    if (value.timeSpec() == Qt::LocalTime)
+        value.setTimeSpec(Qt::UTC);
+    if (value.isValid())
+        m_value.setValue(value.toUTC());
+    return value.isValid();
 }
 
 TextListAttribute::TextListAttribute(PersistentModel& record, QString name)

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Platform/Observation/Observed.h"
-#include "Platform/Store/Instant.h"
 
+#include <QDateTime>
 #include <QStringList>
 
 namespace platform {
@@ -18,7 +18,7 @@ public:
     Attribute(PersistentModel& record, QString name);
     Attribute(const Attribute&) = delete;
     Attribute& operator=(const Attribute&) = delete;
-    virtual ~Attribute();
+    virtual ~Attribute() = default;
 
     /// The name of the column.
     const QString& name() const { return m_name; }
@@ -30,10 +30,6 @@ public:
     /// taken, when the text cannot be read.
     virtual bool restore(const QByteArray& encoded) = 0;
 
-    /// Whether a new value of this attribute comes with every change of the record, so that it
-    /// tells one state of the record from another.
-    virtual bool tellsState() const { return false; }
-
 protected:
     void markChanged();
 
@@ -42,30 +38,29 @@ private:
     QString m_name;
 };
 
-/// An instant. Readers are notified when it actually changes.
+/// A point in time in UTC, to the millisecond; in the store an ISO 8601 text. Readers are notified
+/// when it actually changes.
 class DateAttribute final : public Attribute {
 public:
-    DateAttribute(PersistentModel& record, QString name, Instant initial);
+    DateAttribute(PersistentModel& record, QString name, const QDateTime& initial);
 
-    Instant value() const { return m_value.value(); }
-    operator Instant() const { return value(); }
-    DateAttribute& operator=(Instant value);
+    QDateTime value() const { return m_value.value(); }
+    DateAttribute& operator=(const QDateTime& value);
 
     QByteArray encoded() const override;
+    /// Also reads texts with a finer fraction, or without a time zone: they mean UTC.
     bool restore(const QByteArray& encoded) override;
-    bool tellsState() const override { return true; }
 
 private:
-    Observed<Instant> m_value;
+    Observed<QDateTime> m_value;
 };
 
-/// An ordered list of texts. Readers are notified at every assignment.
+/// An ordered list of texts; in the store a JSON array. Readers are notified at every assignment.
 class TextListAttribute final : public Attribute {
 public:
     TextListAttribute(PersistentModel& record, QString name);
 
     const QStringList& value() const { return m_value.value(); }
-    operator const QStringList&() const { return value(); }
     TextListAttribute& operator=(QStringList value);
 
     QByteArray encoded() const override;

@@ -68,8 +68,8 @@ void Database::check(int result) const {
                                                         : sqlite3_errstr(result));
 }
 
-void Database::execute(const char* sql) {
-    check(sqlite3_exec(m_connection.get(), sql, nullptr, nullptr, nullptr));
+void Database::execute(const QByteArray& sql) {
+    check(sqlite3_exec(m_connection.get(), sql.constData(), nullptr, nullptr, nullptr));
 }
 
 qint64 Database::number(const char* sql) {

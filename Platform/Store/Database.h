@@ -20,7 +20,7 @@ public:
     static Database open(const QString& file);
 
     /// Runs statements that give no rows and take no values.
-    void execute(const char* sql);
+    void execute(const QByteArray& sql);
 
     /// The value of a statement that gives one number.
     qint64 number(const char* sql);

@@ -3,20 +3,18 @@
 
 #include "Platform/Store/StoreError.h"
 
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 namespace platform {
 
-using namespace Qt::StringLiterals;
 using Reason = StoreError::Reason;
 
 namespace {
@@ -63,25 +61,16 @@ void makeFolder(const QString& folder) {
 
 } // namespace
 
-ModelContainer::ModelContainer(QString file, QList<RecordType> types, int version)
+ModelContainer::ModelContainer(QString file, RecordType type)
     : m_file(std::move(file))
-    , m_types(std::move(types))
-    , m_version(version) {}
-
-const RecordType& ModelContainer::type(const QString& name) const {
-    const auto found = std::find_if(m_types.begin(), m_types.end(),
-                                    [&](const RecordType& type) { return type.name == name; });
-    if (found == m_types.end())
-        qFatal("ModelContainer: there is no record type of that name in the store");
-    return *found;
-}
+    , m_type(std::move(type)) {}
 
 std::optional<Database> ModelContainer::openForReading() const {
     if (!isThere(m_file))
         return std::nullopt;
     Database database = Database::open(m_file);
     database.execute("BEGIN");
-    if (!hasTables(database))
+    if (!hasTable(database))
         return std::nullopt;
     return database;
 }
@@ -94,8 +83,9 @@ Database ModelContainer::openForWriting() const {
     // files elsewhere: what the user deletes does not linger.
     database.execute("PRAGMA synchronous=FULL; PRAGMA journal_mode=TRUNCATE;"
                      "PRAGMA secure_delete=ON; PRAGMA temp_store=MEMORY; BEGIN IMMEDIATE");
-    if (!hasTables(database))
-        makeTables(database);
+    if (!hasTable(database))
+        database.execute(tableDefinition(m_type) +
+                         "; PRAGMA user_version=" + QByteArray::number(schemaVersion));
     return database;
 }
 
@@ -113,34 +103,17 @@ void ModelContainer::makeFile() const {
         throwUnreachable(errno);
 }
 
-bool ModelContainer::hasTables(Database& database) const {
+bool ModelContainer::hasTable(Database& database) const {
     const qint64 version = database.number("PRAGMA user_version");
-    if (version > m_version)
+    if (version > schemaVersion)
         throw StoreError(Reason::LaterVersion, "written by a later version");
     if (version == 0 && database.number("SELECT count(*) FROM sqlite_schema") == 0)
         return false;
-    for (const RecordType& type : m_types) {
-        Statement table(database,
-                        "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND sql = ?");
-        const QByteArray definition = tableDefinition(type);
-        table.bind(definition).step();
-        if (table.number(0) != 1)
-            throw StoreError(Reason::Foreign, "tables of another layout");
-    }
+    const QByteArray definition = tableDefinition(m_type);
+    Statement table(database, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND sql = ?");
+    if (!table.bind(definition).step())
+        throw StoreError(Reason::Foreign, "a table of another layout");
     return true;
-}
-
-void ModelContainer::makeTables(Database& database) const {
-    for (const RecordType& type : m_types)
-        database.execute(tableDefinition(type).constData());
-    database.execute(("PRAGMA user_version=" + QByteArray::number(m_version)).constData());
-}
-
-QString userDataFile(const QString& relativePath) {
-    const QString configured = qEnvironmentVariable("XDG_DATA_HOME");
-    const QString folder =
-        QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + u"/.local/share"_s;
-    return QDir::cleanPath(folder + u'/' + relativePath);
 }
 
 } // namespace platform

@@ -8,23 +8,21 @@
 
 namespace platform {
 
-/// A store on disk: one SQLite file with a table for each type of records.
+/// A store on disk: one SQLite file with the table of one type of records.
 ///
 /// Making it costs nothing and cannot fail: the file is opened for each fetch and each save, and
 /// made (0600, its folder 0700) by the first save. That the store may be anybody's file, or
 /// nobody's, is found there: a file that is no database, that a later version has written, or whose
-/// tables are laid out otherwise is never written to. Both functions that open it throw StoreError.
+/// table is laid out otherwise is never written to. Both functions that open it throw StoreError.
 class ModelContainer {
 public:
+    /// The version of the table's layout, which the file carries.
+    static constexpr int schemaVersion = 1;
+
     /// @param file absolute path of the store's file.
-    /// @param types the types of records that it holds.
-    /// @param version the version of their tables' layout, from 1.
-    ModelContainer(QString file, QList<RecordType> types, int version = 1);
+    ModelContainer(QString file, RecordType type);
 
-    const QString& file() const { return m_file; }
-
-    /// The type of that name, which must be one of the container's.
-    const RecordType& type(const QString& name) const;
+    const RecordType& type() const { return m_type; }
 
     /// The store in a transaction that reads; none when nothing has ever been saved in it.
     std::optional<Database> openForReading() const;
@@ -35,16 +33,11 @@ public:
 
 private:
     void makeFile() const;
-    /// Whether the tables are there; throws where the file is not, or not entirely, this store's.
-    bool hasTables(Database& database) const;
-    void makeTables(Database& database) const;
+    /// Whether the table is there; throws where the file is not, or not entirely, this store's.
+    bool hasTable(Database& database) const;
 
     QString m_file;
-    QList<RecordType> m_types;
-    int m_version;
+    RecordType m_type;
 };
-
-/// The path of a file in the folder where the platform keeps the data of the user's programs.
-QString userDataFile(const QString& relativePath);
 
 } // namespace platform

@@ -16,34 +16,39 @@ QByteArray columnList(const RecordType& type) {
     return columns.join(", ");
 }
 
-/// The condition that finds a record's row, if it is still as it was when it was last read or
-/// written. Its values: the identifier, then the saved state.
-QByteArray unchangedRow(const PersistentModel& record) {
-    QByteArray condition = " WHERE rowid = ?";
-    for (const Attribute* attribute : record.attributes())
-        if (attribute->tellsState())
-            condition += " AND " + quoted(attribute->name()) + " = ?";
-    return condition;
+/// The end of a statement that finds a row if it is still as it was when it was last read or
+/// written. Its values are those of a StoredRow.
+QByteArray unchangedRow(const RecordType& type) {
+    return " WHERE rowid = ? AND " + quoted(type.attributes.first()) + " = ?";
 }
 
-void insertRow(Database& database, const RecordType& type, const QByteArrayList& values) {
-    QByteArrayList places;
-    places.fill("?", values.size());
-    Statement statement(database, "INSERT INTO " + quoted(type.name) + " (" + columnList(type) +
-                                      ") VALUES (" + places.join(", ") + ")");
+Statement& bindAll(Statement& statement, const QByteArrayList& values) {
     for (const QByteArray& value : values)
         statement.bind(value);
-    statement.run();
+    return statement;
+}
+
+/// False where the row is not there any more, or another program has written it.
+bool updateRow(Database& database, const RecordType& type, const StoredRow& row,
+               const QByteArrayList& values) {
+    QByteArrayList assignments;
+    for (const QString& attribute : type.attributes)
+        assignments.append(quoted(attribute) + " = ?");
+    Statement statement(database, "UPDATE " + quoted(type.name) + " SET " + assignments.join(", ") +
+                                      unchangedRow(type));
+    bindAll(statement, values).bind(row.identifier).bind(row.version).run();
+    return database.changedRows() > 0;
+}
+
+qint64 insertRow(Database& database, const RecordType& type, const QByteArrayList& values) {
+    Statement statement(database, "INSERT INTO " + quoted(type.name) + " (" + columnList(type) +
+                                      ") VALUES (" + QByteArrayList(values.size(), "?").join(", ") +
+                                      ")");
+    bindAll(statement, values).run();
+    return database.insertedRow();
 }
 
 } // namespace
-
-/// What a record is in the store once the transaction is durable.
-struct ModelContext::Written {
-    Record record;
-    PersistentIdentifier identifier;
-    QByteArrayList state;
-};
 
 ModelContext::ModelContext(const ModelContainer& container, std::chrono::milliseconds autosaveDelay)
     : m_container(container)
@@ -58,102 +63,87 @@ ModelContext::ModelContext(const ModelContainer& container, std::chrono::millise
 
 ModelContext::~ModelContext() {
     autosave();
-    for (const auto& [identifier, known] : m_known)
-        if (const Record record = known.lock())
-            record->m_context = nullptr;
-    for (const Record& record : m_inserted)
+    for (const Record& record : m_records)
         record->m_context = nullptr;
 }
 
-QList<ModelContext::Record> ModelContext::fetchAll(const QString& typeName) {
-    const RecordType& type = m_container.type(typeName);
+QList<ModelContext::Record> ModelContext::fetchAll() {
+    const RecordType& type = m_container.type();
     QList<Record> records;
     if (auto database = m_container.openForReading()) {
         Statement rows(*database, "SELECT rowid, " + columnList(type) + " FROM " +
                                       quoted(type.name) + " ORDER BY rowid");
         while (rows.step()) {
-            const PersistentIdentifier identifier = rows.number(0);
-            const bool isDeleted =
-                std::any_of(m_deleted.begin(), m_deleted.end(), [&](const Record& record) {
-                    return record->m_type == typeName && record->m_identifier == identifier;
-                });
-            if (!isDeleted)
-                records.append(materialize(type, rows));
+            const auto isThisRow = [&](const StoredRow& row) {
+                return row.identifier == rows.number(0);
+            };
+            if (std::none_of(m_deleted.begin(), m_deleted.end(), isThisRow))
+                records.append(materialize(rows));
         }
     }
-    for (const Record& record : m_inserted)
-        if (record->m_type == typeName)
+    for (const Record& record : m_records)
+        if (!record->m_stored)
             records.append(record);
     return records;
 }
 
-ModelContext::Record ModelContext::materialize(const RecordType& type, const Statement& row) {
-    const PersistentIdentifier identifier = row.number(0);
-    auto& known = m_known[{type.name, identifier}];
-    Record record = known.lock();
-    if (record && record->m_hasChanges)
-        return record;
-    if (!record)
-        record = type.make();
+ModelContext::Record ModelContext::materialize(const Statement& row) {
+    const qint64 identifier = row.number(0);
+    const auto known = std::find_if(m_records.begin(), m_records.end(), [&](const Record& record) {
+        return record->m_stored && record->m_stored->identifier == identifier;
+    });
+    if (known != m_records.end() && (*known)->m_hasChanges)
+        return *known;
+    const Record record = known != m_records.end() ? *known : m_container.type().make();
     int column = 0;
     for (Attribute* attribute : record->m_attributes)
         if (!attribute->restore(row.text(++column)))
             throw StoreError(StoreError::Reason::Malformed, "a value that cannot be read");
-    known = record;
-    record->m_type = type.name;
-    record->m_identifier = identifier;
+    if (known == m_records.end())
+        m_records.push_back(record);
     record->m_context = this;
-    // As the store has it, which need not be the text that this program would write.
-    record->m_savedState.clear();
-    column = 0;
-    for (const Attribute* attribute : record->m_attributes) {
-        ++column;
-        if (attribute->tellsState())
-            record->m_savedState.append(row.text(column));
-    }
+    // The version as the store has it, which need not be the text that this program would write.
+    record->m_stored = {identifier, row.text(1)};
     return record;
 }
 
-void ModelContext::insertRecord(const QString& type, const Record& record) {
+void ModelContext::insert(const Record& record) {
     if (record->m_context)
         return;
-    record->m_type = m_container.type(type).name;
     record->m_context = this;
-    record->m_hasChanges = true;
-    m_inserted.push_back(record);
-    m_autosaveTimer.start(m_nextDelay);
+    m_records.push_back(record);
+    markChanged(*record);
 }
 
-void ModelContext::deleteRecord(const Record& record) {
+void ModelContext::deleteRecord(Record record) {
     if (record->m_context != this)
         return;
     record->m_context = nullptr;
     record->m_hasChanges = false;
-    std::erase(m_inserted, record);
-    std::erase(m_changed, record);
-    if (!record->m_identifier)
-        return;
-    m_known.erase({record->m_type, *record->m_identifier});
-    m_deleted.push_back(record);
-    if (!m_autosaveTimer.isActive())
-        m_autosaveTimer.start(m_nextDelay);
+    std::erase(m_records, record);
+    if (const auto row = std::exchange(record->m_stored, std::nullopt)) {
+        m_deleted.push_back(*row);
+        scheduleAutosave();
+    }
 }
 
 bool ModelContext::hasChanges() const {
-    return !m_inserted.empty() || !m_changed.empty() || !m_deleted.empty();
+    return !m_deleted.empty() || std::any_of(
+                                     m_records.begin(), m_records.end(),
+                                     [](const auto& record) { return record->m_hasChanges; });
 }
 
-void ModelContext::recordChanged(PersistentModel& record) {
-    m_changed.push_back(record.shared_from_this());
-    if (!m_autosaveTimer.isActive())
-        m_autosaveTimer.start(m_nextDelay);
+void ModelContext::markChanged(PersistentModel& record) {
+    record.m_hasChanges = true;
+    scheduleAutosave();
 }
 
 void ModelContext::save() {
     if (!hasChanges())
         return;
+    std::vector<StoredRow> written;
     try {
-        take(writeChanges());
+        written = writeChanges();
     } catch (...) {
         m_nextDelay = std::min(m_nextDelay * 2, longestAutosaveDelay);
         m_autosaveTimer.start(m_nextDelay);
@@ -161,69 +151,41 @@ void ModelContext::save() {
     }
     m_nextDelay = m_autosaveDelay;
     m_autosaveTimer.stop();
+    m_deleted.clear();
+    auto row = written.begin();
+    for (const Record& record : m_records)
+        if (std::exchange(record->m_hasChanges, false))
+            record->m_stored = *row++;
 }
 
-std::vector<ModelContext::Written> ModelContext::writeChanges() const {
-    std::vector<Written> written;
+/// Gives what the store has of each changed record once the transaction is durable.
+std::vector<StoredRow> ModelContext::writeChanges() const {
+    const RecordType& type = m_container.type();
     Database database = m_container.openForWriting();
-
-    for (const Record& record : m_deleted) {
-        Statement statement(database,
-                            "DELETE FROM " + quoted(record->m_type) + unchangedRow(*record));
-        statement.bind(*record->m_identifier);
-        for (const QByteArray& value : record->m_savedState)
-            statement.bind(value);
-        statement.run();
-    }
-
-    for (const Record& record : m_changed) {
-        const RecordType& type = m_container.type(record->m_type);
-        QByteArrayList values;
-        QByteArrayList assignments;
-        for (const Attribute* attribute : record->m_attributes) {
-            values.append(attribute->encoded());
-            assignments.append(quoted(attribute->name()) + " = ?");
-        }
-        Statement statement(database, "UPDATE " + quoted(type.name) + " SET " +
-                                          assignments.join(", ") + unchangedRow(*record));
-        for (const QByteArray& value : values)
-            statement.bind(value);
-        statement.bind(*record->m_identifier);
-        for (const QByteArray& value : record->m_savedState)
-            statement.bind(value);
-        statement.run();
-        PersistentIdentifier identifier = *record->m_identifier;
-        if (database.changedRows() == 0) {
-            insertRow(database, type, values);
-            identifier = database.insertedRow();
-        }
-        written.push_back({record, identifier, record->state()});
-    }
-
-    for (const Record& record : m_inserted) {
+    for (const StoredRow& row : m_deleted)
+        Statement(database, "DELETE FROM " + quoted(type.name) + unchangedRow(type))
+            .bind(row.identifier)
+            .bind(row.version)
+            .run();
+    std::vector<StoredRow> written;
+    for (const Record& record : m_records) {
+        if (!record->m_hasChanges)
+            continue;
         QByteArrayList values;
         for (const Attribute* attribute : record->m_attributes)
             values.append(attribute->encoded());
-        insertRow(database, m_container.type(record->m_type), values);
-        written.push_back({record, database.insertedRow(), record->state()});
+        const auto& stored = record->m_stored;
+        const bool isUpdated = stored && updateRow(database, type, *stored, values);
+        written.push_back(
+            {isUpdated ? stored->identifier : insertRow(database, type, values), values.first()});
     }
-
     database.execute("COMMIT");
     return written;
 }
 
-void ModelContext::take(const std::vector<Written>& written) {
-    for (const auto& [record, identifier, state] : written) {
-        if (record->m_identifier)
-            m_known.erase({record->m_type, *record->m_identifier});
-        record->m_identifier = identifier;
-        record->m_savedState = state;
-        record->m_hasChanges = false;
-        m_known[{record->m_type, identifier}] = record;
-    }
-    m_inserted.clear();
-    m_changed.clear();
-    m_deleted.clear();
+void ModelContext::scheduleAutosave() {
+    if (!m_autosaveTimer.isActive())
+        m_autosaveTimer.start(m_nextDelay);
 }
 
 void ModelContext::autosave() {

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <vector>
 
 namespace platform {
@@ -16,12 +15,11 @@ namespace platform {
 /// The records of a store as a program works with them: it fetches, makes, changes and deletes
 /// them here, and saves what has changed as one transaction.
 ///
-/// Within a context a record is one object. Changes that nobody saves are saved by themselves: a
-/// moment after they were made, when the application quits, and at the end of the context. A save
-/// that fails leaves them pending, and they are tried again after a while.
+/// Within a context a record is one object, which the context keeps. Changes that nobody saves are
+/// saved by themselves: a moment after they were made, when the application quits, and at the end
+/// of the context. A save that fails leaves them pending, and they are tried again after a while.
 ///
-/// The context outlives the changes made to its records; records may outlive it. All of it belongs
-/// to one thread, which runs a Qt event loop.
+/// Records may outlive the context. All of it belongs to one thread, which runs a Qt event loop.
 class ModelContext {
 public:
     /// How long after a change it is saved by itself.
@@ -36,34 +34,25 @@ public:
     ModelContext& operator=(const ModelContext&) = delete;
     ~ModelContext();
 
-    /// The records of a type, as the store holds them and with all pending changes of this context.
-    /// Throws StoreError.
+    /// The records as the store holds them, with all pending changes of this context. `Model` is
+    /// the container's type of records. Throws StoreError.
     template <class Model>
-    QList<std::shared_ptr<Model>> fetch(const FetchDescriptor<Model>& descriptor = {}) {
+    QList<std::shared_ptr<Model>> fetch(const FetchDescriptor<Model>& descriptor) {
         QList<std::shared_ptr<Model>> records;
-        for (const auto& record : fetchAll(Model::recordName()))
+        for (const Record& record : fetchAll())
             records.append(std::static_pointer_cast<Model>(record));
-        const auto comesBefore = [&](const auto& a, const auto& b) {
-            for (const auto& order : descriptor.sortBy) {
-                if (order.comesBefore(*a, *b))
-                    return true;
-                if (order.comesBefore(*b, *a))
-                    return false;
-            }
-            return false;
-        };
-        std::stable_sort(records.begin(), records.end(), comesBefore);
+        const auto date = descriptor.sortBy.latestFirst;
+        std::stable_sort(records.begin(), records.end(), [date](const auto& a, const auto& b) {
+            return ((*a).*date).value() > ((*b).*date).value();
+        });
         return records;
     }
 
     /// Takes in a new record. It is in the store from the next save on.
-    template <class Model>
-    void insert(const std::shared_ptr<Model>& record) {
-        insertRecord(Model::recordName(), record);
-    }
+    void insert(const std::shared_ptr<PersistentModel>& record);
 
     /// Marks a record for deletion. It is gone from the store from the next save on.
-    void deleteRecord(const std::shared_ptr<PersistentModel>& record);
+    void deleteRecord(std::shared_ptr<PersistentModel> record);
 
     /// Whether something waits to be saved.
     bool hasChanges() const;
@@ -76,16 +65,14 @@ public:
     void save();
 
 private:
-    friend class PersistentModel;
+    friend class Attribute;
     using Record = std::shared_ptr<PersistentModel>;
-    struct Written;
 
-    QList<Record> fetchAll(const QString& type);
-    Record materialize(const RecordType& type, const Statement& row);
-    void insertRecord(const QString& type, const Record& record);
-    void recordChanged(PersistentModel& record);
-    std::vector<Written> writeChanges() const;
-    void take(const std::vector<Written>& written);
+    QList<Record> fetchAll();
+    Record materialize(const Statement& row);
+    void markChanged(PersistentModel& record);
+    std::vector<StoredRow> writeChanges() const;
+    void scheduleAutosave();
     void autosave();
 
     const ModelContainer& m_container;
@@ -93,10 +80,8 @@ private:
     QTimer m_autosaveTimer;
     std::chrono::milliseconds m_nextDelay;
 
-    std::map<std::pair<QString, PersistentIdentifier>, std::weak_ptr<PersistentModel>> m_known;
-    std::vector<Record> m_inserted;
-    std::vector<Record> m_changed;
-    std::vector<Record> m_deleted;
+    std::vector<Record> m_records;    ///< all that were fetched or inserted, but the deleted ones
+    std::vector<StoredRow> m_deleted; ///< what the next save deletes
 };
 
 } // namespace platform

@@ -4,10 +4,11 @@
 #include "Platform/Store/PersistentModel.h"
 
 #include <functional>
+#include <memory>
 
 namespace platform {
 
-/// What a store knows of a type of records: the name of its table, its attributes, how to make one.
+/// What a store knows of its records: the name of their table, their attributes, how to make one.
 struct RecordType {
     QString name;
     QStringList attributes;
@@ -17,8 +18,8 @@ struct RecordType {
     template <class Model>
     static RecordType of() {
         RecordType type{Model::recordName(), {}, [] { return std::make_shared<Model>(); }};
-        const auto example = type.make();
-        for (const Attribute* attribute : example->attributes())
+        const Model example;
+        for (const Attribute* attribute : example.attributes())
             type.attributes.append(attribute->name());
         return type;
     }

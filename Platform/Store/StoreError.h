@@ -23,7 +23,9 @@ public:
         Malformed,    ///< A record holds something that cannot be read.
     };
 
-    StoreError(Reason reason, QByteArray detail);
+    StoreError(Reason reason, QByteArray detail)
+        : m_reason(reason)
+        , m_detail(std::move(detail)) {}
 
     Reason reason() const { return m_reason; }
     const char* what() const noexcept override { return m_detail.constData(); }

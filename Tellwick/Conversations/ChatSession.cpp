@@ -17,7 +17,7 @@ QString roleText(Role role) {
 } // namespace
 
 platform::FetchDescriptor<ChatSession> ChatSession::newestFirst() {
-    return {{platform::SortDescriptor(&ChatSession::updatedAt, platform::SortOrder::Reverse)}};
+    return {{&ChatSession::updatedAt}};
 }
 
 QList<ChatMessage> ChatSession::messages() const {
@@ -46,13 +46,13 @@ void ChatSession::setMessages(const QList<ChatMessage>& messages) {
     contents = std::move(newContents);
 }
 
-void ChatSession::touch(platform::Instant now) {
-    updatedAt = platform::laterThan(updatedAt, now);
+void ChatSession::touch(const QDateTime& now) {
+    updatedAt = std::max(now, updatedAt.value().addMSecs(1));
 }
 
 platform::ModelContainer conversationStore(const QString& dataFolder) {
     return platform::ModelContainer(dataFolder + u"/conversation.sqlite"_s,
-                                    {platform::RecordType::of<ChatSession>()});
+                                    platform::RecordType::of<ChatSession>());
 }
 
 } // namespace tellwick

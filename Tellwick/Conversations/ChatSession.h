@@ -8,7 +8,8 @@
 namespace tellwick {
 
 /// The record of the conversation in the store: when it was last written, and the roles and texts
-/// of its messages as two lists side by side. Main thread.
+/// of its messages as two lists side by side. A new record has no messages, and was written now.
+/// Main thread.
 class ChatSession final : public platform::PersistentModel {
 public:
     /// The record type's name in the store.
@@ -17,11 +18,8 @@ public:
     /// The newest record first.
     static platform::FetchDescriptor<ChatSession> newestFirst();
 
-    /// A new record without messages, written now.
-    ChatSession() = default;
-
     platform::DateAttribute updatedAt{*this, QStringLiteral("updatedAt"),
-                                      platform::currentInstant()};
+                                      QDateTime::currentDateTimeUtc()};
     /// "user" or "assistant" for each message.
     platform::TextListAttribute roles{*this, QStringLiteral("roles")};
     /// The text of each message.
@@ -36,7 +34,7 @@ public:
 
     /// Sets `updatedAt` to `now`, or to just after what it was where the clock stands or has
     /// stepped back: it never goes back.
-    void touch(platform::Instant now = platform::currentInstant());
+    void touch(const QDateTime& now = QDateTime::currentDateTimeUtc());
 };
 
 /// The store of a user's conversation, which is opened when it is first used.

@@ -20,7 +20,7 @@ public:
     ModelBackend() = default;
     ModelBackend(const ModelBackend&) = delete;
     ModelBackend& operator=(const ModelBackend&) = delete;
-    virtual ~ModelBackend();
+    virtual ~ModelBackend() = default;
 
     virtual const ModelInfo& info() const = 0;
 

@@ -1,45 +1,19 @@
 // SPDX-License-Identifier: MIT
 // What somebody else has put where the store should be is reported and never written over.
-#include "Platform/Store/StoreError.h"
-#include "tests/Platform/Store/TestRecord.h"
+#include "tests/Platform/Store/NoteStore.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
-
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <sqlite3.h>
 #include <sys/stat.h>
 
-#include <functional>
-
 using namespace platform;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
+using tests::bytesOf;
+using tests::writeBytes;
 using Reason = StoreError::Reason;
 
 namespace {
-
-constexpr auto never = 1h;
-
-std::optional<Reason> reasonOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const StoreError& error) {
-        return error.reason();
-    }
-    return std::nullopt;
-}
-
-QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 /// Runs statements on the file as another program would.
 void execute(const QString& path, const char* sql) {
@@ -55,10 +29,8 @@ class ForeignStoreTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_file = m_folder->filePath(u"store.sqlite"_s);
-    }
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
 
     void whatIsNoStoreIsReportedAndLeftAsItIs_data();
     void whatIsNoStoreIsReportedAndLeftAsItIs();
@@ -72,16 +44,19 @@ private Q_SLOTS:
     void aDamagedFileFailsTheFetchAndIsLeftAsItIs();
 
 private:
-    ModelContainer container() const { return noteContainer(m_file); }
-    void saveNote(const QStringList& lines) const {
-        const auto container = noteContainer(m_file);
-        ModelContext context(container, never);
-        context.insert(makeNote(1, lines));
-        context.save();
+    /// Neither a fetch nor a save goes well, and nothing of the file changes.
+    void isRefused(Reason reason) const {
+        const QByteArray before = bytesOf(m->file);
+        {
+            ModelContext context(m->container, never);
+            QCOMPARE(reasonOf([&] { notesIn(context); }), reason);
+            context.insert(makeNote(1));
+            QCOMPARE(reasonOf([&] { context.save(); }), reason);
+        }
+        QCOMPARE(bytesOf(m->file), before);
     }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_file;
+    std::optional<NoteStore> m;
 };
 
 void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs_data() {
@@ -138,18 +113,10 @@ void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs() {
     QFETCH(QByteArray, bytes);
     QFETCH(Reason, reason);
     if (!sql.isEmpty())
-        execute(m_file, sql.constData());
+        execute(m->file, sql.constData());
     else
-        writeBytes(m_file, bytes);
-    const QByteArray before = bytesOf(m_file);
-    {
-        const auto store = container();
-        ModelContext context(store, never);
-        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), reason);
-        context.insert(makeNote(1));
-        QCOMPARE(reasonOf([&] { context.save(); }), reason);
-    }
-    QCOMPARE(bytesOf(m_file), before);
+        writeBytes(m->file, bytes);
+    isRefused(reason);
 }
 
 void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported_data() {
@@ -160,47 +127,45 @@ void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported_data() {
 
 void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported() {
     QFETCH(bool, isPipe);
-    const QByteArray path = QFile::encodeName(m_file);
+    const QByteArray path = QFile::encodeName(m->file);
     QCOMPARE(isPipe ? ::mkfifo(path.constData(), 0600) : ::mkdir(path.constData(), 0700), 0);
-    const auto store = container();
-    ModelContext context(store, never);
-    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+    // Not isRefused(): a pipe is not to be read.
+    ModelContext context(m->container, never);
+    QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
     context.insert(makeNote(1));
     QCOMPARE(reasonOf([&] { context.save(); }), Reason::NotAStore);
 }
 
 void ForeignStoreTests::anEmptyFileBecomesTheStore() {
-    writeBytes(m_file, {});
-    QVERIFY(linesInStore(container()).isEmpty());
-    saveNote({u"a"_s});
-    QCOMPARE(linesInStore(container()), Lines{QStringList{u"a"_s}});
+    writeBytes(m->file, {});
+    QVERIFY(m->lines().isEmpty());
+    m->save({u"a"_s});
+    QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
 }
 
 void ForeignStoreTests::aStoreRestoredFromItsDumpIsRead() {
-    execute(m_file, "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
-                    "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
-                    "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
-    const auto store = container();
+    execute(m->file, "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+                     "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
+                     "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
     {
-        ModelContext context(store, never);
-        const auto notes = context.fetch<Note>();
+        ModelContext context(m->container, never);
+        const auto notes = notesIn(context);
         QCOMPARE(notes.size(), 1);
         QCOMPARE(notes.first()->lines.value(), QStringList{u"a"_s});
         notes.first()->lines = QStringList{u"b"_s};
     }
-    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
 }
 
 void ForeignStoreTests::triggersInTheFileAreNotRun() {
-    saveNote({u"a"_s});
-    execute(m_file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
-                    "UPDATE Note SET lines = '[]'; END");
-    const auto store = container();
+    m->save({u"a"_s});
+    execute(m->file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
+                     "UPDATE Note SET lines = '[]'; END");
     {
-        ModelContext context(store, never);
-        context.fetch<Note>().first()->lines = QStringList{u"b"_s};
+        ModelContext context(m->container, never);
+        notesIn(context).first()->lines = QStringList{u"b"_s};
     }
-    QCOMPARE(linesInStore(store), Lines{QStringList{u"b"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
 }
 
 void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data() {
@@ -214,28 +179,26 @@ void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data
 
 void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs() {
     QFETCH(QByteArray, values);
-    saveNote({u"a"_s});
-    execute(m_file, "INSERT INTO Note VALUES (" + values + ")");
-    const QByteArray before = bytesOf(m_file);
+    m->save({u"a"_s});
+    execute(m->file, "INSERT INTO Note VALUES (" + values + ")");
+    const QByteArray before = bytesOf(m->file);
     {
-        const auto store = container();
-        ModelContext context(store, never);
-        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Malformed);
+        ModelContext context(m->container, never);
+        QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::Malformed);
     }
-    QCOMPARE(bytesOf(m_file), before);
+    QCOMPARE(bytesOf(m->file), before);
 }
 
 void ForeignStoreTests::aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
-    saveNote(QStringList(100, QString(1000, u'a')));
-    QByteArray bytes = bytesOf(m_file);
+    m->save(QStringList(100, QString(1000, u'a')));
+    QByteArray bytes = bytesOf(m->file);
     bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xaa'));
-    writeBytes(m_file, bytes);
+    writeBytes(m->file, bytes);
     {
-        const auto store = container();
-        ModelContext context(store, never);
-        QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::NotAStore);
+        ModelContext context(m->container, never);
+        QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
     }
-    QCOMPARE(bytesOf(m_file), bytes);
+    QCOMPARE(bytesOf(m->file), bytes);
 }
 
 TELLWICK_TEST(ForeignStoreTests, EventLoop)

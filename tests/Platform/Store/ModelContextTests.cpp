@@ -1,35 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Observation/Observer.h"
-#include "tests/Platform/Store/TestRecord.h"
+#include "tests/Platform/Store/NoteStore.h"
+#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
-
-#include <QTemporaryDir>
 
 using namespace platform;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace {
-
-constexpr auto never = 1h;
-
-} // namespace
+using tests::Notifications;
 
 class ModelContextTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
 
     void recordsComeBackAsTheyWereSaved();
-    void recordsComeInTheOrderAskedFor();
+    void datesAreReadAsTheyStandInTheStore_data();
+    void datesAreReadAsTheyStandInTheStore();
+    void theNewestRecordComesFirst();
     void recordsThatAreEqualInOrderComeInTheOrderOfTheStore();
-    void instantsAMicrosecondApartAreToldApart();
+    void datesAMillisecondApartAreToldApart();
     void anInsertedRecordIsFetchedButNotInTheStoreBeforeASave();
-    void identityIsGivenAtTheFirstSaveAndKept();
+    void aRecordKeepsItsRow();
     void aRecordIsOneObjectWithinAContext();
-    void aRecordNobodyHoldsMayGoAndComeBack();
-    void aChangedRecordIsKeptUntilItIsSaved();
     void aFetchKeepsPendingChanges();
     void aFetchSeesWhatOthersHaveChanged();
     void aDeletedRecordIsGoneForTheContextAtOnceAndFromTheStoreWithASave();
@@ -45,345 +40,305 @@ private Q_SLOTS:
     void aRecordThatAnotherProgramDeletedIsWrittenAgain();
 
 private:
-    QString file() const { return m_folder->filePath(u"data/app/store.sqlite"_s); }
+    /// The store's own names of the records, in its order.
+    QList<qint64> rows() const {
+        auto database = m->container.openForReading();
+        Statement statement(*database, "SELECT rowid FROM Note ORDER BY rowid");
+        QList<qint64> rows;
+        while (statement.step())
+            rows.append(statement.number(0));
+        return rows;
+    }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::optional<NoteStore> m;
 };
 
-void ModelContextTests::init() {
-    m_folder = std::make_unique<QTemporaryDir>();
-}
-
 void ModelContextTests::recordsComeBackAsTheyWereSaved() {
-    const auto container = noteContainer(file());
     const QStringList lines{
         {}, u"b"_s, u"b"_s, u"\uFEFFa"_s, QString(QChar(0xd83d)), QString(u'\0')};
-    {
-        ModelContext context(container);
-        context.insert(makeNote(7, lines));
-        context.save();
-    }
-    ModelContext context(container);
-    const auto notes = context.fetch<Note>();
+    m->save(lines, 7);
+    ModelContext context(m->container);
+    const auto notes = notesIn(context);
     QCOMPARE(notes.size(), 1);
     QCOMPARE(notes.first()->lines.value(), lines);
-    QVERIFY(notes.first()->writtenAt.value() == Instant(7s));
-    QVERIFY(!notes.first()->hasChanges());
+    QCOMPARE(notes.first()->writtenAt.value(), atSecond(7));
     QVERIFY(!context.hasChanges());
 }
 
-void ModelContextTests::recordsComeInTheOrderAskedFor() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
-    for (const int second : {10, 12, 11})
-        context.insert(makeNote(second, {QString::number(second)}));
-    const auto seconds = [&](const FetchDescriptor<Note>& descriptor) {
-        QStringList seconds;
-        for (const auto& note : context.fetch<Note>(descriptor))
-            seconds.append(note->lines.value());
-        return seconds;
+void ModelContextTests::datesAreReadAsTheyStandInTheStore_data() {
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<qint64>("milliseconds");
+    const qint64 second = 1770091506000;
+    const auto row = [](const char* stored, qint64 milliseconds) {
+        QTest::newRow(stored) << QByteArray(stored) << milliseconds;
     };
-    const FetchDescriptor<Note> oldestFirst{{SortDescriptor(&Note::writtenAt)}};
+    row("2026-02-03T04:05:06.250Z", second + 250);
+    row("2026-02-03T04:05:06.250123Z", second + 250); // as earlier versions write
+    row("2026-02-03T04:05:06.999999Z", second + 1000);
+    row("2026-02-03T04:05:06.123456789Z", second + 123);
+    row("2026-02-03T04:05:06Z", second);
+    row("2026-02-03 04:05:06", second);
+    row("2026-02-03T05:05:06+01:00", second);
+    row("1969-12-31T23:59:59.999Z", -1);
+    row("2024-02-29T23:59:59.123Z", 1709251199123);
+}
+
+void ModelContextTests::datesAreReadAsTheyStandInTheStore() {
+    QFETCH(QByteArray, stored);
+    QFETCH(qint64, milliseconds);
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Asia/Tokyo"); // which must not matter
+    const auto reset = qScopeGuard([&] { zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone); });
+    m->save({u"a"_s});
+    {
+        Database database = m->container.openForWriting();
+        database.execute("UPDATE Note SET writtenAt = '" + stored + "'; COMMIT");
+    }
+    ModelContext context(m->container, never);
+    const auto note = notesIn(context).first();
+    QCOMPARE(note->writtenAt.value().toMSecsSinceEpoch(), milliseconds);
+    note->lines = QStringList{u"b"_s}; // found again by the date as it stands there
+    context.save();
+    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
+    QCOMPARE(rows().size(), 1);
+    ModelContext other(m->container);
+    QCOMPARE(notesIn(other).first()->writtenAt.value(), note->writtenAt.value());
+}
+
+void ModelContextTests::theNewestRecordComesFirst() {
+    ModelContext context(m->container);
+    for (const int second : {10, 12, 11})
+        context.insert(makeNote(second));
     for (int round = 0; round < 2; ++round) {
-        QCOMPARE(seconds(newestFirst()), (QStringList{u"12"_s, u"11"_s, u"10"_s}));
-        QCOMPARE(seconds(oldestFirst), (QStringList{u"10"_s, u"11"_s, u"12"_s}));
-        QCOMPARE(seconds({}), (QStringList{u"10"_s, u"12"_s, u"11"_s}));
+        QList<QDateTime> dates;
+        for (const auto& note : notesIn(context))
+            dates.append(note->writtenAt.value());
+        QCOMPARE(dates, (QList{atSecond(12), atSecond(11), atSecond(10)}));
         context.save();
     }
 }
 
 void ModelContextTests::recordsThatAreEqualInOrderComeInTheOrderOfTheStore() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
     for (const QString& name : {u"a"_s, u"b"_s, u"c"_s})
-        context.insert(makeNote(1, {name}));
-    context.save();
-    QCOMPARE(linesInStore(container), (Lines{{u"a"_s}, {u"b"_s}, {u"c"_s}}));
+        m->save({name});
+    QCOMPARE(m->lines(), (Lines{{u"a"_s}, {u"b"_s}, {u"c"_s}}));
 }
 
-void ModelContextTests::instantsAMicrosecondApartAreToldApart() {
-    const auto container = noteContainer(file());
+void ModelContextTests::datesAMillisecondApartAreToldApart() {
     {
-        ModelContext context(container);
-        auto note = makeNote(1, {u"later"_s});
-        note->writtenAt = note->writtenAt.value() + 1us;
+        ModelContext context(m->container);
+        const auto later = makeNote(1, {u"later"_s});
+        later->writtenAt = later->writtenAt.value().addMSecs(1);
         context.insert(makeNote(1, {u"sooner"_s}));
-        context.insert(note);
+        context.insert(later);
     }
-    QCOMPARE(linesInStore(container), (Lines{{u"later"_s}, {u"sooner"_s}}));
+    QCOMPARE(m->lines(), (Lines{{u"later"_s}, {u"sooner"_s}}));
 }
 
 void ModelContextTests::anInsertedRecordIsFetchedButNotInTheStoreBeforeASave() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
+    ModelContext context(m->container, never);
     const auto note = makeNote(1);
     context.insert(note);
-    QCOMPARE(context.fetch<Note>(), QList{note});
-    QVERIFY(linesInStore(container).isEmpty());
+    QCOMPARE(notesIn(context), Notes{note});
+    QVERIFY(m->lines().isEmpty());
     context.save();
-    QCOMPARE(context.fetch<Note>(), QList{note});
-    QCOMPARE(linesInStore(container).size(), 1);
+    QCOMPARE(notesIn(context), Notes{note});
+    QCOMPARE(m->lines().size(), 1);
 }
 
-void ModelContextTests::identityIsGivenAtTheFirstSaveAndKept() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
-    const auto note = makeNote(1);
-    context.insert(note);
-    QVERIFY(!note->persistentIdentifier());
+void ModelContextTests::aRecordKeepsItsRow() {
+    m->save({u"first"_s});
+    m->save({u"second"_s});
+    const auto before = rows();
+    ModelContext context(m->container);
+    notesIn(context).last()->writtenAt = atSecond(2);
     context.save();
-    const auto identifier = note->persistentIdentifier();
-    QVERIFY(identifier);
-    note->writtenAt = Instant(2s);
-    context.save();
-    QCOMPARE(note->persistentIdentifier(), identifier);
-    ModelContext other(container);
-    QCOMPARE(other.fetch<Note>().first()->persistentIdentifier(), identifier);
+    QCOMPARE(rows(), before);
+    QCOMPARE(m->lines(), (Lines{{u"second"_s}, {u"first"_s}}));
 }
 
 void ModelContextTests::aRecordIsOneObjectWithinAContext() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
-    context.insert(makeNote(1));
-    context.insert(makeNote(2));
-    context.save();
-    const auto first = context.fetch<Note>(newestFirst());
-    QCOMPARE(context.fetch<Note>(newestFirst()), first);
+    m->save({}, 1);
+    m->save({}, 2);
+    ModelContext context(m->container);
+    const auto first = notesIn(context);
+    QCOMPARE(notesIn(context), first);
     QVERIFY(first[0] != first[1]);
 }
 
-void ModelContextTests::aRecordNobodyHoldsMayGoAndComeBack() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
-    std::weak_ptr<Note> gone;
-    {
-        const auto note = makeNote(1, {u"a"_s});
-        gone = note;
-        context.insert(note);
-        context.save();
-    }
-    QVERIFY(gone.expired());
-    QCOMPARE(context.fetch<Note>().first()->lines.value(), QStringList{u"a"_s});
-}
-
-void ModelContextTests::aChangedRecordIsKeptUntilItIsSaved() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
-    context.insert(makeNote(1));
-    context.save();
-    context.fetch<Note>().first()->lines = QStringList{u"changed"_s};
-    context.save();
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"changed"_s}});
-}
-
 void ModelContextTests::aFetchKeepsPendingChanges() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
-    const auto note = makeNote(1);
-    context.insert(note);
-    context.insert(makeNote(5));
-    context.save();
+    m->save({}, 1);
+    m->save({}, 5);
+    ModelContext context(m->container, never);
+    const auto note = notesIn(context).last();
     note->lines = QStringList{u"pending"_s};
-    note->writtenAt = Instant(9s);
-    const auto notes = context.fetch<Note>(newestFirst());
-    QCOMPARE(notes.first(), note); // sorted by what it is, not by what the store still has
+    note->writtenAt = atSecond(9);
+    QCOMPARE(notesIn(context).first(), note); // sorted by what it is, not by what the store has
     QCOMPARE(note->lines.value(), QStringList{u"pending"_s});
-    QVERIFY(note->hasChanges());
+    QVERIFY(context.hasChanges());
 }
 
 void ModelContextTests::aFetchSeesWhatOthersHaveChanged() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
-    const auto note = makeNote(1);
-    context.insert(note);
-    context.save();
+    m->save({});
+    ModelContext context(m->container);
+    const auto notes = notesIn(context);
     {
-        ModelContext other(container);
-        other.fetch<Note>().first()->lines = QStringList{u"theirs"_s};
+        ModelContext other(m->container);
+        notesIn(other).first()->lines = QStringList{u"theirs"_s};
     }
-    QCOMPARE(context.fetch<Note>(), QList{note});
-    QCOMPARE(note->lines.value(), QStringList{u"theirs"_s});
-    QVERIFY(!note->hasChanges());
+    QCOMPARE(notesIn(context), notes);
+    QCOMPARE(notes.first()->lines.value(), QStringList{u"theirs"_s});
+    QVERIFY(!context.hasChanges());
 }
 
 void ModelContextTests::aDeletedRecordIsGoneForTheContextAtOnceAndFromTheStoreWithASave() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
-    const auto note = makeNote(1, {u"a"_s});
-    context.insert(note);
-    context.insert(makeNote(2, {u"b"_s}));
-    context.save();
+    m->save({u"a"_s}, 1);
+    m->save({u"b"_s}, 2);
+    ModelContext context(m->container, never);
+    const auto note = notesIn(context).last();
     note->lines = QStringList{u"changed before its end"_s};
     context.deleteRecord(note);
     context.deleteRecord(note);
     note->lines = QStringList{u"changed after its end"_s};
-    QCOMPARE(context.fetch<Note>().size(), 1);
-    QCOMPARE(linesInStore(container).size(), 2);
+    QCOMPARE(notesIn(context).size(), 1);
+    QCOMPARE(m->lines().size(), 2);
     context.save();
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"b"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
     QVERIFY(!context.hasChanges());
 }
 
 void ModelContextTests::aRecordDeletedBeforeItsFirstSaveLeavesNothing() {
-    const auto container = noteContainer(file());
-    ModelContext context(container);
+    ModelContext context(m->container);
     const auto note = makeNote(1);
     context.insert(note);
     context.deleteRecord(note);
     QVERIFY(!context.hasChanges());
-    QVERIFY(context.fetch<Note>().isEmpty());
+    QVERIFY(notesIn(context).isEmpty());
 }
 
 void ModelContextTests::settingAnAttributeMarksTheRecordAsChangedUntilTheSave() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
+    ModelContext context(m->container, never);
     const auto note = makeNote(1);
-    QVERIFY(!note->hasChanges()); // nobody would save it
     context.insert(note);
     context.save();
-    QVERIFY(!note->hasChanges());
+    QVERIFY(!context.hasChanges());
     note->writtenAt = note->writtenAt.value();
-    QVERIFY(!note->hasChanges());
-    note->writtenAt = Instant(2s);
-    QVERIFY(note->hasChanges());
+    QVERIFY(!context.hasChanges());
+    note->writtenAt = atSecond(2);
+    QVERIFY(context.hasChanges());
     context.save();
-    QVERIFY(!note->hasChanges());
+    QVERIFY(!context.hasChanges());
     note->lines = QStringList{};
-    QVERIFY(note->hasChanges());
     QVERIFY(context.hasChanges());
 }
 
 void ModelContextTests::aDateNotifiesOnChangeAListOnEveryAssignment() {
     const auto note = makeNote(1, {u"a"_s});
-    QObject owner;
-    int dates = 0;
-    int lists = 0;
-    auto* dateReader = observe(&owner, [&] {
-        (void)note->writtenAt.value();
-        ++dates;
-    });
-    auto* listReader = observe(&owner, [&] {
-        (void)note->lines.value();
-        ++lists;
-    });
+    const Notifications dates(note->writtenAt);
+    const Notifications lists(note->lines);
     note->writtenAt = note->writtenAt.value();
     note->lines = note->lines.value();
-    dateReader->flush();
-    listReader->flush();
-    QCOMPARE(dates, 1);
-    QCOMPARE(lists, 2);
-    note->writtenAt = Instant(3s);
-    dateReader->flush();
-    QCOMPARE(dates, 2);
+    QCOMPARE(dates.count(), 0);
+    QCOMPARE(lists.count(), 1);
+    note->writtenAt = atSecond(3);
+    QCOMPARE(dates.count(), 1);
 }
 
 void ModelContextTests::changesAreSavedByThemselvesOnceTogether() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, 20ms);
+    ModelContext context(m->container, 20ms);
     const auto note = makeNote(1, {u"first"_s});
     context.insert(note);
     QTRY_VERIFY(!context.hasChanges());
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"first"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"first"_s}});
     note->lines = QStringList{u"second"_s};
     note->lines = QStringList{u"third"_s};
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"first"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"first"_s}});
     QTRY_VERIFY(!context.hasChanges());
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"third"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"third"_s}});
     context.deleteRecord(note);
     QTRY_VERIFY(!context.hasChanges());
-    QVERIFY(linesInStore(container).isEmpty());
+    QVERIFY(m->lines().isEmpty());
 }
 
 void ModelContextTests::changesAreSavedAtTheEndOfTheContext() {
-    const auto container = noteContainer(file());
     {
-        ModelContext context(container, never);
+        ModelContext context(m->container, never);
         context.insert(makeNote(1, {u"a"_s}));
     }
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"a"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
 }
 
 void ModelContextTests::changesAreSavedWhenTheApplicationQuits() {
-    const auto container = noteContainer(file());
-    ModelContext context(container, never);
+    ModelContext context(m->container, never);
     context.insert(makeNote(1, {u"a"_s}));
     QTimer::singleShot(0, qApp, &QCoreApplication::quit);
     qApp->exec();
     QVERIFY(!context.hasChanges());
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"a"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
 }
 
 void ModelContextTests::aRecordMayOutliveItsContext() {
-    const auto container = noteContainer(file());
     const auto saved = makeNote(1);
     std::shared_ptr<Note> fetched;
     {
-        ModelContext context(container);
+        ModelContext context(m->container);
         context.insert(saved);
         context.save();
-        ModelContext other(container);
-        fetched = other.fetch<Note>().first();
+        ModelContext other(m->container);
+        fetched = notesIn(other).first();
     }
     saved->lines = QStringList{u"b"_s};
     fetched->lines = QStringList{u"c"_s};
-    QCOMPARE(linesInStore(container), Lines{QStringList{}});
+    QCOMPARE(m->lines(), Lines{QStringList{}});
 }
 
 void ModelContextTests::whatAnotherProgramHasChangedIsNotOverwritten() {
-    const auto container = noteContainer(file());
-    ModelContext ours(container, never);
-    const auto note = makeNote(1, {u"common"_s});
-    ours.insert(note);
-    ours.save();
-    ModelContext theirs(container, never);
-    const auto same = theirs.fetch<Note>().first();
-    same->lines = QStringList{u"theirs"_s};
-    same->writtenAt = Instant(2s);
-    theirs.save();
-    note->lines = QStringList{u"ours"_s};
-    note->writtenAt = Instant(3s);
-    ours.save();
-    QCOMPARE(linesInStore(container), (Lines{{u"ours"_s}, {u"theirs"_s}}));
-    QVERIFY(note->persistentIdentifier() != same->persistentIdentifier());
+    m->save({u"common"_s});
+    ModelContext ours(m->container, never);
+    ModelContext theirs(m->container, never);
+    const auto note = notesIn(ours).first();
+    const auto same = notesIn(theirs).first();
+    const auto write = [](ModelContext& context, Note& written, int second, const QString& line) {
+        written.lines = QStringList{line};
+        written.writtenAt = atSecond(second);
+        context.save();
+    };
+    write(theirs, *same, 2, u"theirs"_s);
+    write(ours, *note, 3, u"ours"_s);
+    QCOMPARE(m->lines(), (Lines{{u"ours"_s}, {u"theirs"_s}}));
     // From here on each has a record of its own.
-    note->writtenAt = Instant(4s);
-    ours.save();
-    same->writtenAt = Instant(5s);
-    theirs.save();
-    QCOMPARE(linesInStore(container), (Lines{{u"theirs"_s}, {u"ours"_s}}));
+    write(ours, *note, 4, u"ours again"_s);
+    write(theirs, *same, 5, u"theirs again"_s);
+    QCOMPARE(m->lines(), (Lines{{u"theirs again"_s}, {u"ours again"_s}}));
 }
 
 void ModelContextTests::whatAnotherProgramHasChangedIsNotDeleted() {
-    const auto container = noteContainer(file());
-    ModelContext ours(container, never);
-    const auto note = makeNote(1);
-    ours.insert(note);
-    ours.save();
+    m->save({});
+    ModelContext ours(m->container, never);
+    const auto note = notesIn(ours).first();
     {
-        ModelContext theirs(container);
-        const auto same = theirs.fetch<Note>().first();
+        ModelContext theirs(m->container);
+        const auto same = notesIn(theirs).first();
         same->lines = QStringList{u"theirs"_s};
-        same->writtenAt = Instant(2s);
+        same->writtenAt = atSecond(2);
     }
     ours.deleteRecord(note);
     ours.save();
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"theirs"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"theirs"_s}});
 }
 
 void ModelContextTests::aRecordThatAnotherProgramDeletedIsWrittenAgain() {
-    const auto container = noteContainer(file());
-    ModelContext ours(container, never);
-    const auto note = makeNote(1);
-    ours.insert(note);
-    ours.save();
+    m->save({});
+    ModelContext ours(m->container, never);
+    const auto note = notesIn(ours).first();
     {
-        ModelContext theirs(container);
-        theirs.deleteRecord(theirs.fetch<Note>().first());
+        ModelContext theirs(m->container);
+        theirs.deleteRecord(notesIn(theirs).first());
     }
     note->lines = QStringList{u"ours"_s};
     ours.save();
-    QCOMPARE(linesInStore(container), Lines{QStringList{u"ours"_s}});
-    QCOMPARE(ours.fetch<Note>(), QList{note});
+    QCOMPARE(m->lines(), Lines{QStringList{u"ours"_s}});
+    QCOMPARE(notesIn(ours), Notes{note});
 }
 
 TELLWICK_TEST(ModelContextTests, EventLoop)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/StoreError.h"
 #include "tests/Platform/Store/FaultyFiles.h"
-#include "tests/Platform/Store/TestRecord.h"
+#include "tests/Platform/Store/NoteStore.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
@@ -22,31 +23,11 @@
 using namespace platform;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using tests::bytesOf;
+using tests::writeBytes;
 using Reason = StoreError::Reason;
 
 namespace {
-
-constexpr auto never = 1h;
-
-std::optional<Reason> reasonOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const StoreError& error) {
-        return error.reason();
-    }
-    return std::nullopt;
-}
-
-QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 /// Runs the function in a process of its own and gives its end as waitpid() tells it. The function
 /// returns the exit status.
@@ -78,7 +59,8 @@ class StoreFaultTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
 
     void killedAtAnyChangeOfAFileTheStoreHoldsTheOldOrTheNew();
     void killedWhileTheStoreIsMadeItIsMadeByTheNextSave();
@@ -94,50 +76,35 @@ private Q_SLOTS:
     void twoProgramsSavingAtOnceLoseNothing();
 
 private:
-    ModelContainer container() const { return noteContainer(m_file); }
-    void saveNote(const QStringList& lines) const {
-        const auto container = noteContainer(m_file);
-        ModelContext context(container, never);
-        context.insert(makeNote(1, lines));
-        context.save();
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_file;
+    std::optional<NoteStore> m;
 };
-
-void StoreFaultTests::init() {
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_file = m_folder->filePath(u"store.sqlite"_s);
-}
 
 void StoreFaultTests::killedAtAnyChangeOfAFileTheStoreHoldsTheOldOrTheNew() {
     const QStringList before(40, QString(1000, u'o'));
     const QStringList after(50, QString(1000, u'n'));
-    saveNote(before);
-    const QByteArray pristine = bytesOf(m_file);
+    m->save(before);
+    const QByteArray pristine = bytesOf(m->file);
     bool wasOld = false;
     bool hasEnded = false;
     for (int fatal = 1; !hasEnded; ++fatal) {
         QVERIFY(fatal < 1000);
-        writeBytes(m_file, pristine);
-        QFile::remove(m_file + u"-journal"_s);
+        writeBytes(m->file, pristine);
+        QFile::remove(m->file + u"-journal"_s);
         const int status = inChild([&] {
             FaultyFiles files([fatal](int change) {
                 if (change == fatal)
                     ::raise(SIGKILL);
                 return SQLITE_OK;
             });
-            const auto store = container();
-            ModelContext context(store, never);
-            context.fetch<Note>().first()->lines = after;
+            ModelContext context(m->container, never);
+            notesIn(context).first()->lines = after;
             context.save();
             return 0;
         });
         hasEnded = WIFEXITED(status);
         QVERIFY(hasEnded || WTERMSIG(status) == SIGKILL);
         const FaultyFiles files(noFault);
-        const auto found = linesInStore(container());
+        const auto found = m->lines();
         QVERIFY(found == Lines{before} || found == Lines{after});
         wasOld = wasOld || found == Lines{before};
         QVERIFY(!hasEnded || found == Lines{after});
@@ -149,41 +116,40 @@ void StoreFaultTests::killedWhileTheStoreIsMadeItIsMadeByTheNextSave() {
     bool hasEnded = false;
     for (int fatal = 1; !hasEnded; ++fatal) {
         QVERIFY(fatal < 1000);
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_file = m_folder->filePath(u"new/store.sqlite"_s);
+        m.emplace();
+        m->move(u"new/store.sqlite"_s);
         const int status = inChild([&] {
             FaultyFiles files([fatal](int change) {
                 if (change == fatal)
                     ::raise(SIGKILL);
                 return SQLITE_OK;
             });
-            saveNote({u"first"_s});
+            m->save({u"first"_s});
             return 0;
         });
         hasEnded = WIFEXITED(status);
         const FaultyFiles files(noFault);
-        const auto found = linesInStore(container());
+        const auto found = m->lines();
         QVERIFY(found.isEmpty() || found == Lines{QStringList{u"first"_s}});
-        saveNote({u"second"_s});
-        QCOMPARE(linesInStore(container()).size(), found.size() + 1);
+        m->save({u"second"_s});
+        QCOMPARE(m->lines().size(), found.size() + 1);
     }
 }
 
 // The same without a hand in the files: real saves, killed from outside after times of all lengths.
 void StoreFaultTests::killedAtAnyMomentNothingThatWasSavedIsLost() {
-    saveNote({u"0"_s});
+    m->save({u"0"_s});
     for (int round = 0; round < 30; ++round) {
         std::array<int, 2> pipe{};
         QCOMPARE(::pipe(pipe.data()), 0);
-        const int first = linesInStore(container()).first().first().toInt();
+        const int first = m->lines().first().first().toInt();
         const pid_t child = ::fork();
         if (child == 0) {
-            const auto store = container();
-            ModelContext context(store, never);
-            const auto note = context.fetch<Note>().first();
+            ModelContext context(m->container, never);
+            const auto note = notesIn(context).first();
             for (int number = first + 1;; ++number) {
                 note->lines = QStringList(30 + number % 40, QString::number(number));
-                note->writtenAt = laterThan(note->writtenAt, currentInstant());
+                note->writtenAt = note->writtenAt.value().addMSecs(1);
                 context.save();
                 (void)!::write(pipe[1], &number, sizeof number);
             }
@@ -199,7 +165,7 @@ void StoreFaultTests::killedAtAnyMomentNothingThatWasSavedIsLost() {
         ::close(pipe[0]);
         ::waitpid(child, nullptr, 0);
         QVERIFY(acknowledged > first);
-        const auto found = linesInStore(container());
+        const auto found = m->lines();
         QCOMPARE(found.size(), 1);
         const int number = found.first().first().toInt();
         QVERIFY(number == acknowledged || number == acknowledged + 1);
@@ -218,16 +184,15 @@ void StoreFaultTests::aFaultAtAnyChangeOfAFileLosesNothing() {
     QFETCH(int, fault);
     const QStringList before(40, QString(1000, u'o'));
     const QStringList after(50, QString(1000, u'n'));
-    saveNote(before);
-    const QByteArray pristine = bytesOf(m_file);
+    m->save(before);
+    const QByteArray pristine = bytesOf(m->file);
     bool hasSucceeded = false;
     for (int faulty = 1; !hasSucceeded; ++faulty) {
         QVERIFY(faulty < 1000);
-        writeBytes(m_file, pristine);
-        QFile::remove(m_file + u"-journal"_s);
-        const auto store = container();
-        ModelContext context(store, never);
-        const auto note = context.fetch<Note>().first();
+        writeBytes(m->file, pristine);
+        QFile::remove(m->file + u"-journal"_s);
+        ModelContext context(m->container, never);
+        const auto note = notesIn(context).first();
         note->lines = after;
         {
             // From then on nothing can be written any more, not even what would undo the damage.
@@ -238,15 +203,15 @@ void StoreFaultTests::aFaultAtAnyChangeOfAFileLosesNothing() {
         QCOMPARE(note->lines.value(), after);
         const FaultyFiles files(noFault);
         // What has not become durable may have been written all the same, but never in part.
-        const auto found = linesInStore(container());
+        const auto found = m->lines();
         QVERIFY(found == Lines{before} || (found == Lines{after}));
         context.save();
-        QCOMPARE(linesInStore(container()).first(), after);
+        QCOMPARE(m->lines().first(), after);
     }
 }
 
 void StoreFaultTests::aFullDiskLosesNothingAndTheSaveSucceedsOnceThereIsRoom() {
-    saveNote({u"before"_s});
+    m->save({u"before"_s});
     const int status = inChild([&] {
         ::signal(SIGXFSZ, SIG_IGN); // the write is to fail as it does on a full disk
         struct rlimit limit {};
@@ -255,14 +220,13 @@ void StoreFaultTests::aFullDiskLosesNothingAndTheSaveSucceedsOnceThereIsRoom() {
         limit.rlim_cur = 64 * 1024;
         if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
             return 1;
-        const auto store = container();
-        ModelContext context(store, never);
-        const auto note = context.fetch<Note>().first();
+        ModelContext context(m->container, never);
+        const auto note = notesIn(context).first();
         note->lines = QStringList{QString(1'000'000, u'x')};
         const auto reason = reasonOf([&] { context.save(); });
         if (reason != Reason::Full && reason != Reason::Unreachable)
             return 2;
-        if (linesInStore(store) != Lines{QStringList{u"before"_s}})
+        if (m->lines() != Lines{QStringList{u"before"_s}})
             return 3;
         limit.rlim_cur = whole;
         ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -271,85 +235,82 @@ void StoreFaultTests::aFullDiskLosesNothingAndTheSaveSucceedsOnceThereIsRoom() {
     });
     QVERIFY(WIFEXITED(status));
     QCOMPARE(WEXITSTATUS(status), 0);
-    QCOMPARE(linesInStore(container()), Lines{QStringList{QString(1'000'000, u'x')}});
+    QCOMPARE(m->lines(), Lines{QStringList{QString(1'000'000, u'x')}});
 }
 
 void StoreFaultTests::aReadOnlyFolderIsReadAndTheSaveFails() {
-    saveNote({u"before"_s});
-    QFile::remove(m_file + u"-journal"_s);
-    QCOMPARE(::chmod(QFile::encodeName(m_file).constData(), 0400), 0);
-    QCOMPARE(::chmod(QFile::encodeName(m_folder->path()).constData(), 0500), 0);
-    const QByteArray bytes = bytesOf(m_file);
+    m->save({u"before"_s});
+    QFile::remove(m->file + u"-journal"_s);
+    QCOMPARE(::chmod(QFile::encodeName(m->file).constData(), 0400), 0);
+    QCOMPARE(::chmod(QFile::encodeName(m->folder.path()).constData(), 0500), 0);
+    const QByteArray bytes = bytesOf(m->file);
     const int status = inChild([&] {
         if (!giveUpPrivileges())
             return 1;
-        const auto store = container();
-        ModelContext context(store, never);
-        const auto notes = context.fetch<Note>();
+        ModelContext context(m->container, never);
+        const auto notes = notesIn(context);
         if (notes.size() != 1 || notes.first()->lines.value() != QStringList{u"before"_s})
             return 2;
         notes.first()->lines = QStringList{u"after"_s};
         return reasonOf([&] { context.save(); }) == Reason::Unreachable ? 0 : 3;
     });
-    ::chmod(QFile::encodeName(m_folder->path()).constData(), 0700);
+    ::chmod(QFile::encodeName(m->folder.path()).constData(), 0700);
     QVERIFY(WIFEXITED(status));
     QCOMPARE(WEXITSTATUS(status), 0);
-    QCOMPARE(bytesOf(m_file), bytes);
+    QCOMPARE(bytesOf(m->file), bytes);
 }
 
 void StoreFaultTests::aFolderThatCannotBeMadeFailsTheSaveOnly() {
-    QCOMPARE(::chmod(QFile::encodeName(m_folder->path()).constData(), 0500), 0);
+    QCOMPARE(::chmod(QFile::encodeName(m->folder.path()).constData(), 0500), 0);
     const int status = inChild([&] {
         if (!giveUpPrivileges())
             return 1;
-        const auto store = noteContainer(m_folder->filePath(u"data/app/store.sqlite"_s));
-        ModelContext context(store, never);
-        if (!context.fetch<Note>().isEmpty())
+        m->move(u"data/app/store.sqlite"_s);
+        ModelContext context(m->container, never);
+        if (!notesIn(context).isEmpty())
             return 2;
         context.insert(makeNote(1));
         return reasonOf([&] { context.save(); }) == Reason::Unreachable ? 0 : 3;
     });
-    ::chmod(QFile::encodeName(m_folder->path()).constData(), 0700);
+    ::chmod(QFile::encodeName(m->folder.path()).constData(), 0700);
     QVERIFY(WIFEXITED(status));
     QCOMPARE(WEXITSTATUS(status), 0);
 }
 
 void StoreFaultTests::aFolderThatIsAFileFailsQuietly() {
-    writeBytes(m_folder->filePath(u"data"_s), "mine");
-    const auto store = noteContainer(m_folder->filePath(u"data/app/store.sqlite"_s));
-    ModelContext context(store, never);
-    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Unreachable);
+    writeBytes(m->folder.filePath(u"data"_s), "mine");
+    m->move(u"data/app/store.sqlite"_s);
+    ModelContext context(m->container, never);
+    QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::Unreachable);
     context.insert(makeNote(1));
     QCOMPARE(reasonOf([&] { context.save(); }), Reason::Unreachable);
-    QCOMPARE(bytesOf(m_folder->filePath(u"data"_s)), QByteArray("mine"));
+    QCOMPARE(bytesOf(m->folder.filePath(u"data"_s)), QByteArray("mine"));
 }
 
 void StoreFaultTests::aStoreLockedByAnotherProgramIsGivenUpSoonAndSavedLater() {
-    saveNote({u"before"_s});
-    const auto store = container();
-    ModelContext context(store, never);
-    const auto note = context.fetch<Note>().first();
+    m->save({u"before"_s});
+    ModelContext context(m->container, never);
+    const auto note = notesIn(context).first();
     note->lines = QStringList{u"after"_s};
     sqlite3* other = nullptr;
-    QCOMPARE(sqlite3_open(QFile::encodeName(m_file).constData(), &other), SQLITE_OK);
+    QCOMPARE(sqlite3_open(QFile::encodeName(m->file).constData(), &other), SQLITE_OK);
     QCOMPARE(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
     QElapsedTimer timer;
     timer.start();
     QCOMPARE(reasonOf([&] { context.save(); }), Reason::Busy);
-    QCOMPARE(reasonOf([&] { context.fetch<Note>(); }), Reason::Busy);
+    QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::Busy);
     QVERIFY(timer.elapsed() < 2000);
     QCOMPARE(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
     sqlite3_close(other);
-    QCOMPARE(linesInStore(store), Lines{QStringList{u"before"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"before"_s}});
     context.save();
-    QCOMPARE(linesInStore(store), Lines{QStringList{u"after"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"after"_s}});
 }
 
 void StoreFaultTests::aFailedSaveIsTriedAgainByItself() {
-    saveNote({u"before"_s});
-    const auto store = container();
-    ModelContext context(store, 5ms);
-    const auto note = context.fetch<Note>().first();
+    m->save({u"before"_s});
+    ModelContext context(m->container, 5ms);
+    const auto note = notesIn(context).first();
     {
         FaultyFiles files([](int) { return SQLITE_FULL; });
         note->lines = QStringList{u"after"_s};
@@ -357,7 +318,7 @@ void StoreFaultTests::aFailedSaveIsTriedAgainByItself() {
         QVERIFY(context.hasChanges());
     }
     QTRY_VERIFY(!context.hasChanges());
-    QCOMPARE(linesInStore(store), Lines{QStringList{u"after"_s}});
+    QCOMPARE(m->lines(), Lines{QStringList{u"after"_s}});
 }
 
 void StoreFaultTests::twoProgramsSavingAtOnceLoseNothing() {
@@ -367,13 +328,12 @@ void StoreFaultTests::twoProgramsSavingAtOnceLoseNothing() {
     for (int program = 0; program < programs; ++program) {
         children[size_t(program)] = ::fork();
         if (children[size_t(program)] == 0) {
-            const auto store = container();
-            ModelContext context(store, never);
+            ModelContext context(m->container, never);
             const auto note = makeNote(1);
             context.insert(note);
             for (int number = 1; number <= saves; ++number) {
                 note->lines = QStringList{QString::number(program), QString::number(number)};
-                note->writtenAt = laterThan(note->writtenAt, currentInstant());
+                note->writtenAt = note->writtenAt.value().addMSecs(1);
                 while (reasonOf([&] { context.save(); }) == Reason::Busy) {
                 }
             }
@@ -385,7 +345,7 @@ void StoreFaultTests::twoProgramsSavingAtOnceLoseNothing() {
         ::waitpid(child, &status, 0);
         QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
-    auto found = linesInStore(container());
+    auto found = m->lines();
     std::sort(found.begin(), found.end());
     const QString last = QString::number(saves);
     QCOMPARE(found, (Lines{{u"0"_s, last}, {u"1"_s, last}}));

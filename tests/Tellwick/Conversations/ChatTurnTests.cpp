@@ -86,7 +86,7 @@ void ChatTurnTests::aTurnIsStoredAtItsEndAndNotBefore() {
     QVERIFY(conversation().waitForReply(u"Hi"_s));
     QCOMPARE(storedContents(), QStringList());
     QVERIFY(!conversation().context().hasChanges());
-    const Instant before = conversation().stored().first().updatedAt;
+    const QDateTime before = conversation().stored().first().updatedAt;
     turn.end();
     QVERIFY(conversation().settle());
     const auto stored = conversation().stored();
@@ -204,7 +204,7 @@ void ChatTurnTests::newChatWhileGeneratingEmptiesEverythingAndRefusesUntilTheTur
     QVERIFY(controller().messages.value().isEmpty());
     const auto after = conversation().stored();
     QCOMPARE(after.size(), 1);
-    QCOMPARE(after.first().identifier, before.identifier);
+    QCOMPARE(after.first().row, before.row);
     QCOMPARE(after.first().roles, QStringList());
     QCOMPARE(after.first().contents, QStringList());
     QVERIFY(after.first().updatedAt > before.updatedAt);

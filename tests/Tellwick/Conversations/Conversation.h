@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Store/TextList.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "tests/Tellwick/Conversations/ScriptedModel.h"
 #include "tests/Tellwick/Conversations/ScriptedModelServer.h"
@@ -15,8 +16,8 @@ namespace tests {
 struct StoredSession {
     QStringList roles;
     QStringList contents;
-    platform::Instant updatedAt;
-    platform::PersistentIdentifier identifier;
+    QDateTime updatedAt;
+    qint64 row; ///< the store's own name for the record
 };
 
 /// A controller with everything around it: a scripted model, a store in a folder of its own, the
@@ -142,20 +143,24 @@ public:
         return roles;
     }
 
-    /// The records in the store, the newest first, as a program started now would find them.
+    /// The records in the store, the newest first.
     QList<StoredSession> stored() const {
         const auto container = tellwick::conversationStore(folder());
-        platform::ModelContext context(container);
+        auto database = container.openForReading();
+        platform::Statement row(*database, "SELECT rowid, updatedAt, roles, contents"
+                                           " FROM ChatSession ORDER BY updatedAt DESC");
         QList<StoredSession> sessions;
-        for (const auto& session : context.fetch(tellwick::ChatSession::newestFirst()))
-            sessions.append({session->roles.value(), session->contents.value(),
-                             session->updatedAt.value(), *session->persistentIdentifier()});
+        while (row.step())
+            sessions.append(
+                {*platform::textListFromJson(row.text(2)), *platform::textListFromJson(row.text(3)),
+                 QDateTime::fromString(QString::fromUtf8(row.text(1)), Qt::ISODateWithMs),
+                 row.number(0)});
         return sessions;
     }
 
     /// Puts a record into the store before the start.
     void store(const QStringList& roles, const QStringList& contents,
-               platform::Instant updatedAt) const {
+               const QDateTime& updatedAt = QDateTime::fromSecsSinceEpoch(0, Qt::UTC)) const {
         const auto container = tellwick::conversationStore(folder());
         platform::ModelContext context(container);
         const auto session = std::make_shared<tellwick::ChatSession>();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The controller and its record in the store: the start, the new chat, and a store that fails.
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
 #include <QDir>
@@ -13,13 +14,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-Instant atHour(int hour) {
-    return std::chrono::sys_days(std::chrono::year(2026) / 3 / 1) + std::chrono::hours(hour);
-}
-
-QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+QDateTime atHour(int hour) {
+    return {QDate(2026, 3, 1), QTime(hour, 0), Qt::UTC};
 }
 
 } // namespace
@@ -36,6 +32,7 @@ private Q_SLOTS:
     void theModeAndTheDraftAreNotKept();
     void theNewestOfThreeRecordsIsLoadedAndTheNextSaveLeavesItAlone();
     void olderRecordsAreAlsoDeletedByTheAutomaticSave();
+    void aStoreOfAnEarlierVersionIsReadAndWritten();
     void aRecordOfUnequalListsLoadsWhatPairs();
     void aStoredRoleOtherThanUserIsTheAssistants();
     void loadingChangesNothingInTheStore();
@@ -65,7 +62,7 @@ void ConversationStoreTests::theFirstStartLeavesOneEmptyRecord() {
     conversation().quit();
     conversation().start();
     QCOMPARE(conversation().stored().size(), 1);
-    QCOMPARE(conversation().stored().first().identifier, stored.first().identifier);
+    QCOMPARE(conversation().stored().first().row, stored.first().row);
 }
 
 void ConversationStoreTests::aConversationIsThereAgainAfterARestart() {
@@ -118,6 +115,24 @@ void ConversationStoreTests::olderRecordsAreAlsoDeletedByTheAutomaticSave() {
     QCOMPARE(conversation().stored().first().contents, QStringList{u"new"_s});
 }
 
+void ConversationStoreTests::aStoreOfAnEarlierVersionIsReadAndWritten() {
+    QVERIFY(QDir().mkpath(QFileInfo(conversation().file()).path()));
+    writeBytes(conversation().file(), {});
+    Database::open(conversation().file())
+        .execute(
+            "CREATE TABLE \"ChatSession\" (\"updatedAt\" TEXT NOT NULL, \"roles\" TEXT NOT NULL,"
+            " \"contents\" TEXT NOT NULL); PRAGMA user_version=1;"
+            "INSERT INTO ChatSession VALUES"
+            " ('2026-03-01T12:00:00.123456Z', '[\"user\",\"assistant\"]', '[\"Hello\",\"Hi\"]')");
+    conversation().start();
+    QCOMPARE(conversation().contents(), (QStringList{u"Hello"_s, u"Hi"_s}));
+    QVERIFY(conversation().talk(u"Again"_s, u"Yes"_s));
+    const auto stored = conversation().stored();
+    QCOMPARE(stored.size(), 1);
+    QCOMPARE(stored.first().contents, (QStringList{u"Hello"_s, u"Hi"_s, u"Again"_s, u"Yes"_s}));
+    QCOMPARE(stored.first().row, 1);
+}
+
 void ConversationStoreTests::aRecordOfUnequalListsLoadsWhatPairs() {
     conversation().store({u"user"_s, u"assistant"_s, u"user"_s}, {u"a"_s, u"b"_s}, atHour(1));
     conversation().start();
@@ -148,7 +163,7 @@ void ConversationStoreTests::newChatEmptiesTheSameRecord() {
     controller().newChat();
     const auto after = conversation().stored();
     QCOMPARE(after.size(), 1);
-    QCOMPARE(after.first().identifier, before.identifier);
+    QCOMPARE(after.first().row, before.row);
     QCOMPARE(after.first().roles, QStringList());
     QCOMPARE(after.first().contents, QStringList());
     QVERIFY(after.first().updatedAt > before.updatedAt);
@@ -156,11 +171,11 @@ void ConversationStoreTests::newChatEmptiesTheSameRecord() {
 }
 
 void ConversationStoreTests::aRecordFromTheFutureStillMovesOn() {
-    const Instant future = currentInstant() + std::chrono::years(30);
+    const QDateTime future = QDateTime::currentDateTimeUtc().addYears(30);
     conversation().store({u"user"_s}, {u"a"_s}, future);
     conversation().start();
     QVERIFY(conversation().talk(u"Hello"_s, u"Hi"_s));
-    const Instant afterTurn = conversation().stored().first().updatedAt;
+    const QDateTime afterTurn = conversation().stored().first().updatedAt;
     QVERIFY(afterTurn > future);
     controller().newChat();
     QVERIFY(conversation().stored().first().updatedAt > afterTurn);
@@ -169,27 +184,18 @@ void ConversationStoreTests::aRecordFromTheFutureStillMovesOn() {
 void ConversationStoreTests::aStoreThatCannotBeReadLeavesTheRunWithoutARecord_data() {
     QTest::addColumn<QByteArray>("sql");
     QTest::newRow("no database") << QByteArray();
-    QTest::newRow("a later version") << QByteArray("PRAGMA user_version=2");
-    QTest::newRow("a database of another program") << QByteArray("CREATE TABLE t (x)");
-    QTest::newRow("another layout") << QByteArray(
-        "CREATE TABLE ChatSession (id INTEGER PRIMARY KEY, title TEXT, messages BLOB)");
-    QTest::newRow("a record that cannot be read") << QByteArray(
-        "CREATE TABLE \"ChatSession\" (\"updatedAt\" TEXT NOT NULL, \"roles\" TEXT NOT NULL, "
-        "\"contents\" TEXT NOT NULL); INSERT INTO ChatSession VALUES ('now', '[]', '[]')");
+    QTest::newRow("a later version") << QByteArray("PRAGMA user_version=2; COMMIT");
+    QTest::newRow("a record that cannot be read")
+        << QByteArray("INSERT INTO ChatSession VALUES ('now', '[]', '[]'); COMMIT");
 }
 
 void ConversationStoreTests::aStoreThatCannotBeReadLeavesTheRunWithoutARecord() {
     QFETCH(QByteArray, sql);
-    QVERIFY(QDir().mkpath(QFileInfo(conversation().file()).path()));
-    {
-        QFile file(conversation().file());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        if (sql.isEmpty())
-            file.write(QByteArray("Dear diary,\n").repeated(100));
-        file.close();
-        if (!sql.isEmpty())
-            Database::open(conversation().file()).execute(sql.constData());
-    }
+    conversation().store({u"user"_s}, {u"a"_s});
+    if (sql.isEmpty())
+        writeBytes(conversation().file(), QByteArray("Dear diary,\n").repeated(100));
+    else
+        conversationStore(conversation().folder()).openForWriting().execute(sql);
     const QByteArray before = bytesOf(conversation().file());
     conversation().start();
     QVERIFY(controller().messages.value().isEmpty());

@@ -35,7 +35,7 @@ class ChatListTests final : public QObject {
             roles.append(i % 2 == 0 ? u"user"_s : u"assistant"_s);
             contents.append(u"Message %1\n"_s.arg(i) + lines(4));
         }
-        m->conversation.store(roles, contents, platform::Instant());
+        m->conversation.store(roles, contents);
         QVERIFY(m->open(size));
     }
 
@@ -73,7 +73,7 @@ private Q_SLOTS:
 
 void ChatListTests::messagesAreReadOutInOrder() {
     m->conversation.store({u"user"_s, u"assistant"_s, u"user"_s, u"assistant"_s},
-                          {u"One **1**"_s, u"Two **2**"_s, u"Three"_s, u""_s}, platform::Instant());
+                          {u"One **1**"_s, u"Two **2**"_s, u"Three"_s, u""_s});
     QVERIFY(m->open());
     QCOMPARE(m->bubbles(), (QStringList{u"You: One **1**"_s, u"Tellwick: Two 2"_s, u"You: Three"_s,
                                         u"Tellwick: "_s}));
@@ -242,7 +242,7 @@ void ChatListTests::theColumnIsAtMost700WideAndCentred() {
     QFETCH(int, left);
     QFETCH(int, rowWidth);
     m->conversation.store({u"user"_s, u"assistant"_s},
-                          {lines(1).repeated(9), u"word "_s.repeated(200)}, platform::Instant());
+                          {lines(1).repeated(9), u"word "_s.repeated(200)});
     QVERIFY(m->open({width, 800}));
     for (const qsizetype row : {0, 1}) {
         QCOMPARE(m->placeOf(bubble(row)).left(), left);

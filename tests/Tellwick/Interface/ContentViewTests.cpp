@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The window's root view over a real store: the first start, a later appearance, a restart.
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
 #include <QDir>
-#include <QFile>
 
 using namespace Qt::StringLiterals;
 namespace AppConfig = tellwick::AppConfig;
@@ -56,7 +56,7 @@ void ContentViewTests::theFirstStartShowsAnEmptyChatAndStoresOneEmptyRecord() {
     m->close();
     QVERIFY(m->open());
     QCOMPARE(m->conversation.stored().size(), 1);
-    QCOMPARE(m->conversation.stored().first().identifier, stored.first().identifier);
+    QCOMPARE(m->conversation.stored().first().row, stored.first().row);
 }
 
 void ContentViewTests::aSecondAppearanceKeepsTheController() {
@@ -129,10 +129,9 @@ void ContentViewTests::aRestartInTheMiddleOfATurnShowsWhatWasBefore() {
 }
 
 void ContentViewTests::severalRecordsLeaveTheNewest() {
-    using std::chrono::seconds;
     for (const int second : {10, 30, 20})
         m->conversation.store({u"user"_s}, {u"Number %1"_s.arg(second)},
-                              platform::Instant(seconds(second)));
+                              QDateTime::fromSecsSinceEpoch(second));
     QVERIFY(m->open());
     QCOMPARE(m->bubbles(), QStringList{u"You: Number 30"_s});
     m->close();
@@ -142,20 +141,14 @@ void ContentViewTests::severalRecordsLeaveTheNewest() {
 void ContentViewTests::aStoreThatCannotBeReadShowsAnEmptyChat() {
     QDir().mkpath(QFileInfo(m->conversation.file()).path());
     const QByteArray foreign = "This is no database. ";
-    {
-        QFile file(m->conversation.file());
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(foreign.repeated(1000));
-    }
+    tests::writeBytes(m->conversation.file(), foreign.repeated(1000));
     QVERIFY(m->open());
     QVERIFY(m->screen().shows(AppConfig::tagline()));
     QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
     m->flush();
     QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
     m->close();
-    QFile file(m->conversation.file());
-    QVERIFY(file.open(QFile::ReadOnly));
-    QCOMPARE(file.readAll(), foreign.repeated(1000));
+    QCOMPARE(tests::bytesOf(m->conversation.file()), foreign.repeated(1000));
 }
 
 void ContentViewTests::theChatFillsTheWindow() {

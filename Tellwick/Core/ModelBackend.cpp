@@ -1,8 +1,0 @@
-// SPDX-License-Identifier: MIT
-#include "Tellwick/Core/ModelBackend.h"
-
-namespace tellwick {
-
-ModelBackend::~ModelBackend() = default;
-
-} // namespace tellwick
