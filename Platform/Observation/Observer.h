@@ -14,7 +14,7 @@ namespace platform {
 /// Keeps a function's effects in step with the observable state that it reads. See observe().
 class Observer final : public QObject {
 public:
-    /// The least time between two runs that follow each other: a frame of a 60 Hz display.
+    /// The shortest time between two runs that follow each other: a frame of a 60 Hz display.
     static constexpr std::chrono::milliseconds frame{16};
 
     Observer(QObject* owner, std::function<void()> function);

@@ -32,16 +32,148 @@ private Q_SLOTS:
     void init() { m.emplace(); }
     void cleanup() { m.reset(); }
 
-    void whatIsNoStoreIsReportedAndLeftAsItIs_data();
-    void whatIsNoStoreIsReportedAndLeftAsItIs();
-    void aPlaceTakenBySomethingElseIsReported_data();
-    void aPlaceTakenBySomethingElseIsReported();
-    void anEmptyFileBecomesTheStore();
-    void aStoreRestoredFromItsDumpIsRead();
-    void triggersInTheFileAreNotRun();
-    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data();
-    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs();
-    void aDamagedFileFailsTheFetchAndIsLeftAsItIs();
+    void whatIsNoStoreIsReportedAndLeftAsItIs_data() {
+        QTest::addColumn<QByteArray>("sql");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<Reason>("reason");
+        const auto bytes = [](const char* name, const QByteArray& bytes) {
+            QTest::newRow(name) << QByteArray() << bytes << Reason::NotAStore;
+        };
+        bytes("one byte", "x");
+        bytes("a text", "Dear diary,\n");
+        bytes("a long text", QByteArray("Dear diary,\n").repeated(10000));
+        bytes("zeros", QByteArray(8192, '\0'));
+        bytes("only the mark of SQLite", QByteArray("SQLite format 3\0", 16));
+        const auto sql = [](const char* name, const char* sql, Reason reason) {
+            QTest::newRow(name) << QByteArray(sql) << QByteArray() << reason;
+        };
+        sql("a later version",
+            "PRAGMA user_version=2; CREATE TABLE Note (writtenAt INTEGER, lines BLOB, title TEXT);"
+            "INSERT INTO Note VALUES (1, x'00', 'precious')",
+            Reason::LaterVersion);
+        sql("a later version of the same layout",
+            "PRAGMA user_version=2;"
+            "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)",
+            Reason::LaterVersion);
+        sql("a later version without tables", "PRAGMA user_version=7", Reason::LaterVersion);
+        sql("a database of another program", "CREATE TABLE cookies (host TEXT)", Reason::Foreign);
+        sql("this version without tables", "PRAGMA user_version=1", Reason::Foreign);
+        sql("fewer columns", "PRAGMA user_version=1; CREATE TABLE Note (writtenAt TEXT)",
+            Reason::Foreign);
+        sql("one more column",
+            "PRAGMA user_version=1;"
+            "CREATE TABLE Note (writtenAt TEXT NOT NULL, lines TEXT NOT NULL, title TEXT NOT NULL)",
+            Reason::Foreign);
+        sql("a column added by hand",
+            "PRAGMA user_version=1;"
+            "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+            "ALTER TABLE Note ADD COLUMN title TEXT",
+            Reason::Foreign);
+        sql("other columns", "PRAGMA user_version=1; CREATE TABLE Note (a TEXT, b TEXT)",
+            Reason::Foreign);
+        sql("a view of that name",
+            "PRAGMA user_version=1; CREATE VIEW Note AS WITH RECURSIVE n(i) AS "
+            "(SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i AS writtenAt, i AS lines FROM n",
+            Reason::Foreign);
+        sql("a table without row identifiers",
+            "PRAGMA user_version=1; CREATE TABLE Note "
+            "(writtenAt TEXT PRIMARY KEY, lines TEXT) WITHOUT ROWID",
+            Reason::Foreign);
+    }
+
+    void whatIsNoStoreIsReportedAndLeftAsItIs() {
+        QFETCH(QByteArray, sql);
+        QFETCH(QByteArray, bytes);
+        QFETCH(Reason, reason);
+        if (!sql.isEmpty())
+            execute(m->file, sql.constData());
+        else
+            writeBytes(m->file, bytes);
+        isRefused(reason);
+    }
+
+    void aPlaceTakenBySomethingElseIsReported_data() {
+        QTest::addColumn<bool>("isPipe");
+        QTest::newRow("a folder") << false;
+        QTest::newRow("a pipe") << true;
+    }
+
+    void aPlaceTakenBySomethingElseIsReported() {
+        QFETCH(bool, isPipe);
+        const QByteArray path = QFile::encodeName(m->file);
+        QCOMPARE(isPipe ? ::mkfifo(path.constData(), 0600) : ::mkdir(path.constData(), 0700), 0);
+        // Not isRefused(): a pipe is not to be read.
+        ModelContext context(m->container, never);
+        QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
+        context.insert(makeNote(1));
+        QCOMPARE(reasonOf([&] { context.save(); }), Reason::NotAStore);
+    }
+
+    void anEmptyFileBecomesTheStore() {
+        writeBytes(m->file, {});
+        QVERIFY(m->lines().isEmpty());
+        m->save({u"a"_s});
+        QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
+    }
+
+    void aStoreRestoredFromItsDumpIsRead() {
+        execute(m->file,
+                "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
+                "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
+                "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
+        {
+            ModelContext context(m->container, never);
+            const auto notes = notesIn(context);
+            QCOMPARE(notes.size(), 1);
+            QCOMPARE(notes.first()->lines.value(), QStringList{u"a"_s});
+            notes.first()->lines = QStringList{u"b"_s};
+        }
+        QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
+    }
+
+    void triggersInTheFileAreNotRun() {
+        m->save({u"a"_s});
+        execute(m->file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
+                         "UPDATE Note SET lines = '[]'; END");
+        {
+            ModelContext context(m->container, never);
+            notesIn(context).first()->lines = QStringList{u"b"_s};
+        }
+        QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
+    }
+
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data() {
+        QTest::addColumn<QByteArray>("values");
+        QTest::newRow("no instant") << QByteArray("'yesterday', '[]'");
+        QTest::newRow("no JSON") << QByteArray("'2026-01-01T00:00:00Z', 'a,b'");
+        QTest::newRow("numbers in the list") << QByteArray("'2026-01-01T00:00:00Z', '[1]'");
+        QTest::newRow("bytes") << QByteArray("'2026-01-01T00:00:00Z', x'5b5d'");
+        QTest::newRow("not UTF-8") << QByteArray("'2026-01-01T00:00:00Z', '[\"' || x'ff' || '\"]'");
+    }
+
+    void aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs() {
+        QFETCH(QByteArray, values);
+        m->save({u"a"_s});
+        execute(m->file, "INSERT INTO Note VALUES (" + values + ")");
+        const QByteArray before = bytesOf(m->file);
+        {
+            ModelContext context(m->container, never);
+            QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::Malformed);
+        }
+        QCOMPARE(bytesOf(m->file), before);
+    }
+
+    void aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
+        m->save(QStringList(100, QString(1000, u'a')));
+        QByteArray bytes = bytesOf(m->file);
+        bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xaa'));
+        writeBytes(m->file, bytes);
+        {
+            ModelContext context(m->container, never);
+            QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
+        }
+        QCOMPARE(bytesOf(m->file), bytes);
+    }
 
 private:
     /// Neither a fetch nor a save goes well, and nothing of the file changes.
@@ -58,148 +190,6 @@ private:
 
     std::optional<NoteStore> m;
 };
-
-void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs_data() {
-    QTest::addColumn<QByteArray>("sql");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<Reason>("reason");
-    const auto bytes = [](const char* name, const QByteArray& bytes) {
-        QTest::newRow(name) << QByteArray() << bytes << Reason::NotAStore;
-    };
-    bytes("one byte", "x");
-    bytes("a text", "Dear diary,\n");
-    bytes("a long text", QByteArray("Dear diary,\n").repeated(10000));
-    bytes("zeros", QByteArray(8192, '\0'));
-    bytes("only the mark of SQLite", QByteArray("SQLite format 3\0", 16));
-    const auto sql = [](const char* name, const char* sql, Reason reason) {
-        QTest::newRow(name) << QByteArray(sql) << QByteArray() << reason;
-    };
-    sql("a later version",
-        "PRAGMA user_version=2; CREATE TABLE Note (writtenAt INTEGER, lines BLOB, title TEXT);"
-        "INSERT INTO Note VALUES (1, x'00', 'precious')",
-        Reason::LaterVersion);
-    sql("a later version of the same layout",
-        "PRAGMA user_version=2;"
-        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)",
-        Reason::LaterVersion);
-    sql("a later version without tables", "PRAGMA user_version=7", Reason::LaterVersion);
-    sql("a database of another program", "CREATE TABLE cookies (host TEXT)", Reason::Foreign);
-    sql("this version without tables", "PRAGMA user_version=1", Reason::Foreign);
-    sql("fewer columns", "PRAGMA user_version=1; CREATE TABLE Note (writtenAt TEXT)",
-        Reason::Foreign);
-    sql("one more column",
-        "PRAGMA user_version=1;"
-        "CREATE TABLE Note (writtenAt TEXT NOT NULL, lines TEXT NOT NULL, title TEXT NOT NULL)",
-        Reason::Foreign);
-    sql("a column added by hand",
-        "PRAGMA user_version=1;"
-        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
-        "ALTER TABLE Note ADD COLUMN title TEXT",
-        Reason::Foreign);
-    sql("other columns", "PRAGMA user_version=1; CREATE TABLE Note (a TEXT, b TEXT)",
-        Reason::Foreign);
-    sql("a view of that name",
-        "PRAGMA user_version=1; CREATE VIEW Note AS WITH RECURSIVE n(i) AS "
-        "(SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i AS writtenAt, i AS lines FROM n",
-        Reason::Foreign);
-    sql("a table without row identifiers",
-        "PRAGMA user_version=1; CREATE TABLE Note "
-        "(writtenAt TEXT PRIMARY KEY, lines TEXT) WITHOUT ROWID",
-        Reason::Foreign);
-}
-
-void ForeignStoreTests::whatIsNoStoreIsReportedAndLeftAsItIs() {
-    QFETCH(QByteArray, sql);
-    QFETCH(QByteArray, bytes);
-    QFETCH(Reason, reason);
-    if (!sql.isEmpty())
-        execute(m->file, sql.constData());
-    else
-        writeBytes(m->file, bytes);
-    isRefused(reason);
-}
-
-void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported_data() {
-    QTest::addColumn<bool>("isPipe");
-    QTest::newRow("a folder") << false;
-    QTest::newRow("a pipe") << true;
-}
-
-void ForeignStoreTests::aPlaceTakenBySomethingElseIsReported() {
-    QFETCH(bool, isPipe);
-    const QByteArray path = QFile::encodeName(m->file);
-    QCOMPARE(isPipe ? ::mkfifo(path.constData(), 0600) : ::mkdir(path.constData(), 0700), 0);
-    // Not isRefused(): a pipe is not to be read.
-    ModelContext context(m->container, never);
-    QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
-    context.insert(makeNote(1));
-    QCOMPARE(reasonOf([&] { context.save(); }), Reason::NotAStore);
-}
-
-void ForeignStoreTests::anEmptyFileBecomesTheStore() {
-    writeBytes(m->file, {});
-    QVERIFY(m->lines().isEmpty());
-    m->save({u"a"_s});
-    QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
-}
-
-void ForeignStoreTests::aStoreRestoredFromItsDumpIsRead() {
-    execute(m->file, "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL);"
-                     "INSERT INTO Note VALUES ('2026-01-01 00:00:00', '[\"a\"]');"
-                     "CREATE INDEX byTime ON Note (writtenAt); ANALYZE");
-    {
-        ModelContext context(m->container, never);
-        const auto notes = notesIn(context);
-        QCOMPARE(notes.size(), 1);
-        QCOMPARE(notes.first()->lines.value(), QStringList{u"a"_s});
-        notes.first()->lines = QStringList{u"b"_s};
-    }
-    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
-}
-
-void ForeignStoreTests::triggersInTheFileAreNotRun() {
-    m->save({u"a"_s});
-    execute(m->file, "CREATE TRIGGER spoil AFTER UPDATE ON Note BEGIN "
-                     "UPDATE Note SET lines = '[]'; END");
-    {
-        ModelContext context(m->container, never);
-        notesIn(context).first()->lines = QStringList{u"b"_s};
-    }
-    QCOMPARE(m->lines(), Lines{QStringList{u"b"_s}});
-}
-
-void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs_data() {
-    QTest::addColumn<QByteArray>("values");
-    QTest::newRow("no instant") << QByteArray("'yesterday', '[]'");
-    QTest::newRow("no JSON") << QByteArray("'2026-01-01T00:00:00Z', 'a,b'");
-    QTest::newRow("numbers in the list") << QByteArray("'2026-01-01T00:00:00Z', '[1]'");
-    QTest::newRow("bytes") << QByteArray("'2026-01-01T00:00:00Z', x'5b5d'");
-    QTest::newRow("not UTF-8") << QByteArray("'2026-01-01T00:00:00Z', '[\"' || x'ff' || '\"]'");
-}
-
-void ForeignStoreTests::aRecordThatCannotBeReadFailsTheFetchAndIsLeftAsItIs() {
-    QFETCH(QByteArray, values);
-    m->save({u"a"_s});
-    execute(m->file, "INSERT INTO Note VALUES (" + values + ")");
-    const QByteArray before = bytesOf(m->file);
-    {
-        ModelContext context(m->container, never);
-        QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::Malformed);
-    }
-    QCOMPARE(bytesOf(m->file), before);
-}
-
-void ForeignStoreTests::aDamagedFileFailsTheFetchAndIsLeftAsItIs() {
-    m->save(QStringList(100, QString(1000, u'a')));
-    QByteArray bytes = bytesOf(m->file);
-    bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, '\xaa'));
-    writeBytes(m->file, bytes);
-    {
-        ModelContext context(m->container, never);
-        QCOMPARE(reasonOf([&] { notesIn(context); }), Reason::NotAStore);
-    }
-    QCOMPARE(bytesOf(m->file), bytes);
-}
 
 TELLWICK_TEST(ForeignStoreTests, EventLoop)
 #include "ForeignStoreTests.moc"

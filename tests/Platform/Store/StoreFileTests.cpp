@@ -29,98 +29,89 @@ private Q_SLOTS:
     }
     void cleanup() { m.reset(); }
 
-    void aStoreThatIsNotThereIsEmptyAndStaysAway();
-    void folderFileAndJournalAreForTheUserAlone();
-    void theFileIsPlainlyReadable_data();
-    void theFileIsPlainlyReadable();
-    void savesAreFullySynchronous();
-    void aSaveWithoutChangesTouchesNothing();
-    void aStoreRemovedMeanwhileIsMadeAgain();
-    void openingAStoreIsQuick();
+    void aStoreThatIsNotThereIsEmptyAndStaysAway() {
+        ModelContext context(m->container);
+        QVERIFY(notesIn(context).isEmpty());
+        context.save();
+        QVERIFY(!QFile::exists(dataFolder()));
+    }
+
+    void folderFileAndJournalAreForTheUserAlone() {
+        const mode_t previous = ::umask(0);
+        const auto reset = qScopeGuard([previous] { ::umask(previous); });
+        m->save({});
+        QCOMPARE(modeOf(dataFolder()), mode_t(0700));
+        QCOMPARE(modeOf(dataFolder() + u"/app"_s), mode_t(0700));
+        QCOMPARE(modeOf(m->file), mode_t(0600));
+        Database database = m->container.openForWriting();
+        database.execute("DELETE FROM Note");
+        QCOMPARE(modeOf(m->file + u"-journal"_s), mode_t(0600));
+    }
+
+    void theFileIsPlainlyReadable_data() {
+        QTest::addColumn<QByteArray>("query");
+        QTest::addColumn<QByteArray>("answer");
+        const auto row = [](const char* query, const char* answer) {
+            QTest::newRow(query) << QByteArray(query) << QByteArray(answer);
+        };
+        row("SELECT group_concat(sql) FROM sqlite_schema",
+            "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)");
+        row("SELECT writtenAt FROM Note", "1970-01-01T00:00:01.000Z");
+        row("SELECT lines FROM Note", "[\"Grüße\",\"\",\"a\\nb\"]");
+        row("SELECT value FROM Note, json_each(lines) WHERE key = 2", "a\nb");
+        row("SELECT user_version || '' FROM pragma_user_version", "1");
+        row("PRAGMA integrity_check", "ok");
+    }
+
+    void theFileIsPlainlyReadable() {
+        QFETCH(QByteArray, query);
+        QFETCH(QByteArray, answer);
+        m->save({u"Grüße"_s, {}, u"a\nb"_s});
+        Database database = Database::open(m->file);
+        Statement statement(database, query);
+        QVERIFY(statement.step());
+        QCOMPARE(statement.text(0), answer);
+    }
+
+    void savesAreFullySynchronous() {
+        Database database = m->container.openForWriting();
+        QCOMPARE(database.number("PRAGMA synchronous"), qint64(2));
+        QCOMPARE(database.number("PRAGMA secure_delete"), qint64(1));
+    }
+
+    void aSaveWithoutChangesTouchesNothing() {
+        ModelContext context(m->container);
+        context.insert(makeNote(1));
+        context.save();
+        QVERIFY(QFile::remove(m->file));
+        context.save();
+        QVERIFY(!QFile::exists(m->file));
+    }
+
+    void aStoreRemovedMeanwhileIsMadeAgain() {
+        ModelContext context(m->container, never);
+        const auto note = makeNote(1);
+        context.insert(note);
+        context.save();
+        QVERIFY(QDir(dataFolder()).removeRecursively());
+        note->lines = QStringList{u"kept"_s};
+        context.save();
+        QCOMPARE(m->lines(), Lines{QStringList{u"kept"_s}});
+    }
+
+    void openingAStoreIsQuick() {
+        m->save(QStringList(200, QString(500, u'x')));
+        QBENCHMARK {
+            ModelContext context(m->container);
+            QCOMPARE(notesIn(context).size(), 1);
+        }
+    }
 
 private:
     QString dataFolder() const { return m->folder.filePath(u"data"_s); }
 
     std::optional<NoteStore> m;
 };
-
-void StoreFileTests::aStoreThatIsNotThereIsEmptyAndStaysAway() {
-    ModelContext context(m->container);
-    QVERIFY(notesIn(context).isEmpty());
-    context.save();
-    QVERIFY(!QFile::exists(dataFolder()));
-}
-
-void StoreFileTests::folderFileAndJournalAreForTheUserAlone() {
-    const mode_t previous = ::umask(0);
-    const auto reset = qScopeGuard([previous] { ::umask(previous); });
-    m->save({});
-    QCOMPARE(modeOf(dataFolder()), mode_t(0700));
-    QCOMPARE(modeOf(dataFolder() + u"/app"_s), mode_t(0700));
-    QCOMPARE(modeOf(m->file), mode_t(0600));
-    Database database = m->container.openForWriting();
-    database.execute("DELETE FROM Note");
-    QCOMPARE(modeOf(m->file + u"-journal"_s), mode_t(0600));
-}
-
-void StoreFileTests::theFileIsPlainlyReadable_data() {
-    QTest::addColumn<QByteArray>("query");
-    QTest::addColumn<QByteArray>("answer");
-    const auto row = [](const char* query, const char* answer) {
-        QTest::newRow(query) << QByteArray(query) << QByteArray(answer);
-    };
-    row("SELECT group_concat(sql) FROM sqlite_schema",
-        "CREATE TABLE \"Note\" (\"writtenAt\" TEXT NOT NULL, \"lines\" TEXT NOT NULL)");
-    row("SELECT writtenAt FROM Note", "1970-01-01T00:00:01.000Z");
-    row("SELECT lines FROM Note", "[\"Grüße\",\"\",\"a\\nb\"]");
-    row("SELECT value FROM Note, json_each(lines) WHERE key = 2", "a\nb");
-    row("SELECT user_version || '' FROM pragma_user_version", "1");
-    row("PRAGMA integrity_check", "ok");
-}
-
-void StoreFileTests::theFileIsPlainlyReadable() {
-    QFETCH(QByteArray, query);
-    QFETCH(QByteArray, answer);
-    m->save({u"Grüße"_s, {}, u"a\nb"_s});
-    Database database = Database::open(m->file);
-    Statement statement(database, query);
-    QVERIFY(statement.step());
-    QCOMPARE(statement.text(0), answer);
-}
-
-void StoreFileTests::savesAreFullySynchronous() {
-    Database database = m->container.openForWriting();
-    QCOMPARE(database.number("PRAGMA synchronous"), qint64(2));
-    QCOMPARE(database.number("PRAGMA secure_delete"), qint64(1));
-}
-
-void StoreFileTests::aSaveWithoutChangesTouchesNothing() {
-    ModelContext context(m->container);
-    context.insert(makeNote(1));
-    context.save();
-    QVERIFY(QFile::remove(m->file));
-    context.save();
-    QVERIFY(!QFile::exists(m->file));
-}
-
-void StoreFileTests::aStoreRemovedMeanwhileIsMadeAgain() {
-    ModelContext context(m->container, never);
-    const auto note = makeNote(1);
-    context.insert(note);
-    context.save();
-    QVERIFY(QDir(dataFolder()).removeRecursively());
-    note->lines = QStringList{u"kept"_s};
-    context.save();
-    QCOMPARE(m->lines(), Lines{QStringList{u"kept"_s}});
-}
-
-void StoreFileTests::openingAStoreIsQuick() {
-    m->save(QStringList(200, QString(500, u'x')));
-    QBENCHMARK {
-        ModelContext context(m->container);
-        QCOMPARE(notesIn(context).size(), 1);
-    }
-}
 
 TELLWICK_TEST(StoreFileTests, EventLoop)
 #include "StoreFileTests.moc"

@@ -5,11 +5,6 @@
 #include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
-#include <QProcess>
-
-#include <map>
-#include <thread>
-
 using namespace platform;
 using namespace tellwick;
 using namespace tests;
@@ -27,28 +22,266 @@ private Q_SLOTS:
     }
     void cleanup() { m_conversation.reset(); }
 
-    void theHistoryIsWhatPrecedesTheNewMessage();
-    void aRestoredConversationIsTheHistory();
-    void theSystemPromptIsComposedForEachTurn();
-    void theStateOfTheOnDeviceModelDoesNotMatter();
-    void aCancellationErrorLeavesThePartialReplyAndResetsNothing();
-    void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn_data();
-    void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn();
-    void aFailureWhoseReplyHasGoneResetsItsBackendAllTheSame();
-    void anErrorInPlaceOfAStreamIsShownToo();
-    void aCancellationInPlaceOfAStreamLeavesTheReplyEmpty();
-    void aModeResetsTheSelectedBackendOnlyWhenItMayBeSet();
-    void aNewChatResetsTheSelectedBackendOnce();
-    void aRefreshThatRemovesTheSelectedModelLeavesTheTurnAlone();
-    void aRefreshThatKeepsTheNameLeavesTheTurnWithItsOwnBackend();
-    void anotherModelMayBeSelectedInTheMiddleOfATurn();
-    void aSendWhileTheAbandonedReplyOfAnotherModelStreams();
-    void twoTurnsInOnePassOfTheEventLoop();
-    void aReplyThatIsCompleteAtOnceIsShownWhole();
-    void aFloodOfElementsCanBeStopped();
-    void theEventLoopTurnsWhileElementsFlood();
-    void calledOffTheMainThreadItStopsTheProgram_data();
-    void calledOffTheMainThreadItStopsTheProgram();
+    void theHistoryIsWhatPrecedesTheNewMessage() {
+        QVERIFY(talk(u" one "_s, u"1"_s));
+        const auto& first = conversation().server.requests[0];
+        QCOMPARE(first.model, u"tiny"_s);
+        QCOMPARE(first.prompt, u"one"_s);
+        QVERIFY(first.history.isEmpty());
+        const auto& second = conversation().askServer(u"two"_s);
+        QCOMPARE(second.prompt, u"two"_s);
+        QCOMPARE(second.history.size(), 2);
+        for (qsizetype i = 0; i < 2; ++i)
+            QVERIFY(second.history[i].id() == controller().messages.value()[i].id());
+        QCOMPARE(second.history[0].content.toString(), u"one"_s);
+        QCOMPARE(second.history[1].content.toString(), u"1"_s);
+    }
+
+    void aRestoredConversationIsTheHistory() {
+        QVERIFY(talk(u"one"_s, u"1"_s));
+        conversation().quit();
+        conversation().start();
+        QCOMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
+        QVERIFY(conversation().select({u"tiny"_s}, u"tiny"_s));
+        QCOMPARE(conversation().askServer(u"two"_s).history.size(), 2);
+    }
+
+    void theSystemPromptIsComposedForEachTurn() {
+        const auto mode = AppConfig::writingModes().first();
+        const QString prompt = AppConfig::defaultSystemPrompt();
+        controller().setMode(mode);
+        QVERIFY(talk(u"one"_s, u"1"_s));
+        const QString withMode = conversation().server.requests.back().systemPrompt;
+        QCOMPARE(withMode, prompt + u"\n\n"_s + mode.systemPrompt);
+        QCOMPARE(withMode.toUtf8().size(), 334 + 2 + 171);
+        controller().clearMode();
+        QCOMPARE(conversation().askServer(u"two"_s).systemPrompt, prompt);
+    }
+
+    void theStateOfTheOnDeviceModelDoesNotMatter() {
+        conversation().model.state =
+            Availability::unavailable(Availability::UnavailableReason::modelNotReady);
+        const int asked = conversation().model.timesAsked;
+        QVERIFY(talk(u"one"_s, u"1"_s));
+        QCOMPARE(conversation().model.timesAsked, asked);
+        QVERIFY(!controller().availabilityError.value());
+    }
+
+    void aCancellationErrorLeavesThePartialReplyAndResetsNothing() {
+        const auto& request = conversation().askServer(u"one"_s);
+        request.say(u"so far");
+        request.fail(CancellationError());
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"so far"_s}));
+        QCOMPARE(conversation().stored().first().contents, (QStringList{u"one"_s, u"so far"_s}));
+        QVERIFY(conversation().server.resets.isEmpty());
+    }
+
+    void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn_data() {
+        QTest::addColumn<bool>("isLocalized");
+        QTest::newRow("with a description") << true;
+        QTest::newRow("of the library") << false;
+    }
+
+    void everyOtherErrorIsShownAndResetsTheBackendOfTheTurn() {
+        QFETCH(bool, isLocalized);
+        const auto& request = conversation().askServer(u"one"_s);
+        request.say(u"so far");
+        QVERIFY(conversation().waitForReply(u"so far"_s));
+        if (isLocalized)
+            request.fail(ScriptedError());
+        else
+            request.fail(std::runtime_error("out of order"));
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents().last(),
+                 isLocalized ? u"Error: The model is tired."_s : u"Error: out of order"_s);
+        QCOMPARE(conversation().stored().first().contents, conversation().contents());
+        QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
+    }
+
+    void aFailureWhoseReplyHasGoneResetsItsBackendAllTheSame() {
+        const auto& request = conversation().askServer(u"one"_s);
+        controller().messages = QList<ChatMessage>();
+        request.fail(ScriptedError());
+        QVERIFY(conversation().settle());
+        QVERIFY(controller().messages.value().isEmpty());
+        QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
+    }
+
+    void anErrorInPlaceOfAStreamIsShownToo() {
+        conversation().server.refusal = std::make_exception_ptr(ScriptedError());
+        QVERIFY(conversation().send(u"one"_s));
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents(),
+                 (QStringList{u"one"_s, u"Error: The model is tired."_s}));
+        QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
+    }
+
+    void aCancellationInPlaceOfAStreamLeavesTheReplyEmpty() {
+        conversation().server.refusal = std::make_exception_ptr(CancellationError());
+        QVERIFY(conversation().send(u"one"_s));
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents(), (QStringList{u"one"_s, {}}));
+        QVERIFY(conversation().server.resets.isEmpty());
+    }
+
+    void aModeResetsTheSelectedBackendOnlyWhenItMayBeSet() {
+        const auto modes = AppConfig::writingModes();
+        QStringList& resets = conversation().server.resets;
+        controller().setMode(modes[0]);
+        controller().setMode(modes[1]);
+        controller().setMode(modes[1]);
+        QCOMPARE(resets.size(), 3);
+        controller().clearMode();
+        QCOMPARE(resets.size(), 4);
+        QVERIFY(talk(u"one"_s, u"1"_s));
+        controller().setMode(modes[0]);
+        QCOMPARE(resets.size(), 4);
+        controller().clearMode();
+        QCOMPARE(resets, QStringList(5, u"tiny"_s));
+    }
+
+    void aNewChatResetsTheSelectedBackendOnce() {
+        QVERIFY(talk(u"one"_s, u"1"_s));
+        controller().newChat();
+        QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
+    }
+
+    void aRefreshThatRemovesTheSelectedModelLeavesTheTurnAlone() {
+        const auto& request = conversation().askServer(u"one"_s);
+        request.say(u"1");
+        QVERIFY(conversation().waitForReply(u"1"_s));
+        conversation().server.listed = {u"large"_s};
+        controller().modelManager.startRefresh();
+        QTRY_COMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
+        request.say(u"1 and more");
+        QVERIFY(conversation().waitForReply(u"1 and more"_s));
+        request.fail(ScriptedError());
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents().last(), u"Error: The model is tired."_s);
+        QCOMPARE(conversation().server.resets,
+                 QStringList{u"tiny"_s}); // the turn's, not the selected
+        conversation().ask(u"two"_s);     // goes to the model that is selected now
+    }
+
+    void aRefreshThatKeepsTheNameLeavesTheTurnWithItsOwnBackend() {
+        const std::weak_ptr<ModelBackend> old = controller().modelManager.selected();
+        const auto& request = conversation().askServer(u"one"_s);
+        controller().modelManager.startRefresh();
+        QTRY_VERIFY(controller().modelManager.selected() != old.lock());
+        QCOMPARE(controller().modelManager.selectedID.value(), u"ollama-tiny"_s);
+        QVERIFY(!old.expired());
+        request.say(u"1");
+        request.end();
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents().last(), u"1"_s);
+        QTRY_VERIFY(old.expired()); // and it goes with the turn
+    }
+
+    void anotherModelMayBeSelectedInTheMiddleOfATurn() {
+        const auto& request = conversation().askServer(u"one"_s);
+        QVERIFY(conversation().select({u"tiny"_s, u"large"_s}, u"large"_s));
+        request.say(u"1");
+        request.end();
+        QVERIFY(conversation().settle());
+        const auto& next = conversation().askServer(u"two"_s);
+        QCOMPARE(next.model, u"large"_s);
+        QCOMPARE(next.history.last().content.toString(), u"1"_s);
+    }
+
+    void aSendWhileTheAbandonedReplyOfAnotherModelStreams() {
+        const auto& abandoned = conversation().askServer(u"one"_s);
+        abandoned.say(u"1");
+        QVERIFY(conversation().waitForReply(u"1"_s));
+        controller().stop();
+        QVERIFY(conversation().settle());
+        QVERIFY(conversation().select({u"tiny"_s, u"large"_s}, u"large"_s));
+        const auto& next = conversation().askServer(u"two"_s);
+        abandoned.say(u"1 and more");
+        next.say(u"2");
+        abandoned.fail(ScriptedError());
+        next.end();
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"1"_s, u"two"_s, u"2"_s}));
+        QVERIFY(conversation().server.resets.isEmpty());
+    }
+
+    void twoTurnsInOnePassOfTheEventLoop() {
+        // The first ends, and the second begins, while one and the same pass goes on.
+        bool hasBegun = false;
+        const auto notifier = controller().isGenerating.addNotifier([&] {
+            if (!controller().isGenerating.value() && !std::exchange(hasBegun, true)) {
+                conversation().send(u"two"_s);
+                conversation().send(u"refused"_s);
+            }
+        });
+        const auto& first = conversation().askServer(u"one"_s);
+        first.say(u"1");
+        first.end();
+        QTRY_COMPARE(conversation().server.requests.size(), std::size_t(2));
+        QCOMPARE(controller().draft.value(), u"refused"_s);
+        const auto& second = conversation().server.requests.back();
+        QCOMPARE(second.history.size(), 2);
+        second.say(u"2");
+        second.end();
+        QVERIFY(conversation().settle());
+        QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"1"_s, u"two"_s, u"2"_s}));
+        QCOMPARE(conversation().stored().first().contents, conversation().contents());
+    }
+
+    void aReplyThatIsCompleteAtOnceIsShownWhole() {
+        const QString text = u"a\u2028b\u0000c\U0001F600"_s + QChar(0xd83d);
+        QVERIFY(talk(u"one"_s, text));
+        QCOMPARE(conversation().contents().last(), text);
+        conversation().quit();
+        conversation().start();
+        QCOMPARE(conversation().contents().last(), text);
+    }
+
+    void aFloodOfElementsCanBeStopped() {
+        const auto& request = conversation().askServer(u"one"_s);
+        // A click comes as an event while the elements are being applied.
+        QTimer click;
+        click.setSingleShot(true);
+        qsizetype sizeAtClick = 0;
+        QObject::connect(
+            &click, &QTimer::timeout, &click,
+            [&] {
+                sizeAtClick = controller().messages.value().last().content.size();
+                controller().stop();
+            });
+        const Notifications notifications(controller().messages, [&] {
+            if (!click.isActive() && sizeAtClick == 0)
+                click.start(0);
+        });
+        TextBuilder builder;
+        for (int i = 0; i < 300'000; ++i) {
+            builder.append(u"word ");
+            request.reply.yield(builder.text());
+        }
+        QVERIFY(conversation().settle());
+        QVERIFY(sizeAtClick > 0);
+        QVERIFY(sizeAtClick < builder.text().size());
+        QCOMPARE(controller().messages.value().last().content.size(), sizeAtClick);
+    }
+
+    void theEventLoopTurnsWhileElementsFlood() {
+        const auto& request = conversation().askServer(u"one"_s);
+        int turns = 0;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++turns; });
+        timer.start(0);
+        TextBuilder builder;
+        for (int i = 0; i < 300'000; ++i) {
+            builder.append(u"word ");
+            request.reply.yield(builder.text());
+        }
+        request.end();
+        turns = 0;
+        QVERIFY(conversation().settle());
+        QVERIFY2(turns >= 3, qPrintable(QString::number(turns)));
+        QCOMPARE(controller().messages.value().last().content.size(), builder.text().size());
+    }
 
 private:
     Conversation& conversation() { return *m_conversation; }
@@ -63,355 +296,5 @@ private:
     std::unique_ptr<Conversation> m_conversation;
 };
 
-void ServerTurnTests::theHistoryIsWhatPrecedesTheNewMessage() {
-    QVERIFY(talk(u" one "_s, u"1"_s));
-    const auto& first = conversation().server.requests[0];
-    QCOMPARE(first.model, u"tiny"_s);
-    QCOMPARE(first.prompt, u"one"_s);
-    QVERIFY(first.history.isEmpty());
-    const auto& second = conversation().askServer(u"two"_s);
-    QCOMPARE(second.prompt, u"two"_s);
-    QCOMPARE(second.history.size(), 2);
-    for (qsizetype i = 0; i < 2; ++i)
-        QVERIFY(second.history[i].id() == controller().messages.value()[i].id());
-    QCOMPARE(second.history[0].content.toString(), u"one"_s);
-    QCOMPARE(second.history[1].content.toString(), u"1"_s);
-}
-
-void ServerTurnTests::aRestoredConversationIsTheHistory() {
-    QVERIFY(talk(u"one"_s, u"1"_s));
-    conversation().quit();
-    conversation().start();
-    QCOMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
-    QVERIFY(conversation().select({u"tiny"_s}, u"tiny"_s));
-    QCOMPARE(conversation().askServer(u"two"_s).history.size(), 2);
-}
-
-void ServerTurnTests::theSystemPromptIsComposedForEachTurn() {
-    const auto mode = AppConfig::writingModes().first();
-    const QString prompt = AppConfig::defaultSystemPrompt();
-    controller().setMode(mode);
-    QVERIFY(talk(u"one"_s, u"1"_s));
-    const QString withMode = conversation().server.requests.back().systemPrompt;
-    QCOMPARE(withMode, prompt + u"\n\n"_s + mode.systemPrompt);
-    QCOMPARE(withMode.toUtf8().size(), 334 + 2 + 171);
-    controller().clearMode();
-    QCOMPARE(conversation().askServer(u"two"_s).systemPrompt, prompt);
-}
-
-void ServerTurnTests::theStateOfTheOnDeviceModelDoesNotMatter() {
-    conversation().model.state =
-        Availability::unavailable(Availability::UnavailableReason::modelNotReady);
-    const int asked = conversation().model.timesAsked;
-    QVERIFY(talk(u"one"_s, u"1"_s));
-    QCOMPARE(conversation().model.timesAsked, asked);
-    QVERIFY(!controller().availabilityError.value());
-}
-
-void ServerTurnTests::aCancellationErrorLeavesThePartialReplyAndResetsNothing() {
-    const auto& request = conversation().askServer(u"one"_s);
-    request.say(u"so far");
-    request.fail(CancellationError());
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"so far"_s}));
-    QCOMPARE(conversation().stored().first().contents, (QStringList{u"one"_s, u"so far"_s}));
-    QVERIFY(conversation().server.resets.isEmpty());
-}
-
-void ServerTurnTests::everyOtherErrorIsShownAndResetsTheBackendOfTheTurn_data() {
-    QTest::addColumn<bool>("isLocalized");
-    QTest::newRow("with a description") << true;
-    QTest::newRow("of the library") << false;
-}
-
-void ServerTurnTests::everyOtherErrorIsShownAndResetsTheBackendOfTheTurn() {
-    QFETCH(bool, isLocalized);
-    const auto& request = conversation().askServer(u"one"_s);
-    request.say(u"so far");
-    QVERIFY(conversation().waitForReply(u"so far"_s));
-    if (isLocalized)
-        request.fail(ScriptedError());
-    else
-        request.fail(std::runtime_error("out of order"));
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents().last(),
-             isLocalized ? u"Error: The model is tired."_s : u"Error: out of order"_s);
-    QCOMPARE(conversation().stored().first().contents, conversation().contents());
-    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
-}
-
-void ServerTurnTests::aFailureWhoseReplyHasGoneResetsItsBackendAllTheSame() {
-    const auto& request = conversation().askServer(u"one"_s);
-    controller().messages = QList<ChatMessage>();
-    request.fail(ScriptedError());
-    QVERIFY(conversation().settle());
-    QVERIFY(controller().messages.value().isEmpty());
-    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
-}
-
-void ServerTurnTests::anErrorInPlaceOfAStreamIsShownToo() {
-    conversation().server.refusal = std::make_exception_ptr(ScriptedError());
-    QVERIFY(conversation().send(u"one"_s));
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"Error: The model is tired."_s}));
-    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
-}
-
-void ServerTurnTests::aCancellationInPlaceOfAStreamLeavesTheReplyEmpty() {
-    conversation().server.refusal = std::make_exception_ptr(CancellationError());
-    QVERIFY(conversation().send(u"one"_s));
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents(), (QStringList{u"one"_s, {}}));
-    QVERIFY(conversation().server.resets.isEmpty());
-}
-
-void ServerTurnTests::aModeResetsTheSelectedBackendOnlyWhenItMayBeSet() {
-    const auto modes = AppConfig::writingModes();
-    QStringList& resets = conversation().server.resets;
-    controller().setMode(modes[0]);
-    controller().setMode(modes[1]);
-    controller().setMode(modes[1]);
-    QCOMPARE(resets.size(), 3);
-    controller().clearMode();
-    QCOMPARE(resets.size(), 4);
-    QVERIFY(talk(u"one"_s, u"1"_s));
-    controller().setMode(modes[0]);
-    QCOMPARE(resets.size(), 4);
-    controller().clearMode();
-    QCOMPARE(resets, QStringList(5, u"tiny"_s));
-}
-
-void ServerTurnTests::aNewChatResetsTheSelectedBackendOnce() {
-    QVERIFY(talk(u"one"_s, u"1"_s));
-    controller().newChat();
-    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s});
-}
-
-void ServerTurnTests::aRefreshThatRemovesTheSelectedModelLeavesTheTurnAlone() {
-    const auto& request = conversation().askServer(u"one"_s);
-    request.say(u"1");
-    QVERIFY(conversation().waitForReply(u"1"_s));
-    conversation().server.listed = {u"large"_s};
-    controller().modelManager.startRefresh();
-    QTRY_COMPARE(controller().modelManager.selectedID.value(), u"apple-intelligence"_s);
-    request.say(u"1 and more");
-    QVERIFY(conversation().waitForReply(u"1 and more"_s));
-    request.fail(ScriptedError());
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents().last(), u"Error: The model is tired."_s);
-    QCOMPARE(conversation().server.resets, QStringList{u"tiny"_s}); // the turn's, not the selected
-    conversation().ask(u"two"_s); // goes to the model that is selected now
-}
-
-void ServerTurnTests::aRefreshThatKeepsTheNameLeavesTheTurnWithItsOwnBackend() {
-    const std::weak_ptr<ModelBackend> old = controller().modelManager.selected();
-    const auto& request = conversation().askServer(u"one"_s);
-    controller().modelManager.startRefresh();
-    QTRY_VERIFY(controller().modelManager.selected() != old.lock());
-    QCOMPARE(controller().modelManager.selectedID.value(), u"ollama-tiny"_s);
-    QVERIFY(!old.expired());
-    request.say(u"1");
-    request.end();
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents().last(), u"1"_s);
-    QTRY_VERIFY(old.expired()); // and it goes with the turn
-}
-
-void ServerTurnTests::anotherModelMayBeSelectedInTheMiddleOfATurn() {
-    const auto& request = conversation().askServer(u"one"_s);
-    QVERIFY(conversation().select({u"tiny"_s, u"large"_s}, u"large"_s));
-    request.say(u"1");
-    request.end();
-    QVERIFY(conversation().settle());
-    const auto& next = conversation().askServer(u"two"_s);
-    QCOMPARE(next.model, u"large"_s);
-    QCOMPARE(next.history.last().content.toString(), u"1"_s);
-}
-
-void ServerTurnTests::aSendWhileTheAbandonedReplyOfAnotherModelStreams() {
-    const auto& abandoned = conversation().askServer(u"one"_s);
-    abandoned.say(u"1");
-    QVERIFY(conversation().waitForReply(u"1"_s));
-    controller().stop();
-    QVERIFY(conversation().settle());
-    QVERIFY(conversation().select({u"tiny"_s, u"large"_s}, u"large"_s));
-    const auto& next = conversation().askServer(u"two"_s);
-    abandoned.say(u"1 and more");
-    next.say(u"2");
-    abandoned.fail(ScriptedError());
-    next.end();
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"1"_s, u"two"_s, u"2"_s}));
-    QVERIFY(conversation().server.resets.isEmpty());
-}
-
-void ServerTurnTests::twoTurnsInOnePassOfTheEventLoop() {
-    // The first ends, and the second begins, while one and the same pass goes on.
-    bool hasBegun = false;
-    const auto notifier = controller().isGenerating.addNotifier([&] {
-        if (!controller().isGenerating.value() && !std::exchange(hasBegun, true)) {
-            conversation().send(u"two"_s);
-            conversation().send(u"refused"_s);
-        }
-    });
-    const auto& first = conversation().askServer(u"one"_s);
-    first.say(u"1");
-    first.end();
-    QTRY_COMPARE(conversation().server.requests.size(), std::size_t(2));
-    QCOMPARE(controller().draft.value(), u"refused"_s);
-    const auto& second = conversation().server.requests.back();
-    QCOMPARE(second.history.size(), 2);
-    second.say(u"2");
-    second.end();
-    QVERIFY(conversation().settle());
-    QCOMPARE(conversation().contents(), (QStringList{u"one"_s, u"1"_s, u"two"_s, u"2"_s}));
-    QCOMPARE(conversation().stored().first().contents, conversation().contents());
-}
-
-void ServerTurnTests::aReplyThatIsCompleteAtOnceIsShownWhole() {
-    const QString text = u"a\u2028b\u0000c\U0001F600"_s + QChar(0xd83d);
-    QVERIFY(talk(u"one"_s, text));
-    QCOMPARE(conversation().contents().last(), text);
-    conversation().quit();
-    conversation().start();
-    QCOMPARE(conversation().contents().last(), text);
-}
-
-void ServerTurnTests::aFloodOfElementsCanBeStopped() {
-    const auto& request = conversation().askServer(u"one"_s);
-    // A click comes as an event while the elements are being applied.
-    QTimer click;
-    click.setSingleShot(true);
-    qsizetype sizeAtClick = 0;
-    QObject::connect(
-        &click, &QTimer::timeout, &click,
-        [&] {
-            sizeAtClick = controller().messages.value().last().content.size();
-            controller().stop();
-        });
-    const Notifications notifications(controller().messages, [&] {
-        if (!click.isActive() && sizeAtClick == 0)
-            click.start(0);
-    });
-    TextBuilder builder;
-    for (int i = 0; i < 300'000; ++i) {
-        builder.append(u"word ");
-        request.reply.yield(builder.text());
-    }
-    QVERIFY(conversation().settle());
-    QVERIFY(sizeAtClick > 0);
-    QVERIFY(sizeAtClick < builder.text().size());
-    QCOMPARE(controller().messages.value().last().content.size(), sizeAtClick);
-}
-
-void ServerTurnTests::theEventLoopTurnsWhileElementsFlood() {
-    const auto& request = conversation().askServer(u"one"_s);
-    int turns = 0;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++turns; });
-    timer.start(0);
-    TextBuilder builder;
-    for (int i = 0; i < 300'000; ++i) {
-        builder.append(u"word ");
-        request.reply.yield(builder.text());
-    }
-    request.end();
-    turns = 0;
-    QVERIFY(conversation().settle());
-    QVERIFY2(turns >= 3, qPrintable(QString::number(turns)));
-    QCOMPARE(controller().messages.value().last().content.size(), builder.text().size());
-}
-
-namespace {
-
-/// Runs what is posted to it at once, on a thread of its own; drops it while it is closed.
-class OtherThread final : public Executor {
-public:
-    void post(std::function<void()> work) override {
-        if (isOpen)
-            std::thread(std::move(work)).join();
-    }
-    bool isCurrent() const override { return false; }
-
-    bool isOpen = false;
-};
-
-using Operation = void (*)(Conversation&);
-
-template <auto operation>
-void onAnotherThread(Conversation& conversation) {
-    std::thread([&] { operation(*conversation.controller); }).join();
-}
-
-/// Operations that must not come back, by the name that each says when it stops the program.
-const std::map<QByteArray, Operation>& operations() {
-    static const std::map<QByteArray, Operation> operations{
-        {"ChatViewModel::send", onAnotherThread<[](ChatViewModel& vm) { vm.send(); }>},
-        {"ChatViewModel::stop", onAnotherThread<[](ChatViewModel& vm) { vm.stop(); }>},
-        {"ChatViewModel::newChat", onAnotherThread<[](ChatViewModel& vm) { vm.newChat(); }>},
-        {"ChatViewModel::setMode",
-         onAnotherThread<[](ChatViewModel& vm) { vm.setMode(AppConfig::writingModes().first()); }>},
-        {"ChatViewModel::clearMode", onAnotherThread<[](ChatViewModel& vm) { vm.clearMode(); }>},
-        {"ModelManager::select", onAnotherThread<[](ChatViewModel& vm) {
-             vm.modelManager.select(vm.modelManager.aiBackend);
-         }>},
-        {"ChatViewModel::loadSession",
-         [](Conversation& conversation) {
-             std::thread([&] { conversation.makeController(conversation.context()); }).join();
-         }},
-        {"ChatViewModel::saveSession",
-         [](Conversation& conversation) {
-             OtherThread elsewhere;
-             ChatViewModel vm(conversation.context(), conversation.models(), elsewhere);
-             const auto backend = conversation.models().makeBackend({u"tiny"_s, 1});
-             vm.modelManager.ollamaBackends = {backend};
-             vm.modelManager.select(backend);
-             vm.draft = u"one"_s;
-             conversation.server.refusal = std::make_exception_ptr(ScriptedError());
-             elsewhere.isOpen = true;
-             vm.send(); // the turn fails at once, and its end is stored
-         }},
-        {"ModelManager::refresh",
-         [](Conversation& conversation) {
-             OtherThread elsewhere;
-             elsewhere.isOpen = true;
-             const ModelManager manager(conversation.models(), elsewhere);
-         }},
-    };
-    return operations;
-}
-
-} // namespace
-
-void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram_data() {
-    QTest::addColumn<QByteArray>("operation");
-    for (const auto& [name, operation] : operations())
-        QTest::newRow(name.constData()) << name;
-}
-
-void ServerTurnTests::calledOffTheMainThreadItStopsTheProgram() {
-    QFETCH(QByteArray, operation);
-    QProcess child;
-    child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(QCoreApplication::applicationFilePath(),
-                {u"ServerTurnTests"_s, u"--off-main-thread"_s, QString::fromLatin1(operation)});
-    QVERIFY(child.waitForFinished(20'000));
-    const QByteArray said = child.readAll();
-    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
-    QVERIFY2(said.contains(operation + " was called off the main thread"), said.constData());
-}
-
-static int run(int argc, char** argv) {
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments.at(1) == u"--off-main-thread") {
-        Conversation conversation;
-        conversation.start();
-        operations().at(arguments.at(2).toLatin1())(conversation);
-        return 0;
-    }
-    ServerTurnTests tests;
-    return QTest::qExec(&tests, argc, argv);
-}
-TELLWICK_TEST_FUNCTION(ServerTurnTests, EventLoop, run)
-
+TELLWICK_TEST(ServerTurnTests, EventLoop)
 #include "ServerTurnTests.moc"

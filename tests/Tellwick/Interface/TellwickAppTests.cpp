@@ -72,89 +72,83 @@ private Q_SLOTS:
         m_folder.reset();
     }
 
-    void theFirstStartOpensAWindowOf640By800OverOneEmptyRecord();
-    void aStartShowsTheStoredConversation();
-    void aSecondRequestToOpenKeepsTheWindow();
-    void controlQQuits();
-    void controlQQuitsWhileTheMenuIsOpen();
-    void closingTheWindowQuits();
-    void theEndOfTheProgramTakesNoTime();
-};
-
-void TellwickAppTests::theFirstStartOpensAWindowOf640By800OverOneEmptyRecord() {
-    QVERIFY(!QFile::exists(file()));
-    QVERIFY(start());
-    QCOMPARE(window()->size(), QSize(640, 800));
-    QCOMPARE(window()->windowTitle(), u"Tellwick"_s);
-    QVERIFY(tests::ScreenReader(window()).shows(tellwick::AppConfig::tagline()));
-    QVERIFY(tests::ScreenReader(window()).shows(u"On-device · Private"_s));
-    const auto container = tellwick::conversationStore(m_folder->filePath(u"data/tellwick"_s));
-    platform::ModelContext context(container);
-    const auto sessions = context.fetch(tellwick::ChatSession::newestFirst());
-    QCOMPARE(sessions.size(), 1);
-    QVERIFY(sessions.first()->roles.value().isEmpty());
-    QVERIFY(sessions.first()->contents.value().isEmpty());
-    QCOMPARE(QFile::permissions(file()) & (QFile::ReadGroup | QFile::ReadOther), 0);
-}
-
-void TellwickAppTests::aStartShowsTheStoredConversation() {
-    {
+    void theFirstStartOpensAWindowOf640By800OverOneEmptyRecord() {
+        QVERIFY(!QFile::exists(file()));
+        QVERIFY(start());
+        QCOMPARE(window()->size(), QSize(640, 800));
+        QCOMPARE(window()->windowTitle(), u"Tellwick"_s);
+        QVERIFY(tests::ScreenReader(window()).shows(tellwick::AppConfig::tagline()));
+        QVERIFY(tests::ScreenReader(window()).shows(u"On-device · Private"_s));
         const auto container = tellwick::conversationStore(m_folder->filePath(u"data/tellwick"_s));
         platform::ModelContext context(container);
-        const auto session = std::make_shared<tellwick::ChatSession>();
-        session->roles = QStringList{u"user"_s, u"assistant"_s};
-        session->contents = QStringList{u"Hi"_s, u"**Hello**"_s};
-        context.insert(session);
-        context.save();
+        const auto sessions = context.fetch(tellwick::ChatSession::newestFirst());
+        QCOMPARE(sessions.size(), 1);
+        QVERIFY(sessions.first()->roles.value().isEmpty());
+        QVERIFY(sessions.first()->contents.value().isEmpty());
+        QCOMPARE(QFile::permissions(file()) & (QFile::ReadGroup | QFile::ReadOther), 0);
     }
-    for (int i = 0; i < 2; ++i) {
+
+    void aStartShowsTheStoredConversation() {
+        {
+            const auto container =
+                tellwick::conversationStore(m_folder->filePath(u"data/tellwick"_s));
+            platform::ModelContext context(container);
+            const auto session = std::make_shared<tellwick::ChatSession>();
+            session->roles = QStringList{u"user"_s, u"assistant"_s};
+            session->contents = QStringList{u"Hi"_s, u"**Hello**"_s};
+            context.insert(session);
+            context.save();
+        }
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY(start());
+            QCOMPARE(tests::ScreenReader(window()).names(QAccessible::ListItem),
+                     (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+            m_app.reset();
+            QVERIFY(!window());
+        }
+    }
+
+    void aSecondRequestToOpenKeepsTheWindow() {
         QVERIFY(start());
-        QCOMPARE(tests::ScreenReader(window()).names(QAccessible::ListItem),
-                 (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
-        m_app.reset();
-        QVERIFY(!window());
+        auto* first = window();
+        const auto* chat = first->findChild<tellwick::ChatView*>();
+        first->resize(700, 600);
+        m_app->openWindow("token");
+        QCoreApplication::processEvents();
+        QCOMPARE(window(), first);
+        QCOMPARE(first->findChild<tellwick::ChatView*>(), chat);
+        QCOMPARE(first->size(), QSize(700, 600));
     }
-}
 
-void TellwickAppTests::aSecondRequestToOpenKeepsTheWindow() {
-    QVERIFY(start());
-    auto* first = window();
-    const auto* chat = first->findChild<tellwick::ChatView*>();
-    first->resize(700, 600);
-    m_app->openWindow("token");
-    QCoreApplication::processEvents();
-    QCOMPARE(window(), first);
-    QCOMPARE(first->findChild<tellwick::ChatView*>(), chat);
-    QCOMPARE(first->size(), QSize(700, 600));
-}
+    void controlQQuits() {
+        QVERIFY(start());
+        QVERIFY(
+            quitsAfter([] { tests::ScreenReader(window()).key(Qt::Key_Q, Qt::ControlModifier); }));
+    }
 
-void TellwickAppTests::controlQQuits() {
-    QVERIFY(start());
-    QVERIFY(quitsAfter([] { tests::ScreenReader(window()).key(Qt::Key_Q, Qt::ControlModifier); }));
-}
+    void controlQQuitsWhileTheMenuIsOpen() {
+        QVERIFY(start());
+        QVERIFY(quitsAfter([] {
+            const tests::ScreenReader screen(window());
+            QVERIFY(screen.press(u"More"_s, QAccessible::ButtonMenu));
+            QVERIFY(screen.shows(u"About"_s, QAccessible::MenuItem));
+            screen.key(Qt::Key_Q, Qt::ControlModifier);
+        }));
+    }
 
-void TellwickAppTests::controlQQuitsWhileTheMenuIsOpen() {
-    QVERIFY(start());
-    QVERIFY(quitsAfter([] {
-        const tests::ScreenReader screen(window());
-        QVERIFY(screen.press(u"More"_s, QAccessible::ButtonMenu));
-        QVERIFY(screen.shows(u"About"_s, QAccessible::MenuItem));
-        screen.key(Qt::Key_Q, Qt::ControlModifier);
-    }));
-}
+    void closingTheWindowQuits() {
+        QVERIFY(start());
+        QVERIFY(quitsAfter([] { window()->close(); }));
+    }
 
-void TellwickAppTests::closingTheWindowQuits() {
-    QVERIFY(start());
-    QVERIFY(quitsAfter([] { window()->close(); }));
-}
-
-void TellwickAppTests::theEndOfTheProgramTakesNoTime() {
-    QVERIFY(start());
-    QElapsedTimer clock;
-    clock.start();
-    m_app.reset();
-    QVERIFY(clock.elapsed() < 2000);
-}
+    void theEndOfTheProgramTakesNoTime() {
+        QVERIFY(start());
+        QElapsedTimer clock;
+        clock.start();
+        m_app.reset();
+        QVERIFY(clock.elapsed() < 2000);
+    }
+};
 
 TELLWICK_TEST(TellwickAppTests, Widgets)
 #include "TellwickAppTests.moc"
