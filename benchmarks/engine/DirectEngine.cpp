@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "benchmarks/engine/DirectEngine.h"
 
+#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "benchmarks/engine/Conversation.h"
 
@@ -18,7 +19,7 @@ DirectEngine::DirectEngine(const QString& program, const QString& modelFile,
                            const QString& socketPath)
     : m_socketPath(socketPath) {
     const platform::LlamaServerCommand command(platform::contextSizeFor(0),
-                                               platform::LlamaServerModel::defaultIdleTime);
+                                               platform::EngineLimits().idleTime);
     QFile::remove(socketPath);
     m_engine.setStandardErrorFile(QProcess::nullDevice());
     m_engine.setStandardOutputFile(QProcess::nullDevice());

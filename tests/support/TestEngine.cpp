@@ -1,12 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/TestEngine.h"
 
+#include "Platform/Desktop/Linux/UniqueFd.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTest>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 
 namespace tests {
 
@@ -54,15 +62,14 @@ EngineFolders::EngineFolders() {
         QDir().mkpath(path(folder));
     if (const auto program = engineProgram())
         QFile::link(*program, path(u"bin/llama-server"_s));
+    setModel(TinyModel::sentence());
 }
 
-platform::LlamaServerPaths EngineFolders::paths() const {
-    platform::LlamaServerPaths paths;
-    paths.dataFolders = {path(u"data"_s)};
-    paths.programFolders = {path(u"bin"_s)};
-    paths.runtimeFolders = {path(u"run"_s)};
-    paths.machineMemory = 8'000'000'000;
-    return paths;
+platform::LlamaServerPaths EngineFolders::pathsIn(const QString& folder) {
+    return {.dataFolders = {folder + u"/data"_s},
+            .programFolders = {folder + u"/bin"_s},
+            .runtimeFolders = {folder + u"/run"_s},
+            .machineMemory = 8'000'000'000};
 }
 
 void EngineFolders::setModelFile(const QByteArray& bytes) const {
@@ -92,8 +99,41 @@ QByteArrayList EngineFolders::recordedPrompts() const {
     return prompts;
 }
 
-QString EngineFolders::socketPath() const {
-    return path(u"run/engine.sock"_s);
+QByteArray EngineFolders::get(const QByteArray& target) const {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray path = QFile::encodeName(socketPath());
+    std::copy(path.begin(), path.end(), address.sun_path);
+    const platform::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const QByteArray request = "GET " + target + " HTTP/1.0\r\n\r\n";
+    QByteArray response;
+    if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        send(socket.get(), request.constData(), static_cast<size_t>(request.size()),
+             MSG_NOSIGNAL) != request.size())
+        return response;
+    std::array<char, 4096> bytes{};
+    while (const ssize_t count = recv(socket.get(), bytes.data(), bytes.size(), 0)) {
+        if (count < 0)
+            break;
+        response.append(bytes.data(), count);
+    }
+    return response;
+}
+
+QString outcomeOf(const std::shared_ptr<Heard>& heard) {
+    constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
+    if (!QTest::qWaitFor([&] { return heard->hasEnded; }, limit))
+        return u"no end"_s;
+    return heard->error ? u"Error: "_s + *heard->error : heard->text();
+}
+
+bool hasSaid(const std::shared_ptr<Heard>& heard, int snapshots) {
+    constexpr int limit = 30'000;
+    return QTest::qWaitFor([&] { return heard->snapshots >= snapshots; }, limit);
+}
+
+qint64 engineProcess() {
+    return childrenOf(QCoreApplication::applicationPid()).value(0);
 }
 
 QList<qint64> childrenOf(qint64 process) {

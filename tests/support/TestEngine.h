@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Http/NetworkThread.h"
+#include "Platform/LanguageModel/LanguageModelSession.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 #include "tests/support/ModelMaker.h"
+#include "tests/support/StreamProbe.h"
 
 #include <QTemporaryDir>
 
@@ -17,9 +21,15 @@ std::optional<QString> reasonToSkipEngineTests();
 /// Folders of a test's own with a model in them and the way to the engine.
 class EngineFolders {
 public:
-    EngineFolders();
+    /// A script that is the real engine.
+    static constexpr auto realEngine = "exec \"$ENGINE\" \"$@\"\n";
 
-    platform::LlamaServerPaths paths() const;
+    /// With the model of one sentence, and the real engine.
+    EngineFolders();
+    /// The folders that another process has made.
+    static platform::LlamaServerPaths pathsIn(const QString& folder);
+
+    platform::LlamaServerPaths paths() const { return pathsIn(m_folder.path()); }
 
     void setModel(const TinyModel& model) const { setModelFile(modelFile(model)); }
     void setModelFile(const QByteArray& bytes) const;
@@ -32,7 +42,9 @@ public:
     QByteArrayList recordedPrompts() const;
 
     /// Where the engine's socket is while there is one.
-    QString socketPath() const;
+    QString socketPath() const { return path(QStringLiteral("run/engine.sock")); }
+    /// Asks the running engine by a connection of its own, and gives the whole response.
+    QByteArray get(const QByteArray& target) const;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
 
@@ -40,8 +52,54 @@ private:
     QTemporaryDir m_folder;
 };
 
+/// The on-device model as the program uses it, and a conversation with it that is heard on the
+/// test's thread.
+class EngineChat {
+public:
+    explicit EngineChat(const platform::LlamaServerPaths& paths,
+                        const platform::EngineLimits& limits = {})
+        : model(network, paths, limits) {}
+
+    /// Begins another conversation, in which ask() goes on.
+    void begin(const QString& instructions = QStringLiteral("Be kind.")) {
+        session = model.makeSession(instructions);
+    }
+    std::shared_ptr<Heard> ask(const QString& prompt,
+                               const platform::GenerationOptions& options = {}) {
+        if (!session)
+            begin();
+        return hear(session->streamResponse(prompt, options));
+    }
+    std::shared_ptr<Heard> hear(platform::AsyncStream<platform::TextSnapshot> reply) {
+        return listen(*m_listeners, std::move(reply));
+    }
+    /// Nobody reads the replies any more that are under way.
+    void stopHearing() { m_listeners.emplace(m_executor); }
+
+private:
+    platform::MainExecutor m_executor;
+
+public:
+    platform::NetworkThread network;
+
+private:
+    std::optional<platform::TaskScope> m_listeners{std::in_place, m_executor};
+
+public:
+    platform::LlamaServerModel model;
+    std::shared_ptr<platform::LanguageModelSession> session;
+};
+
+/// Waits for the end of a reply and tells its text, or "Error: " and its error.
+QString outcomeOf(const std::shared_ptr<Heard>& heard);
+/// Waits for so many snapshots of a reply.
+bool hasSaid(const std::shared_ptr<Heard>& heard, int snapshots = 1);
+
 /// The children of a process, zombies not counted.
 QList<qint64> childrenOf(qint64 process);
+
+/// The engine's process, or the script in its place; 0 when there is none.
+qint64 engineProcess();
 
 /// Whether the process is there, and not only as a zombie.
 bool isRunning(qint64 process);

@@ -1,25 +1,30 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Desktop/Linux/UniqueFd.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
-#include <sys/types.h>
-
 #include <memory>
-#include <optional>
 
 namespace platform {
 
-/// A child process that lives no longer than the thread that started it, whatever ends the program:
-/// the kernel itself kills it. Destroying the object kills it too.
+/// A child process that ends with this object, and with the program, however that ends; and with it
+/// all that it has started, so that the engine may stand behind a script.
 ///
-/// It reads nothing, shares no open file with the program, has a session of its own (a Ctrl-C in
-/// the program's terminal does not reach it), is the first to go when memory runs out, and leaves
-/// no memory image behind when it crashes. What it writes is kept in memory for output().
+/// Process and offspring are one process group in a session of their own, killed as a whole. So
+/// that a killed program's engine goes too, a small shell in the group reads from a pipe that the
+/// program holds open: when it can read no more, the program has gone, and it kills its group. (The
+/// kernel's own signal on a parent's death reaches the script alone, and a process that adopts the
+/// orphans would have to outlive the program itself.)
 ///
-/// Used on one thread, the one that starts it.
+/// It reads nothing, shares no open file with the program, is not reached by a Ctrl-C in the
+/// program's terminal, is the first to go when memory runs out, and leaves no memory image behind
+/// when it crashes. What it writes is kept in memory for output().
+///
+/// One thread at a time. Nothing here waits, but for the moment that the destructor allows.
 class EngineProcess {
 public:
     struct EnvironmentChanges {
@@ -36,26 +41,39 @@ public:
 
     EngineProcess(const EngineProcess&) = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;
+    /// Kills the process and gives it half a second to end; one that the kernel cannot end yet, in
+    /// the middle of a read from a disk that is gone, is left behind to end with that read.
     ~EngineProcess();
 
     pid_t id() const { return m_id; }
 
-    /// Whether the process is still there.
+    /// Whether the process is still there. What it leaves behind when it ends is killed.
     bool isRunning();
 
-    /// The signal that ended the process; 0 while it runs and when it has ended by itself.
+    /// The signal that ended the process; 0 while it runs and when it has ended by itself. A script
+    /// tells the signal of its program in its own way.
     int endSignal() { return isRunning() ? 0 : m_endSignal; }
+
+    /// Kills the process and all that it has started, without waiting for their end.
+    void kill() const;
+
+    /// The work that the process and its offspring have done so far, in no unit of meaning: as long
+    /// as one of them computes or reads the model in, the next answer is another. Costs some
+    /// milliseconds.
+    quint64 workDone() const;
 
     /// What it has written so far; at most the first 64 KB.
     QByteArray output() const;
 
 private:
-    EngineProcess(pid_t id, int outputFile)
+    EngineProcess(pid_t id, UniqueFd output, UniqueFd lifeline)
         : m_id(id)
-        , m_outputFile(outputFile) {}
+        , m_output(std::move(output))
+        , m_lifeline(std::move(lifeline)) {}
 
     pid_t m_id;
-    int m_outputFile;
+    UniqueFd m_output;
+    UniqueFd m_lifeline;
     bool m_hasEnded = false;
     int m_endSignal = 0;
 };

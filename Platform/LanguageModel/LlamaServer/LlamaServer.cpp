@@ -17,18 +17,22 @@ namespace {
 constexpr auto socketName = "engine.sock";
 constexpr auto lockName = "engine.lock";
 
+constexpr int statusOk = 200;
+constexpr int statusLoading = 503;
+
 // A small model is there in some 50 ms, a large one takes seconds.
 constexpr std::chrono::milliseconds shortestWait{4};
 constexpr std::chrono::milliseconds longestWait{100};
+// What an engine with nothing to do may use of the processor between two looks.
+constexpr quint64 idleWork = 1;
 // A process closes its sockets a little before it has ended.
 constexpr std::chrono::milliseconds longestEnd{500};
 
 Task<bool> isHealthy(HttpClient client) {
-    HttpRequest request;
-    request.target = "/health";
+    HttpRequest request("/health");
     try {
         const HttpResponse response = co_await client.data(request);
-        co_return response.status() == 200;
+        co_return response.status() == statusOk;
     } catch (const HttpError&) {
         co_return false; // not listening yet
     }
@@ -49,11 +53,11 @@ Kind reasonOfEnd(int signal, const QByteArray& output) {
 
 } // namespace
 
-LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths paths,
-                         std::chrono::seconds idleTime)
+LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths paths, const EngineLimits& limits)
     : m_network(network)
     , m_paths(std::move(paths))
-    , m_command(contextSizeFor(m_paths.machineMemory), idleTime) {}
+    , m_limits(limits)
+    , m_command(contextSizeFor(m_paths.machineMemory), limits.idleTime) {}
 
 LlamaServer::~LlamaServer() {
     m_start.reset();
@@ -63,14 +67,20 @@ LlamaServer::~LlamaServer() {
 
 Task<HttpClient> LlamaServer::ready() {
     const auto self = shared_from_this();
-    const std::shared_ptr<Start> start = currentStart();
+    const auto awaited = awaitWork();
+    if (!m_start || m_start->failure) {
+        m_start = std::make_shared<Start>();
+        launch(*m_start);
+    }
+    const std::shared_ptr<Start> start = m_start;
+    start->isReady = start->isReady && start->process->isRunning();
     auto wait = shortestWait;
     while (!start->isReady) {
-        checkProcess(start);
+        checkProcess(*start);
         if (start->failure)
             throw LlamaServerError(*start->failure);
         if (co_await isHealthy(client())) {
-            start->isReady = true;
+            start->isReady = start->wasReady = true;
             break;
         }
         co_await sleepFor(m_network, wait);
@@ -79,13 +89,73 @@ Task<HttpClient> LlamaServer::ready() {
     co_return client();
 }
 
-std::shared_ptr<LlamaServer::Start> LlamaServer::currentStart() {
-    const bool hasEnded = m_start && m_start->isReady && !m_start->process->isRunning();
-    if (!m_start || hasEnded) {
-        m_start = std::make_shared<Start>();
-        launch(*m_start);
+Task<HttpBody> LlamaServer::post(QByteArray body) {
+    const auto self = shared_from_this();
+    HttpRequest request("/v1/chat/completions");
+    request.method = "POST";
+    request.headers = {{"Content-Type", "application/json"}};
+    request.body = std::move(body);
+    request.idleTimeout = m_limits.longestSilence;
+    bool wasReplaced = false;
+    for (int refusals = 0; refusals < m_limits.maximumRefusals;) {
+        const HttpClient client = co_await ready();
+        std::optional<LlamaServerError> failure;
+        try {
+            HttpBody response = co_await client.bytes(request);
+            if (response.status() != statusLoading)
+                co_return response;
+        } catch (const HttpError& error) {
+            failure = lost(error);
+        }
+        if (!failure) {
+            // It has gone back to loading.
+            ++refusals;
+            m_start->isReady = false;
+            co_await sleepFor(m_network, m_limits.refusalPause);
+        } else if (failure->kind() == Kind::EngineStopped && !std::exchange(wasReplaced, true)) {
+            co_await settle();
+        } else {
+            throw LlamaServerError(*failure);
+        }
     }
-    return m_start;
+    throw LlamaServerError(Kind::NoAnswer);
+}
+
+LlamaServerError LlamaServer::lost(const HttpError& error) {
+    if (error.kind() == HttpError::Kind::TimedOut && m_start)
+        m_start->giveUp();
+    return m_start && m_start->failure ? *m_start->failure : LlamaServerError(Kind::EngineStopped);
+}
+
+void LlamaServer::Start::giveUp() {
+    if (failure)
+        return;
+    failure = LlamaServerError(Kind::EngineHung);
+    process->kill();
+}
+
+std::shared_ptr<void> LlamaServer::awaitWork() {
+    auto awaited = std::make_shared<bool>();
+    m_network.scope().start(
+        watch(m_network, m_limits.longestStandstill, weak_from_this(), awaited));
+    return awaited;
+}
+
+Task<void> LlamaServer::watch(NetworkThread& network, std::chrono::milliseconds longestStandstill,
+                              std::weak_ptr<LlamaServer> server, std::weak_ptr<void> awaited) {
+    constexpr int looks = 4;
+    quint64 work = 0;
+    for (int unchanged = 0; unchanged < looks;) {
+        co_await sleepFor(network, longestStandstill / looks);
+        const auto watched = server.lock();
+        const auto start = watched ? watched->m_start : nullptr;
+        if (awaited.expired() || !start || start->failure)
+            co_return;
+        const quint64 now = start->process->workDone();
+        unchanged = now - std::exchange(work, now) <= idleWork ? unchanged + 1 : 0;
+        if (unchanged == looks)
+            start->giveUp();
+    }
 }
 
 /// Whether there is a folder for the socket, and nobody else's engine in it.
@@ -98,7 +168,7 @@ bool LlamaServer::hasFolder() {
 }
 
 void LlamaServer::launch(Start& start) {
-    start.process.reset();
+    start = {};
     const std::optional<QString> program = m_paths.program();
     const std::optional<QString> modelFile = m_paths.modelFile();
     if (!modelFile) {
@@ -113,34 +183,28 @@ void LlamaServer::launch(Start& start) {
         start.failure = LlamaServerError(Kind::EngineUnusable);
 }
 
-/// Notices that the process has ended while it was loading, and starts it once more with other
-/// options where that was the reason. The next ready() begins anew after a failure.
-void LlamaServer::checkProcess(const std::shared_ptr<Start>& start) {
-    while (!start->failure && !start->process->isRunning()) {
-        const QByteArray output = start->process->output();
-        const int signal = start->process->endSignal();
-        if (signal == 0 && m_command.adapt(output))
-            launch(*start);
+/// Notices that the process has ended while it was loading, and starts it once more where it had
+/// served before or wants other options.
+void LlamaServer::checkProcess(Start& start) {
+    while (!start.failure && !start.process->isRunning()) {
+        const QByteArray output = start.process->output();
+        const int signal = start.process->endSignal();
+        if (start.wasReady || (signal == 0 && m_command.adapt(output)))
+            launch(start);
         else
-            start->failure = LlamaServerError(reasonOfEnd(signal, output));
+            start.failure = LlamaServerError(reasonOfEnd(signal, output));
     }
-    if (start->failure && m_start == start)
-        m_start.reset();
 }
 
+/// After a connection to the engine broke off: gives its process the moment that it may take to end
+/// altogether, so that the next ready() knows.
 Task<void> LlamaServer::settle() {
-    const auto self = shared_from_this();
     const std::shared_ptr<Start> start = m_start;
     for (auto waited = 0ms; waited < longestEnd; waited += shortestWait) {
-        if (!start || !start->process || !start->process->isRunning())
+        if (!start->process || !start->process->isRunning())
             co_return;
         co_await sleepFor(m_network, shortestWait);
     }
-}
-
-void LlamaServer::expectLoading() {
-    if (m_start)
-        m_start->isReady = false;
 }
 
 HttpClient LlamaServer::client() const {

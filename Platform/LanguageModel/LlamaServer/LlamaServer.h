@@ -4,6 +4,7 @@
 #include "Platform/Concurrency/Task.h"
 #include "Platform/Desktop/Linux/PrivateFolder.h"
 #include "Platform/Http/HttpClient.h"
+#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
@@ -12,46 +13,59 @@
 
 namespace platform {
 
-class EngineProcess;
+class HttpError;
 
 /// The engine of one run of the program: `llama-server` as a private child process behind a Unix
-/// socket, started when it is first needed and again when it has ended.
+/// socket, started when it is first needed and again when it has ended. One that hangs is ended.
 ///
-/// Made on any thread; everything else happens on the network thread, and the child ends with that
-/// thread. Tasks hold the object alive.
+/// Made on any thread; everything else happens on the network thread. Tasks hold the object alive;
+/// its end, and the child's with it, comes there or when that thread has ended.
 class LlamaServer : public std::enable_shared_from_this<LlamaServer> {
 public:
     /// Touches nothing of the system.
-    LlamaServer(NetworkThread& network, LlamaServerPaths paths, std::chrono::seconds idleTime);
+    LlamaServer(NetworkThread& network, LlamaServerPaths paths, const EngineLimits& limits);
     ~LlamaServer();
 
     /// The engine, able to answer; it is started where it is not running, and waited for while it
     /// loads. Throws LlamaServerError. Callers at the same time share one start and its outcome.
     Task<HttpClient> ready();
 
-    /// After a connection to the engine broke off: gives its process the moment that it may take to
-    /// end altogether, so that the next ready() knows.
-    Task<void> settle();
+    /// The response to a request for a reply, from an engine that has loaded. One that has gone
+    /// since the last request, or goes before it answers, is replaced once. Throws
+    /// LlamaServerError.
+    Task<HttpBody> post(QByteArray body);
 
-    /// The engine has gone back to loading: the next ready() waits for it again.
-    void expectLoading();
+    /// The error to show where the connection to the engine failed in the middle of a reply. An
+    /// engine that was silent for too long is ended, so that the next request gets another.
+    LlamaServerError lost(const HttpError& error);
+
+    /// As long as the result lives somebody waits for the engine: one that stands still meanwhile
+    /// is ended.
+    std::shared_ptr<void> awaitWork();
 
 private:
     /// One start of the engine with the processes that it took; those who wait for it share it.
     struct Start {
         std::unique_ptr<EngineProcess> process;
         bool isReady = false;
+        bool wasReady = false; ///< the process has been ready, though it may be loading again
         std::optional<LlamaServerError> failure;
+
+        /// The engine hangs: ends it, and with it every connection.
+        void giveUp();
     };
 
-    std::shared_ptr<Start> currentStart();
+    static Task<void> watch(NetworkThread& network, std::chrono::milliseconds longestStandstill,
+                            std::weak_ptr<LlamaServer> server, std::weak_ptr<void> awaited);
     bool hasFolder();
     void launch(Start& start);
-    void checkProcess(const std::shared_ptr<Start>& start);
+    void checkProcess(Start& start);
+    Task<void> settle();
     HttpClient client() const;
 
     NetworkThread& m_network;
     LlamaServerPaths m_paths;
+    EngineLimits m_limits;
     LlamaServerCommand m_command;
     std::optional<PrivateFolder> m_folder;
     UniqueFd m_folderLock;

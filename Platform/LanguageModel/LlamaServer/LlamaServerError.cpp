@@ -13,6 +13,9 @@ QString LlamaServerError::errorDescription() const {
     case Kind::ConversationTooLong:
         return u"This conversation is longer than the on-device model can hold. Start a new chat "
                u"to go on."_s;
+    case Kind::EngineHung:
+        return u"The on-device model does not answer any more. Send your message again to restart "
+               u"it."_s;
     case Kind::EngineStopped:
         return u"The on-device model stopped unexpectedly. Send your message again to restart "
                u"it."_s;

@@ -11,6 +11,7 @@ public:
     enum class Kind {
         Busy,                ///< the session is still answering an earlier request
         ConversationTooLong, ///< the conversation does not fit the model's context
+        EngineHung,          ///< the engine did nothing for too long and was ended
         EngineStopped,       ///< the engine's process ended while it was needed
         EngineUnusable,      ///< the engine cannot be started on this machine
         ModelDamaged,        ///< the engine cannot read the model's file

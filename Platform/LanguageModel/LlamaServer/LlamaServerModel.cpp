@@ -20,10 +20,10 @@ Task<void> warmUp(std::shared_ptr<LlamaServer> server) {
 } // namespace
 
 LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
-                                   std::chrono::seconds idleTime)
+                                   const EngineLimits& limits)
     : m_scope(network.scope())
     , m_paths(std::move(paths))
-    , m_server(std::make_shared<LlamaServer>(network, m_paths, idleTime)) {}
+    , m_server(std::make_shared<LlamaServer>(network, m_paths, limits)) {}
 
 LlamaServerModel::~LlamaServerModel() = default;
 

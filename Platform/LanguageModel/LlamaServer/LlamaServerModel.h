@@ -2,10 +2,9 @@
 #pragma once
 
 #include "Platform/Http/NetworkThread.h"
+#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
-
-#include <chrono>
 
 namespace platform {
 
@@ -17,13 +16,9 @@ class LlamaServer;
 /// them.
 class LlamaServerModel final : public SystemLanguageModel {
 public:
-    /// After this long without a request the engine gives its memory back; the next request makes
-    /// it load the model again.
-    static constexpr std::chrono::minutes defaultIdleTime{5};
-
     /// The network thread outlives the calls made here, but not necessarily the object.
     LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
-                     std::chrono::seconds idleTime = defaultIdleTime);
+                     const EngineLimits& limits = {});
     ~LlamaServerModel() override;
 
     Availability availability() const override;

@@ -1,55 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerSession.h"
 
+#include "Platform/Concurrency/Produce.h"
 #include "Platform/Http/HttpError.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
+
+#include <QScopeGuard>
 
 namespace platform {
 
 using Kind = LlamaServerError::Kind;
 
 namespace {
-
-// While it reads a long prompt on a slow machine the engine may say nothing. That it has ended
-// shows at once, by the end of the connection.
-constexpr std::chrono::minutes longestSilence{30};
-constexpr int statusLoading = 503;
-
-/// One attempt; no response when the engine went away under it.
-Task<std::optional<HttpBody>> attempt(std::shared_ptr<LlamaServer> server, HttpRequest request) {
-    const HttpClient client = co_await server->ready();
-    try {
-        co_return co_await client.bytes(request);
-    } catch (const HttpError& error) {
-        if (error.kind() == HttpError::Kind::TimedOut)
-            throw LlamaServerError(Kind::NoAnswer);
-    }
-    co_return std::nullopt;
-}
-
-/// The response whose body is the reply. An engine that has gone since the last turn, or goes
-/// before it says anything, is replaced once.
-Task<HttpBody> request(std::shared_ptr<LlamaServer> server, QByteArray body) {
-    HttpRequest request;
-    request.method = "POST";
-    request.target = "/v1/chat/completions";
-    request.headers = {{"Content-Type", "application/json"}};
-    request.body = std::move(body);
-    request.idleTimeout = longestSilence;
-    bool wasReplaced = false;
-    for (;;) {
-        std::optional<HttpBody> response = co_await attempt(server, request);
-        if (response && response->status() != statusLoading)
-            co_return std::move(*response);
-        if (response) {
-            server->expectLoading();
-        } else {
-            if (std::exchange(wasReplaced, true))
-                throw LlamaServerError(Kind::EngineStopped);
-            co_await server->settle();
-        }
-    }
-}
 
 Task<QByteArray> wholeBody(HttpBody body) {
     QByteArray bytes;
@@ -65,7 +27,6 @@ struct LlamaServerSession::Conversation {
     QString instructions;
     QList<AnsweredTurn> turns;
     bool isAnswering = false;
-    std::optional<TurnTimings> lastTimings;
 };
 
 LlamaServerSession::LlamaServerSession(std::shared_ptr<LlamaServer> server, TaskScope& scope,
@@ -78,52 +39,34 @@ LlamaServerSession::LlamaServerSession(std::shared_ptr<LlamaServer> server, Task
 
 AsyncStream<TextSnapshot> LlamaServerSession::streamResponse(const QString& prompt,
                                                              const GenerationOptions& options) {
-    auto [stream, continuation] = makeStream<TextSnapshot>();
-    m_scope.start(answer(m_conversation, prompt, options, continuation));
-    return std::move(stream);
-}
-
-std::optional<TurnTimings> LlamaServerSession::lastTimings() const {
-    return m_conversation->lastTimings;
+    return produce<TextSnapshot>(
+        m_scope,
+        [&](StreamContinuation<TextSnapshot> reply) {
+            return answer(m_conversation, prompt, options, std::move(reply));
+        });
 }
 
 Task<void> LlamaServerSession::answer(std::shared_ptr<Conversation> conversation, QString prompt,
                                       GenerationOptions options,
                                       StreamContinuation<TextSnapshot> reply) {
-    if (conversation->isAnswering) {
-        reply.finish(std::make_exception_ptr(LlamaServerError(Kind::Busy)));
-        co_return;
-    }
+    if (conversation->isAnswering)
+        throw LlamaServerError(Kind::Busy);
     conversation->isAnswering = true;
-    std::exception_ptr error;
-    try {
-        TextSnapshot text = co_await converse(conversation, prompt, options, reply);
-        conversation->turns.append({prompt, std::move(text)});
-    } catch (...) {
-        error = std::current_exception();
-    }
-    // Before the stream ends: its consumer may ask again at once.
-    conversation->isAnswering = false;
-    reply.finish(error);
-}
-
-Task<TextSnapshot> LlamaServerSession::converse(std::shared_ptr<Conversation> conversation,
-                                                QString prompt, GenerationOptions options,
-                                                StreamContinuation<TextSnapshot> reply) {
+    // Over before the stream ends: its consumer may ask again at once.
+    const auto whenOver = qScopeGuard([&] { conversation->isAnswering = false; });
+    const std::shared_ptr<LlamaServer> server = conversation->server;
+    const auto awaited = server->awaitWork();
+    HttpBody body = co_await server->post(
+        chatRequestBody(conversation->instructions, conversation->turns, prompt, options));
     TextBuilder text;
     bool isComplete = false;
     try {
-        HttpBody body = co_await request(
-            conversation->server,
-            chatRequestBody(conversation->instructions, conversation->turns, prompt, options));
         if (body.status() != 200)
             throw LlamaServerError(readChatFailure(co_await wholeBody(std::move(body))));
         while (const auto line = co_await body.nextLine()) {
             const ChatEvent event = readChatEvent(*line);
             if (event.failure)
                 throw LlamaServerError(*event.failure);
-            if (event.timings)
-                conversation->lastTimings = event.timings;
             isComplete = isComplete || event.isComplete;
             if (event.content.isEmpty())
                 continue;
@@ -131,13 +74,11 @@ Task<TextSnapshot> LlamaServerSession::converse(std::shared_ptr<Conversation> co
             reply.yield(text.text());
         }
     } catch (const HttpError& error) {
-        if (error.kind() == HttpError::Kind::TimedOut)
-            throw LlamaServerError(Kind::NoAnswer);
-        throw LlamaServerError(Kind::EngineStopped);
+        throw server->lost(error);
     }
     if (!isComplete)
         throw LlamaServerError(Kind::EngineStopped);
-    co_return text.text();
+    conversation->turns.append({prompt, text.text()});
 }
 
 } // namespace platform

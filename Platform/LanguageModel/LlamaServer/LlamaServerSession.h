@@ -21,17 +21,11 @@ public:
     AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
                                              const GenerationOptions& options) override;
 
-    /// What the last turn cost. To be read when its stream has ended and before the next turn.
-    std::optional<TurnTimings> lastTimings() const;
-
 private:
     /// What a turn needs; it holds this and not the session. Network thread.
     struct Conversation;
     static Task<void> answer(std::shared_ptr<Conversation> conversation, QString prompt,
                              GenerationOptions options, StreamContinuation<TextSnapshot> reply);
-    static Task<TextSnapshot> converse(std::shared_ptr<Conversation> conversation, QString prompt,
-                                       GenerationOptions options,
-                                       StreamContinuation<TextSnapshot> reply);
 
     TaskScope& m_scope;
     std::shared_ptr<Conversation> m_conversation;

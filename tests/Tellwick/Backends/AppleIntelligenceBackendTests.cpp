@@ -97,6 +97,7 @@ private Q_SLOTS:
     void availabilityIsAskedAfreshEachTime();
     void anUnavailableModelGivesItsReason_data();
     void anUnavailableModelGivesItsReason();
+    void anyThreadMayAskForTheAvailability();
     void theFirstRequestMakesTheSessionAndLaterSystemPromptsHaveNoEffect();
     void afterAResetTheNextRequestMakesASessionWithItsOwnInstructions();
     void theHistoryIsNeverSent();
@@ -107,7 +108,7 @@ private Q_SLOTS:
     void anErrorWhileTheTurnIsBegunEndsTheStreamUnchanged();
     void aCancellationErrorEndsTheStreamNormally();
     void aResetWhileAReplyStreamsLetsItFinish();
-    void aReplyStreamsOnAfterItsConsumerHasGone();
+    void aReplyIsReadToItsEndAfterItsConsumerHasGone();
     void aReplyOutlivesTheBackend();
     void calledOffTheMainThreadItStopsTheProgram_data();
     void calledOffTheMainThreadItStopsTheProgram();
@@ -188,6 +189,18 @@ void AppleIntelligenceBackendTests::anUnavailableModelGivesItsReason() {
     m_model->state = Availability::unavailable(static_cast<Reason>(reason));
     QVERIFY(!m_backend->isAvailable());
     QVERIFY(m_backend->unavailabilityReason() == static_cast<Reason>(reason));
+}
+
+void AppleIntelligenceBackendTests::anyThreadMayAskForTheAvailability() {
+    m_model->state = Availability::unavailable(Reason::modelNotReady);
+    bool isAvailable = true;
+    std::optional<Reason> reason;
+    std::thread([&] {
+        isAvailable = m_backend->isAvailable();
+        reason = m_backend->unavailabilityReason();
+    }).join();
+    QVERIFY(!isAvailable);
+    QVERIFY(reason == Reason::modelNotReady);
 }
 
 void AppleIntelligenceBackendTests::
@@ -295,18 +308,21 @@ void AppleIntelligenceBackendTests::aResetWhileAReplyStreamsLetsItFinish() {
     QVERIFY(!second->hasEnded);
 }
 
-void AppleIntelligenceBackendTests::aReplyStreamsOnAfterItsConsumerHasGone() {
+void AppleIntelligenceBackendTests::aReplyIsReadToItsEndAfterItsConsumerHasGone() {
     ask(u"one"_s, u"A"_s);
     turn(0, 0).say(u"Hel");
     QCoreApplication::processEvents();
     m_consumers = std::make_unique<TaskScope>(*m_executor);
-    // The platform's sequence is still being read: its end releases the session's last holder.
+    // As long as the platform's sequence is read, the producer holds the session.
     const std::weak_ptr<ScriptedSession> session = m_model->sessions.front();
     const AskedTurn asked = turn(0, 0);
     m_model->sessions.clear();
     m_backend->reset();
-    QVERIFY(!session.expired());
-    asked.say(u"Hello");
+    for (const auto* snapshot : {u"Hello", u"Hello,", u"Hello, you"}) {
+        asked.say(snapshot);
+        QCoreApplication::processEvents(); // producer and consumer share the test's thread
+        QVERIFY(!session.expired());
+    }
     asked.reply.finish();
     QTRY_VERIFY(session.expired());
 }

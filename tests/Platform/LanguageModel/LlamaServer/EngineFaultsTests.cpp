@@ -1,31 +1,34 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/LanguageModel/LanguageModelSession.h"
-#include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
-#include "tests/support/StreamProbe.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <signal.h>
 
 using namespace platform;
 using namespace tests;
+using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
-const QString stopped = u"The on-device model stopped unexpectedly. Send your message again to "
-                        u"restart it."_s;
-const QString damaged = u"The on-device model could not be loaded: its file is damaged or of a "
-                        u"kind that cannot be used here."_s;
-const QString unusable = u"The program that runs the on-device model could not be started."_s;
+const QString stopped = u"Error: The on-device model stopped unexpectedly. Send your message again "
+                        u"to restart it."_s;
+const QString hung = u"Error: The on-device model does not answer any more. Send your message "
+                     u"again to restart it."_s;
+const QString noAnswer = u"Error: The on-device model could not answer this message."_s;
+const QString damaged = u"Error: The on-device model could not be loaded: its file is damaged or "
+                        u"of a kind that cannot be used here."_s;
+const QString unusable =
+    u"Error: The program that runs the on-device model could not be started."_s;
 
 } // namespace
 
-/// What goes wrong with the real engine, and that the next turn works.
+/// What goes wrong with the engine, and that the next turn works.
 class EngineFaultsTests final : public QObject {
     Q_OBJECT
 
@@ -36,100 +39,147 @@ private Q_SLOTS:
 
     void anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks();
     void anEngineKilledBetweenTurnsIsReplacedUnnoticed();
+    void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks_data();
     void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks();
+    void anEngineThatEndsWhileItLoadsAgainIsReplacedUnnoticed();
+    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks_data();
+    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks();
+    void anEngineThatWorksIsWaitedFor();
+    void anEngineThatWorksInVainIsWaitedForOnlySoLong();
+    void anEngineThatRefusesIsAskedWithPausesAndOnlySoOften();
     void anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data();
     void anUnusableModelFileIsToldAndAGoodOneServesAtOnce();
     void withoutAModelFileTheTurnSaysSo();
     void withoutAnEngineTheTurnSaysSo();
-    void anEngineThatWillNotStartIsToldAfterOneStart();
-    void aFailedStartIsNotRepeatedForTheSameTurn();
+    void aFailedStartIsToldAndNotRepeatedForTheSameTurn();
     void anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions();
     void optionsInTheEnvironmentHaveNoEffect();
 
 private:
-    std::shared_ptr<Heard> ask(const QString& prompt) {
-        if (!m_session)
-            m_session = m_model->makeSession(u"Be kind."_s);
-        return listen(*m_scope, m_session->streamResponse(prompt, {}));
-    }
-    void expectAnswer(const QString& prompt);
-    void expectError(const QString& prompt, const QString& error);
-    static qint64 engine() { return childrenOf(QCoreApplication::applicationPid()).value(0); }
+    QString answerTo(const QString& prompt) { return outcomeOf(m_chat->ask(prompt)); }
+    /// Begins a turn with an engine that answers the question for its health and the turn as
+    /// planned; see standIn().
+    std::shared_ptr<Heard> askStandIn(const char* health, const char* turn,
+                                      const EngineLimits& limits = {});
+    QByteArray contents(const QString& name) const;
+    qsizetype requests(const char* target) const { return contents(u"requests"_s).count(target); }
 
-    std::unique_ptr<EngineFolders> m_folders;
-    std::unique_ptr<MainExecutor> m_executor;
-    std::unique_ptr<TaskScope> m_scope;
-    std::unique_ptr<NetworkThread> m_network;
-    std::unique_ptr<LlamaServerModel> m_model;
-    std::shared_ptr<LanguageModelSession> m_session;
+    const QString m_reply = QString::fromUtf8(replyOf(TinyModel::sentence()));
+    std::optional<EngineFolders> m_folders;
+    std::optional<EngineChat> m_chat;
 };
 
 void EngineFaultsTests::init() {
-    m_folders = std::make_unique<EngineFolders>();
-    m_folders->setModel(TinyModel::sentence());
-    m_executor = std::make_unique<MainExecutor>();
-    m_scope = std::make_unique<TaskScope>(*m_executor);
-    m_network = std::make_unique<NetworkThread>();
-    m_model = std::make_unique<LlamaServerModel>(*m_network, m_folders->paths());
+    m_folders.emplace();
+    m_chat.emplace(m_folders->paths());
 }
 
 void EngineFaultsTests::cleanup() {
-    m_session.reset();
-    m_scope.reset();
-    m_model.reset();
-    m_network.reset();
-    m_executor.reset();
+    m_chat.reset();
     m_folders.reset();
 }
 
-void EngineFaultsTests::expectAnswer(const QString& prompt) {
-    const auto heard = ask(prompt);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(heard->error.value_or(QString()), QString());
-    QCOMPARE(heard->text(), QString::fromUtf8(replyOf(TinyModel::sentence())));
+std::shared_ptr<Heard> EngineFaultsTests::askStandIn(const char* health, const char* turn,
+                                                     const EngineLimits& limits) {
+    m_folders->setEngineScript("exec '" + QCoreApplication::applicationFilePath().toUtf8() +
+                               "' EngineFaultsTests --stand-in " + health + ' ' + turn + " '" +
+                               m_folders->path(u"requests"_s).toUtf8() + "' \"$@\"\n");
+    m_chat.emplace(m_folders->paths(), limits);
+    return m_chat->ask(u"Hello"_s);
 }
 
-void EngineFaultsTests::expectError(const QString& prompt, const QString& error) {
-    const auto heard = ask(prompt);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(heard->error.value_or(QString()), error);
+QByteArray EngineFaultsTests::contents(const QString& name) const {
+    QFile file(m_folders->path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void EngineFaultsTests::anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
     m_folders->setModel(TinyModel::endless());
-    const auto heard = ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 3, limit);
-    const qint64 killed = engine();
+    const auto heard = m_chat->ask(u"Hello"_s);
+    QVERIFY(hasSaid(heard, 3));
+    const qint64 killed = engineProcess();
     QVERIFY(killed > 0);
     kill(static_cast<pid_t>(killed), SIGKILL);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(heard->error.value_or(QString()), stopped);
+    QCOMPARE(outcomeOf(heard), stopped);
 
     m_folders->setModel(TinyModel::sentence());
-    expectAnswer(u"Hello"_s);
-    QVERIFY(engine() != killed);
+    QCOMPARE(answerTo(u"Hello"_s), m_reply);
+    QVERIFY(engineProcess() != killed);
 }
 
 void EngineFaultsTests::anEngineKilledBetweenTurnsIsReplacedUnnoticed() {
     m_folders->recordPrompts();
-    expectAnswer(u"Hello"_s);
-    const qint64 killed = engine();
+    QCOMPARE(answerTo(u"Hello"_s), m_reply);
+    const qint64 killed = engineProcess();
     kill(static_cast<pid_t>(killed), SIGKILL);
     QTRY_VERIFY(!isRunning(killed));
-    expectAnswer(u"Again"_s);
+    QCOMPARE(answerTo(u"Again"_s), m_reply);
     // The conversation has survived, since it is kept on this side.
     QVERIFY(m_folders->recordedPrompts().value(1).contains("Hello"));
 }
 
+void EngineFaultsTests::anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks_data() {
+    QTest::addColumn<QByteArray>("script");
+    QTest::newRow("itself") << QByteArray("exec sleep 600\n");
+    QTest::newRow("behind a script") << QByteArray("sh -c 'kill -KILL $$'\nexit $?\n");
+}
+
 void EngineFaultsTests::anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks() {
-    m_folders->setEngineScript("exec sleep 600\n");
-    const auto heard = ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(engine() > 0, limit);
-    kill(static_cast<pid_t>(engine()), SIGKILL);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(heard->error.value_or(QString()), stopped);
-    m_folders->setEngineScript("exec \"$ENGINE\" \"$@\"\n");
-    expectAnswer(u"Again"_s);
+    QFETCH(QByteArray, script);
+    m_folders->setEngineScript(script);
+    const auto heard = m_chat->ask(u"Hello"_s);
+    if (script.contains("sleep")) {
+        QTRY_VERIFY(engineProcess() > 0);
+        kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+    }
+    QCOMPARE(outcomeOf(heard), stopped);
+    m_folders->setEngineScript(EngineFolders::realEngine);
+    QCOMPARE(answerTo(u"Again"_s), m_reply);
+}
+
+void EngineFaultsTests::anEngineThatEndsWhileItLoadsAgainIsReplacedUnnoticed() {
+    const auto heard = askStandIn("rl", "l");
+    QTRY_VERIFY_WITH_TIMEOUT(requests("chat") == 1 && requests("health") > 3, 30'000);
+    m_folders->setEngineScript(EngineFolders::realEngine);
+    kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+    QCOMPARE(outcomeOf(heard), m_reply);
+}
+
+void EngineFaultsTests::anEngineThatHangsFailsTheTurnAndTheNextOneWorks_data() {
+    QTest::addColumn<QByteArray>("health");
+    QTest::addColumn<QByteArray>("turn");
+    QTest::newRow("while it loads") << QByteArray("s") << QByteArray("s");
+    QTest::newRow("when it is asked") << QByteArray("r") << QByteArray("s");
+    QTest::newRow("in the middle of a reply") << QByteArray("r") << QByteArray("m");
+}
+
+void EngineFaultsTests::anEngineThatHangsFailsTheTurnAndTheNextOneWorks() {
+    QFETCH(QByteArray, health);
+    QFETCH(QByteArray, turn);
+    const auto heard = askStandIn(health.constData(), turn.constData(), {.longestStandstill = 2s});
+    QCOMPARE(outcomeOf(heard), hung);
+    QCOMPARE(requests("chat"), health == "r" ? 1 : 0);
+    m_folders->setEngineScript(EngineFolders::realEngine);
+    QCOMPARE(answerTo(u"Again"_s), m_reply);
+}
+
+void EngineFaultsTests::anEngineThatWorksIsWaitedFor() {
+    QCOMPARE(outcomeOf(askStandIn("r", "w", {.longestStandstill = 2s})), u"Late"_s);
+}
+
+void EngineFaultsTests::anEngineThatWorksInVainIsWaitedForOnlySoLong() {
+    QCOMPARE(outcomeOf(askStandIn("r", "v", {.longestSilence = 100ms})), hung);
+    m_folders->setEngineScript(EngineFolders::realEngine);
+    QCOMPARE(answerTo(u"Again"_s), m_reply);
+}
+
+void EngineFaultsTests::anEngineThatRefusesIsAskedWithPausesAndOnlySoOften() {
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(outcomeOf(askStandIn("r", "l", {.maximumRefusals = 3, .refusalPause = 100ms})),
+             noAnswer);
+    QVERIFY(clock.elapsed() >= 3 * 100);
+    QCOMPARE(requests("chat"), 3);
 }
 
 void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data() {
@@ -148,37 +198,27 @@ void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data() 
 void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce() {
     QFETCH(QByteArray, file);
     m_folders->setModelFile(file);
-    expectError(u"Hello"_s, damaged);
+    QCOMPARE(answerTo(u"Hello"_s), damaged);
     m_folders->setModel(TinyModel::sentence());
-    expectAnswer(u"Hello"_s);
+    QCOMPARE(answerTo(u"Hello"_s), m_reply);
 }
 
 void EngineFaultsTests::withoutAModelFileTheTurnSaysSo() {
     QFile::remove(m_folders->path(u"data/models/on-device.gguf"_s));
-    expectError(u"Hello"_s, u"The on-device model is not installed."_s);
+    QCOMPARE(answerTo(u"Hello"_s), u"Error: The on-device model is not installed."_s);
 }
 
 void EngineFaultsTests::withoutAnEngineTheTurnSaysSo() {
     QFile::remove(m_folders->path(u"bin/llama-server"_s));
-    expectError(u"Hello"_s, unusable);
+    QCOMPARE(answerTo(u"Hello"_s), unusable);
 }
 
-void EngineFaultsTests::anEngineThatWillNotStartIsToldAfterOneStart() {
-    m_folders->setEngineScript("echo started >>'" + m_folders->path(u"starts"_s).toUtf8() +
-                               "'\necho 'error while loading shared libraries' >&2\nexit 127\n");
-    const auto heard =
-        listen(*m_scope, m_model->makeSession(u"Be kind."_s)->streamResponse(u"Hello"_s, {}));
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    QCOMPARE(heard->error.value_or(QString()), unusable);
-}
-
-void EngineFaultsTests::aFailedStartIsNotRepeatedForTheSameTurn() {
+void EngineFaultsTests::aFailedStartIsToldAndNotRepeatedForTheSameTurn() {
     m_folders->setEngineScript("echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
-                               "'\nsleep 0.3\nexit 1\n");
-    expectError(u"Hello"_s, unusable);
-    QFile starts(m_folders->path(u"starts"_s));
-    QVERIFY(starts.open(QIODevice::ReadOnly));
-    QCOMPARE(starts.readAll(), QByteArray("x\n"));
+                               "'\nsleep 0.3\necho 'error while loading shared libraries' >&2\n"
+                               "exit 127\n");
+    QCOMPARE(answerTo(u"Hello"_s), unusable);
+    QCOMPARE(contents(u"starts"_s), QByteArray("x\n"));
 }
 
 void EngineFaultsTests::anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
@@ -190,27 +230,84 @@ void EngineFaultsTests::anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
         "        echo \"error: invalid argument: $argument\" >&2\n"
         "        exit 1 ;;\n"
         "    esac\n"
-        "done\n"
-        "exec \"$ENGINE\" \"$@\"\n");
-    expectAnswer(u"Hello"_s);
-    QFile starts(m_folders->path(u"starts"_s));
-    QVERIFY(starts.open(QIODevice::ReadOnly));
-    QCOMPARE(starts.readAll(), QByteArray("x\nx\nx\nx\nx\n"));
+        "done\n" +
+        EngineFolders::realEngine);
+    QCOMPARE(answerTo(u"Hello"_s), m_reply);
+    QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\n"));
 
     // What was learnt holds for the next start.
-    kill(static_cast<pid_t>(engine()), SIGKILL);
-    QTRY_COMPARE(engine(), qint64{0});
-    expectAnswer(u"Again"_s);
-    QCOMPARE(starts.readAll(), QByteArray("x\n"));
+    kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+    QTRY_COMPARE(engineProcess(), qint64{0});
+    QCOMPARE(answerTo(u"Again"_s), m_reply);
+    QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\nx\n"));
 }
 
 void EngineFaultsTests::optionsInTheEnvironmentHaveNoEffect() {
     qputenv("LLAMA_ARG_N_PREDICT", "2");
     qputenv("LLAMA_ARG_CHAT_TEMPLATE", "llama2");
-    expectAnswer(u"Hello"_s);
+    QCOMPARE(answerTo(u"Hello"_s), m_reply);
     qunsetenv("LLAMA_ARG_N_PREDICT");
     qunsetenv("LLAMA_ARG_CHAT_TEMPLATE");
 }
 
-TELLWICK_TEST(EngineFaultsTests, EventLoop)
+namespace {
+
+/// Keeps the processor busy for a time.
+void work(std::chrono::milliseconds time) {
+    const QDeadlineTimer end(time);
+    while (!end.hasExpired()) {
+    }
+}
+
+/// A process in the engine's place. It answers each question for its health, and each turn, by the
+/// next letter of a plan, or the last: ready, loading, silence, a reply that breaks off in the
+/// middle, a late one after some work, or work in vain.
+int standIn(const QByteArray& health, const QByteArray& turn, const QString& record,
+            const QStringList& options) {
+    std::atomic<qsizetype> healthAsked = 0;
+    std::atomic<qsizetype> turnsAsked = 0;
+    LoopbackServer server;
+    server.listenOnPath(options.at(options.indexOf(u"--host"_s) + 1), [&](LoopbackConnection& c) {
+        QFile file(record);
+        (void)file.open(QIODevice::Append);
+        file.write(c.request().target + '\n');
+        file.close();
+        const bool isTurn = c.request().method == "POST";
+        const QByteArray& plan = isTurn ? turn : health;
+        switch (plan.at(std::min((isTurn ? turnsAsked : healthAsked)++, plan.size() - 1))) {
+        case 'r':
+            c.send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}");
+            return;
+        case 'l':
+            c.send("HTTP/1.1 503 Loading\r\nContent-Length: 2\r\n\r\n{}");
+            return;
+        case 'm':
+            c.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nx");
+            break;
+        case 'w':
+            work(5s);
+            c.send("HTTP/1.1 200 OK\r\n\r\ndata: {\"choices\":[{\"finish_reason\":\"stop\","
+                   "\"delta\":{\"content\":\"Late\"}}]}\n\n");
+            return;
+        case 'v':
+            work(10min);
+            break;
+        }
+        c.holdUntilGone();
+    });
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+static int run(int argc, char** argv) {
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == u"--stand-in")
+        return standIn(arguments.at(2).toLatin1(), arguments.at(3).toLatin1(), arguments.at(4),
+                       arguments.mid(5));
+    EngineFaultsTests tests;
+    return QTest::qExec(&tests, argc, argv);
+}
+TELLWICK_TEST_FUNCTION(EngineFaultsTests, EventLoop, run)
+
 #include "EngineFaultsTests.moc"

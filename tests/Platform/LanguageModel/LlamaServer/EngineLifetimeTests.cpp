@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Http/HttpClient.h"
-#include "Platform/LanguageModel/LanguageModelSession.h"
-#include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
-#include "tests/support/StreamProbe.h"
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 
 #include <signal.h>
@@ -24,32 +18,11 @@ namespace {
 
 constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
 
-/// A program with a conversation under way, as the tests end it in many ways.
-struct Chat {
-    explicit Chat(const LlamaServerPaths& paths,
-                  std::chrono::seconds idleTime = LlamaServerModel::defaultIdleTime)
-        : model(network, paths, idleTime)
-        , session(model.makeSession(u"Be kind."_s)) {}
+// A wrapper that stays, with the real engine as its child.
+constexpr auto stayingScript = "\"$ENGINE\" \"$@\"\nexit $?\n";
 
-    std::shared_ptr<Heard> ask(const QString& prompt) {
-        return listen(scope, session->streamResponse(prompt, {}));
-    }
-
-    MainExecutor executor;
-    NetworkThread network;
-    TaskScope scope{executor};
-    LlamaServerModel model;
-    std::shared_ptr<LanguageModelSession> session;
-};
-
-Task<void> readSleepState(TaskScope& network, HttpClient client,
-                          std::shared_ptr<std::optional<bool>> isSleeping) {
-    const HttpResponse response = co_await runOn(network, client.data(HttpRequest("/props")));
-    *isSleeping = QJsonDocument::fromJson(response.body).object()[u"is_sleeping"].toBool();
-}
-
-QList<QByteArray> openSockets(qint64 process) {
-    QList<QByteArray> sockets;
+QByteArrayList openSockets(qint64 process) {
+    QByteArrayList sockets;
     const QDir folder(u"/proc/%1/fd"_s.arg(process));
     for (const QString& name : folder.entryList(QDir::System | QDir::Files)) {
         const QString target = QFile::symLinkTarget(folder.filePath(name));
@@ -65,6 +38,18 @@ QByteArray contents(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// A process and all that it has started.
+QList<qint64> familyOf(qint64 process) {
+    QList<qint64> family{process};
+    for (const qint64 child : childrenOf(process))
+        family += familyOf(child);
+    return family;
+}
+
+bool isAnyRunning(const QList<qint64>& processes) {
+    return std::any_of(processes.begin(), processes.end(), &isRunning);
+}
+
 } // namespace
 
 /// When the real engine runs, and that it never stays behind.
@@ -74,13 +59,14 @@ class EngineLifetimeTests final : public QObject {
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
     void init() {
-        m_folders = std::make_unique<EngineFolders>();
+        m_folders.emplace();
         m_folders->setModel(TinyModel::endless());
     }
 
     void noEngineRunsBeforeTheFirstSession();
     void oneEngineServesAllSessions();
     void theEngineListensOnAPrivateSocketAndNothingElse();
+    void quittingMidReplyTakesNoTimeAndLeavesNothing_data();
     void quittingMidReplyTakesNoTimeAndLeavesNothing();
     void theEngineEndsWithTheProgram_data();
     void theEngineEndsWithTheProgram();
@@ -90,42 +76,44 @@ private Q_SLOTS:
     void idleForLongEnoughTheEngineSleepsAndWakesByItself();
 
 private:
-    static QList<qint64> engines() { return childrenOf(QCoreApplication::applicationPid()); }
+    /// Runs another program with a conversation under way in the test's folders.
+    bool startProgram(QProcess& program) const;
 
-    std::unique_ptr<EngineFolders> m_folders;
+    std::optional<EngineFolders> m_folders;
 };
 
+bool EngineLifetimeTests::startProgram(QProcess& program) const {
+    program.start(QCoreApplication::applicationFilePath(),
+                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
+    return program.waitForReadyRead(limit) && program.readLine() == "answering\n";
+}
+
 void EngineLifetimeTests::noEngineRunsBeforeTheFirstSession() {
-    MainExecutor executor;
-    NetworkThread network;
-    LlamaServerModel model(network, m_folders->paths());
-    QVERIFY(model.isAvailable());
-    QCOMPARE(engines(), QList<qint64>());
+    EngineChat chat(m_folders->paths());
+    QVERIFY(chat.model.isAvailable());
+    QCOMPARE(engineProcess(), qint64{0});
     QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
-    const auto session = model.makeSession(u"Be kind."_s);
-    QTRY_COMPARE(engines().size(), 1);
+    chat.begin();
+    QTRY_VERIFY(engineProcess() > 0);
 }
 
 void EngineLifetimeTests::oneEngineServesAllSessions() {
-    Chat chat(m_folders->paths());
-    const auto first = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(first->snapshots > 0, limit);
-    chat.session = chat.model.makeSession(u"Be brief."_s);
-    const auto second = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(second->snapshots > 0, limit);
-    QCOMPARE(engines().size(), 1);
+    EngineChat chat(m_folders->paths());
+    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+    chat.begin(u"Be brief."_s);
+    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+    QCOMPARE(childrenOf(QCoreApplication::applicationPid()).size(), 1);
 }
 
 void EngineLifetimeTests::theEngineListensOnAPrivateSocketAndNothingElse() {
-    Chat chat(m_folders->paths());
-    const auto heard = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
+    EngineChat chat(m_folders->paths());
+    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
     const QFileInfo folder(QFileInfo(m_folders->socketPath()).path());
     QCOMPARE(folder.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
-    const qint64 engine = engines().constFirst();
-    const QList<QByteArray> sockets = openSockets(engine);
+    const qint64 engine = engineProcess();
+    const QByteArrayList sockets = openSockets(engine);
     QVERIFY(!sockets.isEmpty());
     for (const char* table : {"tcp", "tcp6", "udp", "udp6"}) {
         const QByteArray lines = contents(u"/proc/%1/net/"_s.arg(engine) + QLatin1String(table));
@@ -134,101 +122,96 @@ void EngineLifetimeTests::theEngineListensOnAPrivateSocketAndNothingElse() {
     }
 }
 
+void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing_data() {
+    QTest::addColumn<QByteArray>("script");
+    QTest::newRow("itself") << QByteArray(EngineFolders::realEngine);
+    QTest::newRow("behind a script") << QByteArray(stayingScript);
+}
+
 void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing() {
-    qint64 engine = 0;
+    QFETCH(QByteArray, script);
+    m_folders->setEngineScript(script);
+    QList<qint64> family;
     QElapsedTimer quitting;
     {
-        Chat chat(m_folders->paths());
-        const auto heard = chat.ask(u"Hello"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
-        engine = engines().constFirst();
+        EngineChat chat(m_folders->paths());
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+        family = familyOf(engineProcess());
         quitting.start();
     }
     QVERIFY2(quitting.elapsed() < 1'000, qPrintable(QString::number(quitting.elapsed())));
-    QVERIFY(!isRunning(engine));
+    QVERIFY(!isRunning(family.constFirst()));
+    QTRY_VERIFY(!isAnyRunning(family));
     QVERIFY(!QFile::exists(m_folders->socketPath()));
 }
 
 void EngineLifetimeTests::theEngineEndsWithTheProgram_data() {
+    QTest::addColumn<QByteArray>("script");
     QTest::addColumn<int>("signal");
-    QTest::newRow("killed") << SIGKILL;
-    QTest::newRow("asked to end") << SIGTERM;
-    QTest::newRow("crashed") << SIGSEGV;
-    QTest::newRow("interrupted") << SIGINT;
+    const QByteArray itself = EngineFolders::realEngine;
+    QTest::newRow("killed") << itself << SIGKILL;
+    QTest::newRow("asked to end") << itself << SIGTERM;
+    QTest::newRow("crashed") << itself << SIGSEGV;
+    QTest::newRow("interrupted") << itself << SIGINT;
+    QTest::newRow("behind a script, killed") << QByteArray(stayingScript) << SIGKILL;
+    QTest::newRow("behind a script, asked to end") << QByteArray(stayingScript) << SIGTERM;
 }
 
 void EngineLifetimeTests::theEngineEndsWithTheProgram() {
+    QFETCH(QByteArray, script);
     QFETCH(int, signal);
+    m_folders->setEngineScript(script);
     QProcess program;
-    program.start(QCoreApplication::applicationFilePath(),
-                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
-    QVERIFY(program.waitForReadyRead(limit));
-    QCOMPARE(program.readLine(), QByteArray("answering\n"));
+    QVERIFY(startProgram(program));
     const QList<qint64> children = childrenOf(program.processId());
     QCOMPARE(children.size(), 1);
-    QVERIFY(isRunning(children.constFirst()));
+    const QList<qint64> family = familyOf(children.constFirst());
+    QVERIFY(isRunning(family.constFirst()));
     kill(static_cast<pid_t>(program.processId()), signal);
     QVERIFY(program.waitForFinished(limit));
-    QTRY_VERIFY_WITH_TIMEOUT(!isRunning(children.constFirst()), 2'000);
+    QTRY_VERIFY_WITH_TIMEOUT(!isAnyRunning(family), limit);
 }
 
 void EngineLifetimeTests::whatAKilledProgramLeftIsNotInTheWay() {
     QProcess program;
-    program.start(QCoreApplication::applicationFilePath(),
-                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
-    QVERIFY(program.waitForReadyRead(limit));
+    QVERIFY(startProgram(program));
     program.kill();
     QVERIFY(program.waitForFinished(limit));
-    QVERIFY(QFile::exists(m_folders->socketPath())); // left behind
+    QVERIFY(QFile::exists(m_folders->socketPath()));
 
-    Chat chat(m_folders->paths());
-    const auto heard = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
+    EngineChat chat(m_folders->paths());
+    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
 }
 
 void EngineLifetimeTests::aLongPathWithACommaDoesNoHarm() {
     LlamaServerPaths paths = m_folders->paths();
     paths.runtimeFolders = {m_folders->path(QString(100, u'x') + u",y"_s)};
-    Chat chat(paths);
-    const auto heard = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
+    EngineChat chat(paths);
+    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
 }
 
 void EngineLifetimeTests::twoProgramsDoNotShareAFolder() {
-    Chat first(m_folders->paths());
+    EngineChat first(m_folders->paths());
     const auto heard = first.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > 0, limit);
-    Chat second(m_folders->paths());
-    const auto refused = second.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(refused->hasEnded, limit);
-    QVERIFY(refused->error);
-    const int before = heard->snapshots;
-    QTRY_VERIFY_WITH_TIMEOUT(heard->snapshots > before, limit);
+    QVERIFY(hasSaid(heard));
+    EngineChat second(m_folders->paths());
+    QCOMPARE(outcomeOf(second.ask(u"Hello"_s)),
+             u"Error: The program that runs the on-device model could not be started."_s);
+    QVERIFY(hasSaid(heard, heard->snapshots + 1));
 }
 
 void EngineLifetimeTests::idleForLongEnoughTheEngineSleepsAndWakesByItself() {
     m_folders->setModel(TinyModel::sentence());
-    Chat chat(m_folders->paths(), std::chrono::seconds(1));
-    const auto heard = chat.ask(u"Hello"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(heard->hasEnded, limit);
-    const qint64 engine = engines().constFirst();
-
-    const HttpClient client(chat.network, HttpEndpoint::unixSocket(m_folders->socketPath()));
+    EngineChat chat(m_folders->paths(), {.idleTime = std::chrono::seconds(1)});
+    const QString reply = outcomeOf(chat.ask(u"Hello"_s));
+    const qint64 engine = engineProcess();
     const auto isAsleep = [&] {
-        const auto isSleeping = std::make_shared<std::optional<bool>>();
-        chat.scope.start(readSleepState(chat.network.scope(), client, isSleeping));
-        while (!*isSleeping)
-            QTest::qWait(20);
-        return isSleeping->value();
+        return m_folders->get("/props").replace(" ", "").contains("\"is_sleeping\":true");
     };
     QVERIFY(!isAsleep());
     QTRY_VERIFY_WITH_TIMEOUT(isAsleep(), limit);
-
-    const auto again = chat.ask(u"Again"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(again->hasEnded, limit);
-    QCOMPARE(again->error.value_or(QString()), QString());
-    QCOMPARE(again->text(), heard->text());
-    QCOMPARE(engines(), QList<qint64>{engine});
+    QCOMPARE(outcomeOf(chat.ask(u"Again"_s)), reply);
+    QCOMPARE(engineProcess(), engine);
 }
 
 namespace {
@@ -236,16 +219,9 @@ namespace {
 /// What the child process of some tests does: a conversation in the folders of the test, until it
 /// is ended from outside.
 int chatUntilTheEnd(const QString& folder) {
-    LlamaServerPaths paths;
-    paths.dataFolders = {folder + u"/data"_s};
-    paths.programFolders = {folder + u"/bin"_s};
-    paths.runtimeFolders = {folder + u"/run"_s};
-    paths.machineMemory = 8'000'000'000;
-    Chat chat(paths);
+    EngineChat chat(EngineFolders::pathsIn(folder));
     const auto heard = chat.ask(u"Hello"_s);
-    while (heard->snapshots < 3 && !heard->hasEnded)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    printf("%s\n", heard->hasEnded ? "failed" : "answering");
+    printf("%s\n", hasSaid(heard, 3) ? "answering" : "failed");
     fflush(stdout);
     return QCoreApplication::exec();
 }

@@ -1,34 +1,44 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
+#include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <thread>
-
 using namespace platform;
+using namespace tests;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
+
+// Scripts with a program that they start and say the number of; the engine's wrapper is of the
+// first kind.
+const auto execScript = u"echo $$; exec sleep 600"_s;
+const auto stayingScript = u"sleep 600 & echo $!; wait; exit"_s;
 
 std::unique_ptr<EngineProcess> shell(const QString& script,
                                      const EngineProcess::EnvironmentChanges& changes = {}) {
     return EngineProcess::start(u"/bin/sh"_s, {u"-c"_s, script}, changes);
 }
 
-bool isThere(qint64 process) {
-    // A process that waits for its parent to notice its end counts as gone.
-    QFile status(u"/proc/%1/stat"_s.arg(process));
-    if (!status.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray line = status.readAll();
-    return !line.mid(line.lastIndexOf(')')).startsWith(") Z");
+/// The process that a script says it has started, once it has.
+qint64 saidBy(const EngineProcess& process) {
+    (void)QTest::qWaitFor([&] { return process.output().endsWith('\n'); }, limit);
+    return process.output().trimmed().toLongLong();
+}
+
+/// Runs this program as another one, which starts an engine; the caller ends it.
+bool startProgram(QProcess& program, const QString& script) {
+    program.start(QCoreApplication::applicationFilePath(),
+                  {u"EngineProcessTests"_s, u"--start-engine"_s, script});
+    return program.waitForReadyRead(limit);
 }
 
 } // namespace
@@ -67,12 +77,36 @@ private Q_SLOTS:
         QCOMPARE(process->endSignal(), 0);
     }
 
-    void destroyingTheObjectEndsTheProcess() {
-        auto process = shell(u"trap '' TERM; while :; do sleep 1; done"_s);
+    void aScriptTellsTheSignalOfItsProgram() {
+        const auto process = shell(u"sh -c 'kill -ABRT $$'; exit $?"_s);
+        QTRY_VERIFY(!process->isRunning());
+        QCOMPARE(process->endSignal(), SIGABRT);
+    }
+
+    void destroyingTheObjectEndsTheProcessAndWhatItHasStarted() {
+        auto process = shell(u"trap '' TERM; "_s + stayingScript);
         const pid_t id = process->id();
-        QVERIFY(isThere(id));
+        const qint64 started = saidBy(*process);
+        QVERIFY(isRunning(id) && isRunning(started));
         process.reset();
-        QVERIFY(!isThere(id));
+        QVERIFY(!isRunning(id));
+        QTRY_VERIFY(!isRunning(started));
+    }
+
+    void aProcessThatEndsLeavesNothingBehind() {
+        const auto process = shell(u"sleep 600 & echo $!"_s);
+        const qint64 started = saidBy(*process);
+        QTRY_VERIFY(!process->isRunning());
+        QTRY_VERIFY(!isRunning(started));
+    }
+
+    void workIsSeenWhereverItIsDone() {
+        const auto busy = shell(u"sh -c 'while :; do :; done'; exit"_s);
+        const quint64 before = busy->workDone();
+        QTRY_VERIFY_WITH_TIMEOUT(busy->workDone() > before, limit);
+        const auto idle = shell(u"exec sleep 600"_s);
+        QTRY_VERIFY(QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(idle->id())).endsWith(u"sleep"));
+        QCOMPARE(idle->workDone(), idle->workDone());
     }
 
     void hiddenVariablesDoNotReachTheProcess() {
@@ -113,37 +147,47 @@ private Q_SLOTS:
         QCOMPARE(process->output(), QByteArray("500\n0\n"));
     }
 
-    void theProcessEndsWithTheThreadThatStartedIt() {
-        std::unique_ptr<EngineProcess> process;
-        std::thread([&] {
-            process = shell(u"echo started; exec sleep 600"_s);
-            while (process->output().isEmpty())
-                std::this_thread::yield();
-        }).join();
-        QTRY_VERIFY(!process->isRunning());
-        QCOMPARE(process->endSignal(), SIGKILL);
+    void theProcessEndsWhenTheProgramIsKilled_data() {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("the script becomes it") << execScript;
+        QTest::newRow("the script stays") << stayingScript;
+        QTest::newRow("the script has gone") << u"sleep 600 & echo $!"_s;
     }
-
-    /// A script that hands over to the program by exec, as the engine's wrapper does.
     void theProcessEndsWhenTheProgramIsKilled() {
+        QFETCH(QString, script);
         QProcess program;
-        program.start(QCoreApplication::applicationFilePath(),
-                      {u"EngineProcessTests"_s, u"--start-engine"_s});
-        QVERIFY(program.waitForReadyRead(20'000));
+        QVERIFY(startProgram(program, script));
         const qint64 engine = program.readLine().trimmed().toLongLong();
         QVERIFY(engine > 0);
-        QVERIFY(isThere(engine));
+        QVERIFY(isRunning(engine));
         program.kill();
-        QVERIFY(program.waitForFinished(20'000));
-        QTRY_VERIFY_WITH_TIMEOUT(!isThere(engine), 2'000);
+        QVERIFY(program.waitForFinished(limit));
+        QTRY_VERIFY_WITH_TIMEOUT(!isRunning(engine), limit);
+    }
+
+    void howItEndsIsToldToAProgramThatWasStartedToIgnoreIt() {
+        QProcess program;
+        program.setChildProcessModifier([] { signal(SIGCHLD, SIG_IGN); });
+        QVERIFY(startProgram(program, u"echo x; exit 3"_s));
+        program.readLine();
+        QVERIFY(program.waitForReadyRead(limit));
+        QCOMPARE(program.readLine(), QByteArray("ended by signal 0\n"));
+        program.kill();
+        QVERIFY(program.waitForFinished(limit));
     }
 };
 
 static int run(int argc, char** argv) {
     if (QCoreApplication::arguments().value(1) == u"--start-engine") {
-        const auto process = shell(u"cd / && exec sleep 600"_s);
-        printf("%d\n", static_cast<int>(process->id()));
+        const QString script = QCoreApplication::arguments().value(2);
+        const auto process = shell(script);
+        printf("%lld\n", saidBy(*process));
         fflush(stdout);
+        if (script.endsWith(u"exit 3")) {
+            (void)QTest::qWaitFor([&] { return !process->isRunning(); }, limit);
+            printf("ended by signal %d\n", process->endSignal());
+            fflush(stdout);
+        }
         pause();
     }
     EngineProcessTests tests;
