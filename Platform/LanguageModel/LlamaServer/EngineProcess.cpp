@@ -78,7 +78,8 @@ void openOnly(int input, int output) {
 }
 
 [[noreturn]] void becomeProgram(const Orders& orders) {
-    setsid();
+    if (setsid() < 0)
+        _exit(127); // the group to kill would be the program's own
     for (int number = 1; number < NSIG; ++number)
         signal(number, SIG_DFL);
     sigset_t none;

@@ -19,7 +19,7 @@ class HttpError;
 /// socket, started when it is first needed and again when it has ended. One that hangs is ended.
 ///
 /// Made on any thread; everything else happens on the network thread. Tasks hold the object alive;
-/// its end, and the child's with it, comes there or when that thread has ended.
+/// with the last of them and its owner it goes, on whatever thread, and takes the child with it.
 class LlamaServer : public std::enable_shared_from_this<LlamaServer> {
 public:
     /// Touches nothing of the system.

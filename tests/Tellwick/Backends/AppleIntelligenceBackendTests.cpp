@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Tellwick/Backends/AppleIntelligenceBackend.h"
+#include "tests/Tellwick/Conversations/ScriptedModel.h"
 #include "tests/support/TestMain.h"
 
 #include <QProcess>
@@ -11,61 +10,12 @@
 
 using namespace platform;
 using namespace tellwick;
+using namespace tests;
 using namespace Qt::StringLiterals;
 using Availability = SystemLanguageModel::Availability;
 using Reason = Availability::UnavailableReason;
 
 namespace {
-
-class ScriptedError final : public LocalizedError {
-public:
-    QString errorDescription() const override { return u"The model is tired."_s; }
-};
-
-struct AskedTurn {
-    QString prompt;
-    GenerationOptions options;
-    StreamContinuation<TextSnapshot> reply;
-
-    void say(QStringView snapshot) const { reply.yield(TextSnapshot(snapshot)); }
-};
-
-class ScriptedSession final : public LanguageModelSession {
-public:
-    AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
-                                             const GenerationOptions& options) override {
-        if (refusal)
-            std::rethrow_exception(refusal);
-        auto [stream, continuation] = makeStream<TextSnapshot>();
-        turns.push_back({prompt, options, continuation});
-        return std::move(stream);
-    }
-
-    std::vector<AskedTurn> turns;
-    std::exception_ptr refusal;
-};
-
-class ScriptedModel final : public SystemLanguageModel {
-public:
-    Availability availability() const override {
-        ++timesAsked;
-        return state;
-    }
-
-    std::shared_ptr<LanguageModelSession> makeSession(const QString& text) override {
-        if (refusal)
-            std::rethrow_exception(refusal);
-        instructions.append(text);
-        sessions.push_back(std::make_shared<ScriptedSession>());
-        return sessions.back();
-    }
-
-    Availability state = Availability::available();
-    mutable int timesAsked = 0;
-    QStringList instructions;
-    std::vector<std::shared_ptr<ScriptedSession>> sessions;
-    std::exception_ptr refusal;
-};
 
 struct Seen {
     QStringList snapshots;
@@ -116,7 +66,7 @@ private Q_SLOTS:
 private:
     std::shared_ptr<Seen> ask(const QString& prompt, const QString& systemPrompt,
                               const QList<ChatMessage>& history = {});
-    AskedTurn& turn(std::size_t session, std::size_t turn);
+    AskedTurn& turn(std::size_t number) { return m_model->turns.at(number); }
 
     std::unique_ptr<MainExecutor> m_executor;
     std::unique_ptr<ScriptedModel> m_model;
@@ -150,10 +100,6 @@ std::shared_ptr<Seen> AppleIntelligenceBackendTests::ask(const QString& prompt,
     return seen;
 }
 
-AskedTurn& AppleIntelligenceBackendTests::turn(std::size_t session, std::size_t turn) {
-    return m_model->sessions.at(session)->turns.at(turn);
-}
-
 void AppleIntelligenceBackendTests::theDescriptorIsThatOfTheOnDeviceModel() {
     QCOMPARE(m_backend->info().id(), u"apple-intelligence"_s);
     QCOMPARE(m_backend->info().name(), u"Apple Intelligence"_s);
@@ -163,7 +109,7 @@ void AppleIntelligenceBackendTests::theDescriptorIsThatOfTheOnDeviceModel() {
 
 void AppleIntelligenceBackendTests::makingTheBackendTouchesNothingOfThePlatform() {
     QCOMPARE(m_model->timesAsked, 0);
-    QVERIFY(m_model->sessions.empty());
+    QVERIFY(m_model->instructions.isEmpty());
 }
 
 void AppleIntelligenceBackendTests::availabilityIsAskedAfreshEachTime() {
@@ -206,21 +152,22 @@ void AppleIntelligenceBackendTests::anyThreadMayAskForTheAvailability() {
 void AppleIntelligenceBackendTests::
     theFirstRequestMakesTheSessionAndLaterSystemPromptsHaveNoEffect() {
     ask(u"one"_s, u"A"_s);
-    turn(0, 0).reply.finish();
+    turn(0).end();
     ask(u"two"_s, u"B"_s);
     QCOMPARE(m_model->instructions, QStringList{u"A"_s});
-    QCOMPARE(m_model->sessions.front()->turns.size(), std::size_t{2});
-    QCOMPARE(turn(0, 1).prompt, u"two"_s);
+    QCOMPARE(turn(1).prompt, u"two"_s);
+    QCOMPARE(turn(1).session, turn(0).session);
 }
 
 void AppleIntelligenceBackendTests::afterAResetTheNextRequestMakesASessionWithItsOwnInstructions() {
     ask(u"one"_s, u"A"_s);
-    turn(0, 0).reply.finish();
+    turn(0).end();
     m_backend->reset();
-    QCOMPARE(m_model->sessions.size(), std::size_t{1});
+    QCOMPARE(m_model->instructions.size(), 1);
     ask(u"two"_s, u"B"_s);
     QCOMPARE(m_model->instructions, (QStringList{u"A"_s, u"B"_s}));
-    QCOMPARE(turn(1, 0).prompt, u"two"_s);
+    QCOMPARE(turn(1).prompt, u"two"_s);
+    QVERIFY(turn(1).session != turn(0).session);
 }
 
 void AppleIntelligenceBackendTests::theHistoryIsNeverSent() {
@@ -229,26 +176,26 @@ void AppleIntelligenceBackendTests::theHistoryIsNeverSent() {
         ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"an earlier answer"))};
     ask(u"now"_s, u"A"_s, history);
     QCOMPARE(m_model->instructions, QStringList{u"A"_s});
-    QCOMPARE(m_model->sessions.front()->turns.size(), std::size_t{1});
-    QCOMPARE(turn(0, 0).prompt, u"now"_s);
+    QCOMPARE(m_model->turns.size(), std::size_t{1});
+    QCOMPARE(turn(0).prompt, u"now"_s);
 }
 
 void AppleIntelligenceBackendTests::theSessionGetsTheBarePromptAndNoGenerationOptions() {
     ask(u"  two\nlines "_s, u"A"_s);
-    QCOMPARE(turn(0, 0).prompt, u"  two\nlines "_s);
-    QVERIFY(!turn(0, 0).options.sampling);
-    QVERIFY(!turn(0, 0).options.temperature);
-    QVERIFY(!turn(0, 0).options.maximumResponseTokens);
+    QCOMPARE(turn(0).prompt, u"  two\nlines "_s);
+    QVERIFY(!turn(0).options.sampling);
+    QVERIFY(!turn(0).options.temperature);
+    QVERIFY(!turn(0).options.maximumResponseTokens);
 }
 
 void AppleIntelligenceBackendTests::snapshotsArriveAsTheyAreAndTheStreamEndsWithTheSequence() {
     const auto seen = ask(u"hi"_s, u"A"_s);
-    turn(0, 0).say(u"Hel");
+    turn(0).say(u"Hel");
     QTRY_COMPARE(seen->snapshots, QStringList{u"Hel"_s});
-    turn(0, 0).say(u"Hello");
+    turn(0).say(u"Hello");
     QTRY_COMPARE(seen->snapshots, (QStringList{u"Hel"_s, u"Hello"_s}));
     QVERIFY(!seen->hasEnded);
-    turn(0, 0).reply.finish();
+    turn(0).end();
     QTRY_VERIFY(seen->hasEnded);
     QVERIFY(!seen->error);
     QCOMPARE(seen->snapshots.size(), 2);
@@ -257,8 +204,8 @@ void AppleIntelligenceBackendTests::snapshotsArriveAsTheyAreAndTheStreamEndsWith
 void AppleIntelligenceBackendTests::aPlatformErrorEndsTheStreamUnchangedAfterItsSnapshots() {
     const auto error = std::make_exception_ptr(ScriptedError());
     const auto seen = ask(u"hi"_s, u"A"_s);
-    turn(0, 0).say(u"Hel");
-    turn(0, 0).reply.finish(error);
+    turn(0).say(u"Hel");
+    turn(0).reply.finish(error);
     QTRY_VERIFY(seen->hasEnded);
     QCOMPARE(seen->snapshots, QStringList{u"Hel"_s});
     QVERIFY(seen->error == error);
@@ -278,17 +225,17 @@ void AppleIntelligenceBackendTests::anErrorWhileTheSessionIsMadeEndsTheStreamUnc
 
 void AppleIntelligenceBackendTests::anErrorWhileTheTurnIsBegunEndsTheStreamUnchanged() {
     ask(u"one"_s, u"A"_s);
-    turn(0, 0).reply.finish();
-    m_model->sessions.front()->refusal = std::make_exception_ptr(ScriptedError());
+    turn(0).end();
+    m_model->refusal = std::make_exception_ptr(ScriptedError());
     const auto seen = ask(u"two"_s, u"A"_s);
     QTRY_VERIFY(seen->hasEnded);
-    QVERIFY(seen->error == m_model->sessions.front()->refusal);
+    QVERIFY(seen->error == m_model->refusal);
 }
 
 void AppleIntelligenceBackendTests::aCancellationErrorEndsTheStreamNormally() {
     const auto seen = ask(u"hi"_s, u"A"_s);
-    turn(0, 0).say(u"Hel");
-    turn(0, 0).reply.finish(std::make_exception_ptr(CancellationError()));
+    turn(0).say(u"Hel");
+    turn(0).reply.finish(std::make_exception_ptr(CancellationError()));
     QTRY_VERIFY(seen->hasEnded);
     QVERIFY(!seen->error);
     QCOMPARE(seen->snapshots, QStringList{u"Hel"_s});
@@ -296,11 +243,11 @@ void AppleIntelligenceBackendTests::aCancellationErrorEndsTheStreamNormally() {
 
 void AppleIntelligenceBackendTests::aResetWhileAReplyStreamsLetsItFinish() {
     const auto first = ask(u"one"_s, u"A"_s);
-    turn(0, 0).say(u"Hel");
+    turn(0).say(u"Hel");
     m_backend->reset();
     const auto second = ask(u"two"_s, u"B"_s);
-    turn(0, 0).say(u"Hello");
-    turn(0, 0).reply.finish();
+    turn(0).say(u"Hello");
+    turn(0).end();
     QTRY_VERIFY(first->hasEnded);
     QCOMPARE(first->snapshots, (QStringList{u"Hel"_s, u"Hello"_s}));
     QVERIFY(!first->error);
@@ -310,28 +257,25 @@ void AppleIntelligenceBackendTests::aResetWhileAReplyStreamsLetsItFinish() {
 
 void AppleIntelligenceBackendTests::aReplyIsReadToItsEndAfterItsConsumerHasGone() {
     ask(u"one"_s, u"A"_s);
-    turn(0, 0).say(u"Hel");
+    turn(0).say(u"Hel");
     QCoreApplication::processEvents();
     m_consumers = std::make_unique<TaskScope>(*m_executor);
     // As long as the platform's sequence is read, the producer holds the session.
-    const std::weak_ptr<ScriptedSession> session = m_model->sessions.front();
-    const AskedTurn asked = turn(0, 0);
-    m_model->sessions.clear();
     m_backend->reset();
     for (const auto* snapshot : {u"Hello", u"Hello,", u"Hello, you"}) {
-        asked.say(snapshot);
+        turn(0).say(snapshot);
         QCoreApplication::processEvents(); // producer and consumer share the test's thread
-        QVERIFY(!session.expired());
+        QVERIFY(!m_model->latestSession.expired());
     }
-    asked.reply.finish();
-    QTRY_VERIFY(session.expired());
+    turn(0).end();
+    QTRY_VERIFY(m_model->latestSession.expired());
 }
 
 void AppleIntelligenceBackendTests::aReplyOutlivesTheBackend() {
     const auto seen = ask(u"one"_s, u"A"_s);
     m_backend.reset();
-    turn(0, 0).say(u"Hello");
-    turn(0, 0).reply.finish();
+    turn(0).say(u"Hello");
+    turn(0).end();
     QTRY_VERIFY(seen->hasEnded);
     QCOMPARE(seen->snapshots, QStringList{u"Hello"_s});
 }

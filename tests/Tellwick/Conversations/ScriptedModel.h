@@ -21,6 +21,7 @@ struct AskedTurn {
     QString prompt;
     qsizetype session; ///< the number of the session, from 0
     platform::StreamContinuation<platform::TextSnapshot> reply;
+    platform::GenerationOptions options;
 
     void say(QStringView snapshot) const { reply.yield(platform::TextSnapshot(snapshot)); }
     void end() const { reply.finish(); }
@@ -36,8 +37,12 @@ public:
     }
 
     std::shared_ptr<platform::LanguageModelSession> makeSession(const QString& text) override {
+        if (refusal)
+            std::rethrow_exception(refusal);
         instructions.append(text);
-        return std::make_shared<Session>(*this, instructions.size() - 1);
+        const auto session = std::make_shared<Session>(*this, instructions.size() - 1);
+        latestSession = session;
+        return session;
     }
 
     Availability state = Availability::available();
@@ -46,6 +51,10 @@ public:
     QStringList instructions;
     /// The turns of all sessions, in order.
     std::deque<AskedTurn> turns;
+    /// The session that was made last, as long as somebody holds it.
+    std::weak_ptr<platform::LanguageModelSession> latestSession;
+    /// The error with which sessions are not made and turns not begun.
+    std::exception_ptr refusal;
 
 private:
     class Session final : public platform::LanguageModelSession {
@@ -55,9 +64,11 @@ private:
             , m_number(number) {}
 
         platform::AsyncStream<platform::TextSnapshot>
-        streamResponse(const QString& prompt, const platform::GenerationOptions&) override {
+        streamResponse(const QString& prompt, const platform::GenerationOptions& options) override {
+            if (m_model.refusal)
+                std::rethrow_exception(m_model.refusal);
             auto [stream, continuation] = platform::makeStream<platform::TextSnapshot>();
-            m_model.turns.push_back({prompt, m_number, continuation});
+            m_model.turns.push_back({prompt, m_number, continuation, options});
             return std::move(stream);
         }
 
