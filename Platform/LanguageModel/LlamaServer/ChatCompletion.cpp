@@ -30,12 +30,6 @@ LlamaServerError::Kind failureKind(const Json& document) {
     return LlamaServerError::Kind::NoAnswer;
 }
 
-TurnTimings readTimings(const Json& timings) {
-    return {.cachedTokens = timings["cache_n"].integer(),
-            .readTokens = timings["prompt_n"].integer(),
-            .writtenTokens = timings["predicted_n"].integer()};
-}
-
 void readChoice(const Json& choice, ChatEvent& event) {
     event.isComplete = choice.find("finish_reason").has_value();
     const auto delta = choice.find("delta");
@@ -83,8 +77,6 @@ ChatEvent readChatEvent(const QByteArray& line) {
     // The last event of some engines has an empty list.
     for (const Json& choice : choices ? choices->elements() : QList<Json>())
         readChoice(choice, event);
-    if (const auto timings = data.find("timings"))
-        event.timings = readTimings(*timings);
     return event;
 }
 

@@ -18,13 +18,6 @@ struct AnsweredTurn {
     TextSnapshot reply;
 };
 
-/// What a turn cost the engine.
-struct TurnTimings {
-    qint64 cachedTokens = 0; ///< of the prompt: known from earlier turns, not read again
-    qint64 readTokens = 0;   ///< of the prompt: read for this turn
-    qint64 writtenTokens = 0;
-};
-
 /// The body of a request for the next turn: the instructions (left out when empty), the turns so
 /// far and the prompt.
 QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn>& turns,
@@ -34,7 +27,6 @@ QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn
 struct ChatEvent {
     QString content;         ///< the reply's next characters
     bool isComplete = false; ///< the model has ended its reply
-    std::optional<TurnTimings> timings;
     std::optional<LlamaServerError::Kind> failure;
 };
 

@@ -22,7 +22,6 @@ private Q_SLOTS:
     void eachLineIsReadForWhatItTells();
     void aLineThatDoesNotReadIsAnError_data();
     void aLineThatDoesNotReadIsAnError();
-    void theLastEventTellsWhatTheTurnCost();
     void errorsAreTold_data();
     void errorsAreTold();
     void anErrorBodyIsReadOrStandsForAnUnknownFailure();
@@ -105,7 +104,6 @@ void ChatCompletionTests::eachLineIsReadForWhatItTells() {
     QTEST(event.content, "content");
     QTEST(event.isComplete, "isComplete");
     QVERIFY(!event.failure);
-    QVERIFY(!event.timings);
 }
 
 void ChatCompletionTests::aLineThatDoesNotReadIsAnError_data() {
@@ -125,17 +123,6 @@ void ChatCompletionTests::aLineThatDoesNotReadIsAnError_data() {
 void ChatCompletionTests::aLineThatDoesNotReadIsAnError() {
     QFETCH(QByteArray, line);
     QVERIFY_THROWS_EXCEPTION(JsonReadingError, readChatEvent(line));
-}
-
-void ChatCompletionTests::theLastEventTellsWhatTheTurnCost() {
-    const ChatEvent event = readChatEvent(
-        R"(data: {"choices":[{"finish_reason":"stop","delta":{}}],"timings":{"cache_n":58,)"
-        R"("prompt_n":26,"prompt_ms":1.5,"predicted_n":11,"predicted_ms":4.25}})");
-    QVERIFY(event.isComplete);
-    QVERIFY(event.timings);
-    QCOMPARE(event.timings->cachedTokens, 58);
-    QCOMPARE(event.timings->readTokens, 26);
-    QCOMPARE(event.timings->writtenTokens, 11);
 }
 
 void ChatCompletionTests::errorsAreTold_data() {
