@@ -10,9 +10,7 @@
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/PullDownButton.h"
-#include "Platform/Widgets/Scrolling/HorizontalStrip.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
-#include "Platform/Widgets/Scrolling/ScrollView.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
@@ -125,7 +123,7 @@ void ChatView::menuButton(platform::HeaderBar& placement) {
 QWidget* ChatView::messageList() {
     auto* list = new QWidget;
     auto* stack = new QStackedLayout(list);
-    auto* empty = new platform::ScrollView(m_environment.theme);
+    auto* empty = new platform::ScrollArea(m_environment.theme);
     auto* column = new platform::LazyColumn(m_environment.theme, m_rows);
     column->setAccessibleName(u"Conversation"_s);
     stack->addWidget(empty);
@@ -150,10 +148,10 @@ QWidget* ChatView::messageList() {
         if (!before || messages.isEmpty())
             return;
         if (before->count != messages.size())
-            column->scrollToBottom(true);
+            column->scrollToEnd(true);
         // A scroll that is under way follows the growing end by itself.
-        else if (!(before->lastText == messages.last().content) && !column->isScrollAnimated())
-            column->scrollToBottom(false);
+        else if (!(before->lastText == messages.last().content) && !column->isScrollingToEnd())
+            column->scrollToEnd(false);
     });
     // A reply is read out when it is whole, not word by word.
     observe(column, [this, column, wasGenerating = false]() mutable {
@@ -211,8 +209,10 @@ QWidget* ChatView::emptyState() {
 }
 
 QWidget* ChatView::writingModeChips() {
-    auto* strip = new platform::HorizontalStrip(8, 24);
-    strip->setAccessibleName(u"Writing modes"_s);
+    auto* chips = new QWidget;
+    auto* row = new QHBoxLayout(chips);
+    row->setSpacing(8);
+    row->setContentsMargins(24, 0, 24, 0);
     for (const AppConfig::WritingMode& mode : AppConfig::writingModes()) {
         auto* chip = new Button(m_environment.theme, Button::Look::Chip, mode.label, mode.icon);
         chip->setAction([this, mode] { m_vm->setMode(mode); });
@@ -220,8 +220,11 @@ QWidget* ChatView::writingModeChips() {
             const auto& active = m_vm->activeMode.value();
             chip->setChecked(active && active->id() == mode.id());
         });
-        strip->add(chip);
+        row->addWidget(chip);
     }
+    auto* strip = new platform::ScrollArea(m_environment.theme, nullptr, Qt::Horizontal);
+    strip->setAccessibleName(u"Writing modes"_s);
+    strip->setContent(chips);
     return strip;
 }
 

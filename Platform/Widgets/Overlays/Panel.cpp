@@ -4,7 +4,7 @@
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
-#include "Platform/Widgets/Scrolling/ScrollView.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -97,7 +97,7 @@ std::unique_ptr<Panel> Panel::alert(const Theme& theme, const QString& title,
 }
 
 void Panel::setContent(QWidget* content, int width) {
-    m_scroll = new ScrollView(m_theme, this);
+    m_scroll = new ScrollArea(m_theme, this);
     m_scroll->setContent(content);
     m_column->addWidget(m_scroll, 1);
     m_width = width;

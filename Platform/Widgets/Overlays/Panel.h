@@ -17,7 +17,7 @@ namespace platform {
 
 class Button;
 class OverlayHost;
-class ScrollView;
+class ScrollArea;
 
 /// Something that is shown above the window's content for a while: a menu, a popover, a sheet, an
 /// alert. An OverlayHost shows it, keeps the focus in it and closes it. What is too high scrolls,
@@ -96,7 +96,7 @@ private:
     OverlayHost* m_host = nullptr;
     QVBoxLayout* m_column;
     QPointer<QWidget> m_anchor;
-    ScrollView* m_scroll = nullptr;
+    ScrollArea* m_scroll = nullptr;
     Button* m_button = nullptr; // that closes the panel
     QString m_message;
     int m_width = 0;

@@ -1,118 +1,59 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 
-#include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Scrolling/LazyColumnAccessible.h"
-#include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
-
 #include <QAccessible>
 #include <QApplication>
 #include <QHash>
-#include <QScroller>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 
 namespace platform {
+namespace {
+
+void discard(QWidget* widget) {
+    if (!widget)
+        return;
+    widget->hide();
+    widget->deleteLater(); // it may be what called
+}
+
+} // namespace
 
 LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
-    : QWidget(parent)
-    , m_theme(theme)
-    , m_source(rows)
-    , m_bar(new OverlayScrollBar(theme, this))
-    , m_heights(Theme::defaultPadding, Theme::rowSpacing) {
-    QAccessible::installFactory(makeLazyColumnAccessible); // once, however often it is called
+    : ScrollArea(theme, parent)
+    , m_source(rows) {
+    QAccessible::installFactory(makeAccessible); // once, however often it is called
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    QScroller::grabGesture(this, QScroller::TouchGesture);
-    m_clock.start();
-    m_animation.setStartValue(0.0);
-    m_animation.setEndValue(1.0);
-    m_animation.setEasingCurve(QEasingCurve::OutCubic);
-    connect(
-        &m_animation, &QVariantAnimation::valueChanged, this,
-        [this](const QVariant& value) {
-            const qreal left = m_remaining * (1 - value.toReal());
-            moveTo(maximumScroll() - qRound(left));
-        });
-    connect(
-        m_bar, &QAbstractSlider::valueChanged, this,
-        [this](int value) { setScrollPosition(value); });
-    connect(qApp, &QApplication::focusChanged, this,
-            [this](QWidget*, QWidget* now) { focusMoved(now); });
     reload();
-}
-
-LazyColumn::~LazyColumn() {
-    // The focus leaves the rows when they are destroyed, and then this is no column any more.
-    disconnect(qApp, nullptr, this, nullptr);
-    QScroller::ungrabGesture(this);
-}
-
-int LazyColumn::rowWidth() const {
-    return std::max(1, std::min(width(), Theme::columnWidth) - 2 * Theme::defaultPadding);
-}
-
-int LazyColumn::maximumScroll() const {
-    return std::max(0, m_heights.total() - height());
 }
 
 // Rows
 
 void LazyColumn::reload() {
     const auto count = static_cast<std::size_t>(m_source.count());
+    const auto keyOf = [this](std::size_t i) { return m_source.key(static_cast<qsizetype>(i)); };
     std::size_t same = 0;
-    const std::size_t common = std::min(count, m_rows.size());
-    while (same < common && m_source.key(static_cast<qsizetype>(same)) == m_rows[same].key)
+    while (same < std::min(count, m_rows.size()) && keyOf(same) == m_rows[same].key)
         ++same;
-    if (same < count || same < m_rows.size()) {
-        struct Known {
-            Row row;
-            int height;
-        };
-        QHash<QUuid, Known> old;
-        std::vector<int> heights;
-        heights.reserve(count);
-        for (std::size_t i = 0; i < same; ++i)
-            heights.push_back(m_heights.height(i));
-        for (std::size_t i = same; i < m_rows.size(); ++i)
-            old.insert(m_rows[i].key, {m_rows[i], m_heights.height(i)});
-        m_rows.resize(same);
-        const int width = rowWidth();
-        for (std::size_t i = same; i < count; ++i) {
-            const auto row = static_cast<qsizetype>(i);
-            const QUuid key = m_source.key(row);
-            const auto known = old.find(key);
-            if (known != old.end()) {
-                m_rows.push_back(known->row);
-                heights.push_back(known->height);
-                old.erase(known);
-            } else {
-                m_rows.push_back({key});
-                heights.push_back(m_source.estimatedHeight(row, width));
-            }
-        }
-        for (const Known& gone : std::as_const(old))
-            destroy(gone.row.widget);
-        m_heights.assign(std::move(heights));
+    QHash<QUuid, Row> others;
+    for (std::size_t i = same; i < m_rows.size(); ++i)
+        others.insert(m_rows[i].key, m_rows[i]);
+    m_rows.resize(same);
+    m_known = std::min(m_known, same);
+    for (std::size_t i = same; i < count; ++i) {
+        Row row = others.take(keyOf(i));
+        if (row.key.isNull())
+            row = {keyOf(i), m_source.estimatedHeight(static_cast<qsizetype>(i), rowWidth())};
+        m_rows.push_back(row);
     }
-    for (std::size_t i = 0; i < m_rows.size(); ++i)
+    for (const Row& gone : std::as_const(others))
+        discard(gone.widget);
+    for (std::size_t i = 0; i < count; ++i)
         if (m_rows[i].widget)
             m_source.update(static_cast<qsizetype>(i), m_rows[i].widget);
-    layOut(Hold::Anchor);
-}
-
-void LazyColumn::reloadRow(qsizetype row) {
-    if (QWidget* widget = widgetOf(row)) {
-        m_source.update(row, widget);
-        layOut(Hold::Anchor);
-    }
-}
-
-void LazyColumn::destroy(QWidget* widget) {
-    if (!widget)
-        return;
-    widget->hide();
-    widget->deleteLater(); // it may be what called
+    layOut();
 }
 
 QWidget* LazyColumn::widgetOf(qsizetype row) const {
@@ -123,14 +64,15 @@ QWidget* LazyColumn::widgetOf(qsizetype row) const {
 qsizetype LazyColumn::rowOf(const QWidget* widget) const {
     while (widget && widget->parentWidget() != this)
         widget = widget->parentWidget();
-    if (!widget)
-        return -1;
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [&](const Row& row) { return row.widget == widget; });
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [widget](const Row& row) {
+        return widget && row.widget == widget;
+    });
     return found == m_rows.end() ? -1 : found - m_rows.begin();
 }
 
-std::optional<std::size_t> LazyColumn::indexOf(const QUuid& key) const {
+std::optional<std::size_t> LazyColumn::indexOf(const QUuid& key, std::size_t guess) const {
+    if (guess < m_rows.size() && m_rows[guess].key == key)
+        return guess;
     const auto found =
         std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return row.key == key; });
     return found == m_rows.end() ? std::nullopt
@@ -142,62 +84,93 @@ qsizetype LazyColumn::rowWithKey(const QUuid& key) const {
     return index ? static_cast<qsizetype>(*index) : -1;
 }
 
-qsizetype LazyColumn::builtCount() const {
-    return std::count_if(
-        m_rows.begin(), m_rows.end(), [](const Row& row) { return row.widget; });
-}
-
 QRect LazyColumn::rowRect(qsizetype row) const {
     const auto index = static_cast<std::size_t>(row);
-    const int columnWidth = std::min(width(), Theme::columnWidth);
-    const int x = (width() - columnWidth) / 2 + Theme::defaultPadding;
-    return {x, m_heights.top(index) - m_scroll, rowWidth(), m_heights.height(index)};
+    return {(width() - rowWidth()) / 2, top(index) - offset(), rowWidth(), m_rows[index].height};
+}
+
+// Heights. A new height costs nothing; the next question about a top adds up those from the first
+// changed row on, so a column that grows at its end answers at once.
+
+int LazyColumn::rowWidth() const {
+    return std::max(1, std::min(width(), Theme::columnWidth) - 2 * Theme::defaultPadding);
+}
+
+void LazyColumn::setHeight(std::size_t row, int height) {
+    if (std::exchange(m_rows[row].height, height) != height)
+        m_known = std::min(m_known, row + 1);
+}
+
+int LazyColumn::top(std::size_t row) const {
+    for (; m_known <= row; ++m_known)
+        m_rows[m_known].top =
+            m_known == 0 ? Theme::defaultPadding
+                         : m_rows[m_known - 1].top + m_rows[m_known - 1].height + Theme::rowSpacing;
+    return m_rows[row].top;
+}
+
+int LazyColumn::contentLength() const {
+    return Theme::defaultPadding +
+           (m_rows.empty() ? Theme::defaultPadding : bottom(m_rows.size() - 1));
+}
+
+/// The first row whose bottom lies below `y`, or the number of rows.
+std::size_t LazyColumn::firstBelow(int y) const {
+    if (!m_rows.empty())
+        top(m_rows.size() - 1);
+    const auto row = std::partition_point(
+        m_rows.begin(), m_rows.end(), [y](const Row& row) { return row.top + row.height <= y; });
+    return static_cast<std::size_t>(row - m_rows.begin());
+}
+
+void LazyColumn::measure(std::size_t row) {
+    const QWidget* widget = m_rows[row].widget;
+    setHeight(row, widget->hasHeightForWidth() ? widget->heightForWidth(m_width)
+                                               : widget->sizeHint().height());
+    m_rows[row].isMeasured = true;
 }
 
 // Layout
 
-void LazyColumn::layOut(Hold hold) {
+void LazyColumn::layOut() {
     if (m_isLayingOut || !m_hasSize)
         return;
-    m_isLayingOut = true;
-    if (m_width != rowWidth()) {
-        m_width = rowWidth();
-        for (std::size_t i = 0; i < m_rows.size(); ++i) {
+    const QScopedValueRollback guard(m_isLayingOut, true);
+    const bool isNewWidth = std::exchange(m_width, rowWidth()) != rowWidth();
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        if (m_rows[i].widget) {
+            measure(i);
+        } else if (isNewWidth) {
             m_rows[i].isMeasured = false;
-            if (!m_rows[i].widget)
-                m_heights.setHeight(i,
-                                    m_source.estimatedHeight(static_cast<qsizetype>(i), m_width));
+            setHeight(i, m_source.estimatedHeight(static_cast<qsizetype>(i), m_width));
         }
     }
-    for (std::size_t i = 0; i < m_rows.size(); ++i)
-        if (m_rows[i].widget)
-            measure(i);
     // Building a row corrects its height, which can bring further rows into the zone.
     const int margin = height() / 2;
-    while (true) {
-        if (hold == Hold::Bottom)
-            m_scroll = maximumScroll();
-        else
-            restoreAnchor();
-        if (!build(m_heights.firstBelow(m_scroll - margin),
-                   m_heights.firstBelow(m_scroll + height() + margin)))
-            break;
+    do {
+        const auto anchor = indexOf(m_anchor, m_anchorRow);
+        adoptOffset(anchor ? top(*anchor) - m_anchorY : offset());
+    } while (build(firstBelow(offset() - margin), firstBelow(offset() + height() + margin)));
+    release(offset() - 3 * margin, offset() + height() + 3 * margin);
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        if (QWidget* widget = m_rows[i].widget) {
+            widget->setGeometry(rowRect(static_cast<qsizetype>(i)));
+            if (widget->isHidden())
+                widget->show();
+        }
     }
-    release(m_scroll - 3 * margin, m_scroll + height() + 3 * margin);
-    place();
-    noteAnchor();
-    m_isLayingOut = false;
+    updateBar();
+    offsetChanged();
 }
 
 /// Makes the widgets of the rows up to and with `last`; returns whether there were any to make.
 bool LazyColumn::build(std::size_t first, std::size_t last) {
     bool anything = false;
     for (std::size_t i = first; i < m_rows.size() && i <= last; ++i) {
-        Row& row = m_rows[i];
-        if (row.widget)
+        if (m_rows[i].widget)
             continue;
-        row.widget = m_source.make(static_cast<qsizetype>(i), this);
-        row.widget->ensurePolished();
+        m_rows[i].widget = m_source.make(static_cast<qsizetype>(i), this);
+        m_rows[i].widget->ensurePolished();
         measure(i);
         anything = true;
     }
@@ -206,68 +179,33 @@ bool LazyColumn::build(std::size_t first, std::size_t last) {
     return anything;
 }
 
-bool LazyColumn::measure(std::size_t index) {
-    QWidget* widget = m_rows[index].widget;
-    const int height =
-        widget->hasHeightForWidth() ? widget->heightForWidth(m_width) : widget->sizeHint().height();
-    m_rows[index].isMeasured = true;
-    const bool differs = height != m_heights.height(index);
-    m_heights.setHeight(index, height);
-    return differs;
-}
-
 /// Destroys the widgets outside of a zone that nobody needs.
 void LazyColumn::release(int from, int to) {
+    const QWidget* focus = QApplication::focusWidget();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        Row& row = m_rows[i];
-        if (!row.widget || (m_heights.bottom(i) > from && m_heights.top(i) < to))
+        QWidget*& widget = m_rows[i].widget;
+        if (!widget || (bottom(i) > from && top(i) < to))
             continue;
-        const QWidget* focus = QApplication::focusWidget();
-        const bool hasFocus = focus && (focus == row.widget || row.widget->isAncestorOf(focus));
-        if (hasFocus || m_source.isInUse(row.widget))
-            continue;
-        destroy(row.widget);
-        row.widget = nullptr;
+        const bool hasFocus = focus && (focus == widget || widget->isAncestorOf(focus));
+        if (!hasFocus && !m_source.isInUse(widget))
+            discard(std::exchange(widget, nullptr));
     }
 }
 
-void LazyColumn::place() {
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        if (QWidget* widget = m_rows[i].widget) {
-            widget->setGeometry(rowRect(static_cast<qsizetype>(i)));
-            if (widget->isHidden())
-                widget->show();
-        }
-    }
-    m_bar->setGeometry(width() - m_bar->sizeHint().width(), 0, m_bar->sizeHint().width(), height());
-    m_bar->raise();
-    const QSignalBlocker blocker(m_bar);
-    m_bar->setRange(0, maximumScroll());
-    m_bar->setPageStep(height());
-    m_bar->setSingleStep(40);
-    if (!m_bar->isSliderDown())
-        m_bar->setValue(m_scroll);
-}
-
-/// What stays where it is at the next layout: the first visible row whose height is no guess.
-void LazyColumn::noteAnchor() {
+void LazyColumn::offsetChanged() {
     m_anchor = {};
-    std::size_t first = m_heights.firstBelow(m_scroll);
-    if (first >= m_rows.size())
+    std::size_t row = firstBelow(offset());
+    if (row >= m_rows.size())
         return;
-    for (std::size_t i = first; i < m_rows.size() && m_heights.top(i) < m_scroll + height(); ++i) {
+    for (std::size_t i = row; i < m_rows.size() && top(i) < offset() + height(); ++i) {
         if (m_rows[i].isMeasured) {
-            first = i;
+            row = i;
             break;
         }
     }
-    m_anchor = {m_rows[first].key, m_heights.top(first) - m_scroll};
-}
-
-void LazyColumn::restoreAnchor() {
-    if (const auto index = indexOf(m_anchor.key))
-        m_scroll = m_heights.top(*index) - m_anchor.offset;
-    m_scroll = std::clamp(m_scroll, 0, maximumScroll());
+    m_anchor = m_rows[row].key;
+    m_anchorRow = row;
+    m_anchorY = top(row) - offset();
 }
 
 /// The Tab key goes through the rows from top to bottom, in whatever order they were made.
@@ -287,11 +225,12 @@ void LazyColumn::orderTabs() {
     }
 }
 
-void LazyColumn::resizeEvent(QResizeEvent* event) {
+void LazyColumn::resizeEvent(QResizeEvent*) {
+    const bool wasAtEnd = offset() > 0 && isAtEnd();
     m_hasSize = true;
-    const int before = std::max(0, m_heights.total() - event->oldSize().height());
-    const bool wasAtBottom = before > 0 && m_scroll >= before;
-    layOut(wasAtBottom ? Hold::Bottom : Hold::Anchor);
+    layOut();
+    if (wasAtEnd)
+        scrollToEnd(false);
 }
 
 } // namespace platform

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Scrolling/LazyColumnAccessible.h"
-
+// A LazyColumn as assistive technology meets it.
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 
 #include <QAccessibleWidget>
@@ -115,7 +114,7 @@ private:
 
 } // namespace
 
-QAccessibleInterface* makeLazyColumnAccessible(const QString& className, QObject* object) {
+QAccessibleInterface* LazyColumn::makeAccessible(const QString& className, QObject* object) {
     if (auto* column = qobject_cast<LazyColumn*>(object))
         return new Column(column);
     // Asked for each class of an object, the most derived first: a widget of a class that has an

@@ -1,145 +1,101 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 
-#include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Look/Painting.h"
 
-#include <QMouseEvent>
+#include <QCommonStyle>
 #include <QPainter>
-
-#include <algorithm>
+#include <QStyleOptionSlider>
+#include <QTimerEvent>
+#include <QWheelEvent>
 
 namespace platform {
 namespace {
 
-constexpr int trackWidth = 12;
+constexpr int trackWidth = 12; // what the pointer meets
+constexpr int minimumThumb = 32;
 constexpr int thinThumb = 5;
-constexpr int wideThumb = 8;
-constexpr int edge = 2;
-constexpr int shortestThumb = 28;
-constexpr int shownFor = 900; // milliseconds
+constexpr int wideThumb = 8;   // under the pointer
+constexpr int edge = 2;        // between the thumb and the edges
+constexpr int shownFor = 1200; // milliseconds
+
+/// The sizes of a bar that is nothing but its thumb, whatever the desktop's style.
+class BarStyle final : public QCommonStyle {
+public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        if (metric == PM_ScrollBarExtent)
+            return trackWidth;
+        if (metric == PM_ScrollBarSliderMin)
+            return minimumThumb + 2 * edge;
+        return QCommonStyle::pixelMetric(metric, option, widget);
+    }
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override {
+        if (hint == SH_ScrollBar_Transient) // without buttons at its ends
+            return 1;
+        return QCommonStyle::styleHint(hint, option, widget, data);
+    }
+};
 
 } // namespace
 
 OverlayScrollBar::OverlayScrollBar(const Theme& theme, QWidget* parent)
-    : QAbstractSlider(parent)
+    : QScrollBar(Qt::Vertical, parent)
     , m_theme(theme) {
-    setRange(0, 0); // nothing to scroll until the owner says otherwise
-    setOrientation(Qt::Vertical);
-    setFocusPolicy(Qt::NoFocus);
+    auto* style = new BarStyle;
+    style->setParent(this);
+    setStyle(style);
+    setRange(0, 0); // until the owner says otherwise
+    setAttribute(Qt::WA_OpaquePaintEvent, false);
     setCursor(Qt::ArrowCursor);
-    setAttribute(Qt::WA_NoMousePropagation);
-    observe(this, [this] {
-        m_theme.color(ColorRole::ScrollThumb);
-        update();
-    });
-}
-
-QSize OverlayScrollBar::sizeHint() const {
-    return {trackWidth, 100};
-}
-
-void OverlayScrollBar::addAccessibleState(QAccessible::State& state) const {
-    if (thumb().isEmpty())
-        state.invisible = true;
+    setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
 QRect OverlayScrollBar::thumb() const {
-    const int range = maximum() - minimum();
-    if (range <= 0)
-        return {};
-    const int track = height() - 2 * edge;
-    const qint64 whole = qint64(range) + pageStep();
-    const int length = std::min(
-        track, std::max(shortestThumb, static_cast<int>(qint64(track) * pageStep() / whole)));
-    const int top =
-        edge + static_cast<int>(qint64(track - length) * (sliderPosition() - minimum()) / range);
-    const int width = m_isHovered || isSliderDown() ? wideThumb : thinThumb;
-    return {this->width() - width - edge, top, width, length};
-}
-
-int OverlayScrollBar::travel() const {
-    return std::max(1, height() - 2 * edge - thumb().height());
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    const QRect slider =
+        style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+    const int breadth = underMouse() || isSliderDown() ? wideThumb : thinThumb;
+    return QStyle::visualRect(
+        layoutDirection(), rect(),
+        {width() - breadth - edge, slider.top() + edge, breadth, slider.height() - 2 * edge});
 }
 
 void OverlayScrollBar::flash() {
-    if (maximum() <= minimum())
-        return;
-    if (!m_isShown) {
-        m_isShown = true;
-        update();
-    }
-    m_hide.start(shownFor, this);
+    m_shown.start(shownFor, this);
+    update();
 }
 
 void OverlayScrollBar::timerEvent(QTimerEvent* event) {
-    if (event->timerId() != m_hide.timerId()) {
-        QAbstractSlider::timerEvent(event);
-        return;
-    }
-    if (m_isHovered || isSliderDown())
-        return; // and ask again later
-    m_hide.stop();
-    m_isShown = false;
-    update();
-}
-
-void OverlayScrollBar::sliderChange(SliderChange change) {
-    QAbstractSlider::sliderChange(change);
-    update();
-}
-
-void OverlayScrollBar::paintEvent(QPaintEvent*) {
-    if (!m_isShown)
-        return;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(m_theme.color(ColorRole::ScrollThumb));
-    const QRectF rect = thumb();
-    painter.drawRoundedRect(rect, rect.width() / 2, rect.width() / 2);
-}
-
-void OverlayScrollBar::enterEvent(QEnterEvent*) {
-    m_isHovered = true;
-    flash();
-    update();
-}
-
-void OverlayScrollBar::leaveEvent(QEvent*) {
-    m_isHovered = false;
-    update();
-}
-
-void OverlayScrollBar::mousePressEvent(QMouseEvent* event) {
-    const QRect rect = thumb();
-    if (event->button() != Qt::LeftButton || rect.isEmpty())
-        return;
-    const int y = event->pos().y();
-    if (y < rect.top()) {
-        triggerAction(SliderPageStepSub);
-    } else if (y > rect.bottom()) {
-        triggerAction(SliderPageStepAdd);
-    } else {
-        m_grip = y - rect.top();
-        setSliderDown(true);
+    if (event->timerId() != m_shown.timerId()) {
+        QScrollBar::timerEvent(event);
+    } else if (!underMouse() && !isSliderDown()) { // else asks again later
+        m_shown.stop();
         update();
     }
 }
 
-void OverlayScrollBar::mouseMoveEvent(QMouseEvent* event) {
-    if (!isSliderDown())
+void OverlayScrollBar::sliderChange(SliderChange change) {
+    QScrollBar::sliderChange(change);
+    if (change == SliderRangeChange)
+        setVisible(maximum() > minimum());
+}
+
+void OverlayScrollBar::paintEvent(QPaintEvent*) {
+    if (!m_shown.isActive())
         return;
-    const qint64 range = maximum() - minimum();
-    const int top = std::clamp(event->pos().y() - m_grip - edge, 0, travel());
-    setSliderPosition(minimum() + static_cast<int>(range * top / travel()));
+    QPainter painter(this);
+    fillRounded(painter, thumb(), wideThumb, m_theme.color(ColorRole::ScrollThumb));
 }
 
-void OverlayScrollBar::mouseReleaseEvent(QMouseEvent*) {
-    setSliderDown(false);
-    update();
+void OverlayScrollBar::enterEvent(QEnterEvent* event) {
+    QScrollBar::enterEvent(event);
+    flash();
 }
 
-/// The column under the bar scrolls.
+/// The area under the bar scrolls.
 void OverlayScrollBar::wheelEvent(QWheelEvent* event) {
     event->ignore();
 }

@@ -2,7 +2,7 @@
 #include "Platform/Widgets/Text/TextView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Scrolling/LazyColumn.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Platform/Widgets/Text/TextViewAccessible.h"
 
 #include <QClipboard>
@@ -219,13 +219,8 @@ void TextView::setFocusedLink(TextSpan link) {
     updateSpan(m_focusedLink);
     if (link.isEmpty())
         return;
-    const QRect place = m_flow.characterRect(link.start).toAlignedRect();
-    for (QWidget* outer = parentWidget(); outer; outer = outer->parentWidget()) {
-        if (auto* column = qobject_cast<LazyColumn*>(outer)) {
-            column->reveal(this, place);
-            break;
-        }
-    }
+    if (auto* area = ScrollArea::around(this))
+        area->reveal(this, m_flow.characterRect(link.start).toAlignedRect());
 }
 
 bool TextView::focusNextPrevChild(bool next) {
@@ -296,8 +291,23 @@ void TextView::mouseMoveEvent(QMouseEvent* event) {
     if (!m_pressedLink.isEmpty() && (event->pos() - m_pressed).manhattanLength() < distance)
         return; // still a click
     m_pressedLink = {};
+    m_pointer = event->globalPosition().toPoint();
     extendSelection(m_flow.positionAt(event->position()));
-    event->ignore(); // a parent scrolls while a selection is drawn beyond its edge
+    if (!m_following.isActive())
+        m_following.start(16, this); // about a frame
+}
+
+/// A selection that is drawn beyond an end of the area around goes on while the area scrolls.
+void TextView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_following.timerId()) {
+        QWidget::timerEvent(event);
+        return;
+    }
+    auto* area = ScrollArea::around(this);
+    if (!m_isSelecting || !area || !area->scrollTowards(m_pointer))
+        m_following.stop();
+    else
+        extendSelection(m_flow.positionAt(mapFromGlobal(QPointF(m_pointer))));
 }
 
 void TextView::mouseReleaseEvent(QMouseEvent* event) {

@@ -8,6 +8,7 @@
 #include "Platform/Widgets/Text/TextLinks.h"
 #include "Platform/Widgets/Text/TextSelection.h"
 
+#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QUrl>
 #include <QWidget>
@@ -82,6 +83,7 @@ protected:
     void leaveEvent(QEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -109,6 +111,8 @@ private:
 
     TextSelection m_selection;
     bool m_isSelecting = false;
+    QBasicTimer m_following; // a selection into what scrolls into view
+    QPoint m_pointer;        // on the screen
     QElapsedTimer m_sinceDoubleClick;
     QPoint m_pressed;
     TextSpan m_pressedLink;

@@ -265,15 +265,15 @@ void ChatListTests::messagesAreTwelvePixelsApart() {
 
 void ChatListTests::onlyRowsNearTheVisibleAreaAreBuilt() {
     openWith(3000);
-    QVERIFY(m->column()->builtCount() < 30);
+    QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 30);
     QVERIFY(bubble(0));
     QVERIFY(!bubble(2999));
     // All of them are there for assistive technology.
     auto* list = screen().find(u"Conversation"_s, QAccessible::List);
     QCOMPARE(list->childCount(), 3000);
     QVERIFY(list->child(2999)->text(QAccessible::Name).startsWith(u"Tellwick: Message 2999"_s));
-    m->column()->setScrollPosition(m->column()->maximumScroll());
-    QVERIFY(m->column()->builtCount() < 60);
+    m->column()->setOffset(m->column()->maximum());
+    QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 60);
     QVERIFY(bubble(2999));
 }
 
@@ -282,9 +282,9 @@ void ChatListTests::nothingScrollsWhenTheScreenIsFirstShown() {
     openWith(40);
     m->flush();
     QCoreApplication::processEvents();
-    QCOMPARE(m->column()->scrollPosition(), 0);
-    QVERIFY(m->column()->maximumScroll() > 0);
-    QVERIFY(!m->column()->isScrollAnimated());
+    QCOMPARE(m->column()->offset(), 0);
+    QVERIFY(m->column()->maximum() > 0);
+    QVERIFY(!m->column()->isScrollingToEnd());
 }
 
 void ChatListTests::aNewMessageScrollsToTheEndAnimated() {
@@ -294,11 +294,11 @@ void ChatListTests::aNewMessageScrollsToTheEndAnimated() {
     QElapsedTimer clock;
     clock.start();
     m->flush();
-    QVERIFY(m->column()->isScrollAnimated());
-    QVERIFY(!m->column()->isAtBottom());
-    QTRY_VERIFY(!m->column()->isScrollAnimated());
+    QVERIFY(m->column()->isScrollingToEnd());
+    QVERIFY(!m->column()->isAtEnd());
+    QTRY_VERIFY(!m->column()->isScrollingToEnd());
     QVERIFY(clock.elapsed() >= 180);
-    QVERIFY(m->column()->isAtBottom());
+    QVERIFY(m->column()->isAtEnd());
     QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
 }
 
@@ -306,17 +306,17 @@ void ChatListTests::aGrowingReplyScrollsToTheEndAtOnce() {
     openWith(12);
     auto& turn = m->conversation.ask(u"One more"_s);
     m->flush();
-    QVERIFY(m->column()->isAtBottom());
+    QVERIFY(m->column()->isAtEnd());
     m->desktop.theme.motion().setEnabled(true);
-    m->column()->setScrollPosition(0);
+    m->column()->setOffset(0);
     QString reply;
     for (int i = 0; i < 5; ++i) {
         reply += lines(20);
         turn.say(reply);
         QVERIFY(m->conversation.waitForReply(reply));
         m->flush();
-        QVERIFY(!m->column()->isScrollAnimated());
-        QVERIFY(m->column()->isAtBottom());
+        QVERIFY(!m->column()->isScrollingToEnd());
+        QVERIFY(m->column()->isAtEnd());
         QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
     }
 }
@@ -326,12 +326,12 @@ void ChatListTests::aReplyThatGrowsDuringTheAnimationEndsUpInView() {
     openWith(12);
     auto& turn = m->conversation.ask(u"One more"_s);
     m->flush();
-    QVERIFY(m->column()->isScrollAnimated());
+    QVERIFY(m->column()->isScrollingToEnd());
     turn.say(lines(100));
     QVERIFY(m->conversation.waitForReply(lines(100)));
     m->flush();
-    QTRY_VERIFY(!m->column()->isScrollAnimated());
-    QVERIFY(m->column()->isAtBottom());
+    QTRY_VERIFY(!m->column()->isScrollingToEnd());
+    QVERIFY(m->column()->isAtEnd());
     QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
 }
 
@@ -341,11 +341,11 @@ void ChatListTests::aShorterTextScrollsToTheEnd() {
     turn.say(lines(100));
     QVERIFY(m->conversation.waitForReply(lines(100)));
     m->flush();
-    m->column()->setScrollPosition(0);
+    m->column()->setOffset(0);
     turn.fail();
     QVERIFY(m->conversation.settle());
     m->flush();
-    QVERIFY(m->column()->isAtBottom());
+    QVERIFY(m->column()->isAtEnd());
     QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
 }
 
@@ -355,12 +355,12 @@ void ChatListTests::aChangeOfAnOlderMessageScrollsNothing() {
         [](auto& list) { list[0].content = platform::TextSnapshot(u"Another beginning"); });
     m->flush();
     QCOMPARE(m->bubbles().first(), u"You: Another beginning"_s);
-    QCOMPARE(m->column()->scrollPosition(), 0);
+    QCOMPARE(m->column()->offset(), 0);
 }
 
 void ChatListTests::aNewChatAfterALongOneStartsAtTheTop() {
     openWith(40);
-    m->column()->setScrollPosition(m->column()->maximumScroll());
+    m->column()->setOffset(m->column()->maximum());
     QVERIFY(screen().click(u"New Chat"_s));
     m->flush();
     QVERIFY(screen().shows(tellwick::AppConfig::tagline()));
@@ -382,7 +382,7 @@ void ChatListTests::aSelectionSurvivesTheGrowthOfTheReply() {
     turn.say(grown);
     QVERIFY(m->conversation.waitForReply(grown));
     m->flush();
-    QVERIFY(m->column()->isAtBottom());
+    QVERIFY(m->column()->isAtEnd());
     text = bubble(1)->findChild<platform::TextView*>();
     QCOMPARE(text->selectedText(), u"reply"_s);
 }

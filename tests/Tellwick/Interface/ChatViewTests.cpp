@@ -6,7 +6,7 @@
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Platform/Widgets/Scrolling/HorizontalStrip.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Tellwick/Interface/GreetingBubble.h"
 #include "Tellwick/Interface/ModeBar.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
@@ -95,7 +95,7 @@ private Q_SLOTS:
                                     ColorRole::TertiaryLabel));
         QCOMPARE(m->placeOf(model).top(), m->placeOf(greeting).bottom() + 1 + 12);
 
-        auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+        auto* strip = screen().widget<platform::ScrollArea>(u"Writing modes"_s);
         QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
         QList<QRect> chips;
         for (const auto& mode : AppConfig::writingModes())
@@ -110,7 +110,7 @@ private Q_SLOTS:
         auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
         QTRY_COMPARE(greeting->width(), 700 - 2 * (16 + 24));
         QVERIFY(std::abs(middle(m->placeOf(greeting)) - 1399) <= 1);
-        auto* strip = m->view->findChild<platform::HorizontalStrip*>();
+        auto* strip = screen().widget<platform::ScrollArea>(u"Writing modes"_s);
         QCOMPARE(strip->width(), 700 - 2 * 16);
         QVERIFY(std::abs(middle(m->placeOf(strip)) - 1399) <= 1);
     }

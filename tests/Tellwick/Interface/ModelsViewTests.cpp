@@ -350,7 +350,7 @@ private Q_SLOTS:
         m->conversation.server.holdsListings = true;
         QVERIFY(m->open());
         QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
-        delete m->window->findChild<platform::ScrollView*>();
+        delete m->window->findChild<platform::ScrollArea*>();
         m->conversation.server.answerListing({u"one"_s});
         m->conversation.server.answerListing({u"one"_s, u"two"_s});
         QTRY_COMPARE(m->manager().ollamaBackends.value().size(), 2);

@@ -3,7 +3,7 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Scrolling/ScrollView.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Tellwick/Interface/ModelRow.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
@@ -13,13 +13,13 @@ namespace tests {
 
 /// The screen over a real catalogue whose server says what the test tells it to.
 struct ModelsWindow : TestWindow {
-    ~ModelsWindow() { delete window->findChild<platform::ScrollView*>(); }
+    ~ModelsWindow() { delete window->findChild<platform::ScrollArea*>(); }
 
     /// Starts the catalogue, whose first refresh begins by itself, and shows the screen.
     bool open() {
         conversation.start();
         view = new tellwick::ModelsView(environment, manager());
-        auto* scroll = new platform::ScrollView(desktop.theme, window.get());
+        auto* scroll = new platform::ScrollArea(desktop.theme, window.get());
         scroll->setContent(view);
         fit();
         return show();
@@ -47,7 +47,7 @@ struct ModelsWindow : TestWindow {
     }
     /// Makes the screen as high as its content, as a popover does.
     void fit() const {
-        auto* scroll = window->findChild<platform::ScrollView*>();
+        auto* scroll = window->findChild<platform::ScrollArea*>();
         scroll->setGeometry(
             0, 0, tellwick::ModelsView::width,
             std::min(window->height(), scroll->heightForWidth(tellwick::ModelsView::width)));

@@ -2,7 +2,7 @@
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/Panel.h"
-#include "Platform/Widgets/Scrolling/ScrollView.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
@@ -271,7 +271,7 @@ private Q_SLOTS:
         QVERIFY(m->host->rect().contains(bodyInHost(panel)));
         if (kind == Kind::Alert)
             return;
-        auto* scroll = panel->findChild<platform::ScrollView*>();
+        auto* scroll = panel->findChild<platform::ScrollArea*>();
         QVERIFY(scroll->maximum() > 1000);
         m->second->setFocus(Qt::TabFocusReason);
         const auto top = m->second->mapTo(scroll, QPoint(0, 0)).y();
@@ -285,7 +285,7 @@ private Q_SLOTS:
                           ? m->host->present(Panel::alert(m->theme, u"Unavailable"_s,
                                                           u"why\n"_s.repeated(300), u"OK"_s))
                           : m->present(kind, 3000);
-        auto* scroll = panel->findChild<platform::ScrollView*>();
+        auto* scroll = panel->findChild<platform::ScrollArea*>();
         for (auto* from : {static_cast<QWidget*>(panel), focus()}) { // the panel and what is in it
             from->setFocus();
             press(Qt::Key_PageDown);
@@ -322,7 +322,7 @@ private Q_SLOTS:
         m->first->parentWidget()->layout()->addWidget(
             new Button(m->theme, Button::Look::Default, u"Third"_s));
         QTRY_VERIFY(bodyInHost(popover).height() > body.height() + 10);
-        QCOMPARE(popover->findChild<platform::ScrollView*>()->maximum(), 0);
+        QCOMPARE(popover->findChild<platform::ScrollArea*>()->maximum(), 0);
     }
 
     void theWindowIsDimmedUnderSheetAndAlertAndNotUnderAPopover_data() { addKinds(); }
