@@ -79,7 +79,7 @@ private:
     int m_width = -1;                // of a row, that the heights belong to
     QUuid m_anchor;
     std::size_t m_anchorRow = 0; // when it was noted
-    int m_anchorY = 0; // where the anchor's top is, below the upper edge
+    int m_anchorY = 0;           // where the anchor's top is, below the upper edge
     bool m_isLayingOut = false;
     bool m_hasSize = false; // nothing is built for a size that is still to come
 };

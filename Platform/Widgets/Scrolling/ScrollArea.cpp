@@ -13,10 +13,8 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <cmath>
+#include <cstdlib>
 #include <utility>
-
-using namespace std::chrono_literals;
 
 namespace platform {
 namespace {
@@ -24,30 +22,22 @@ namespace {
 constexpr qreal linePoints = 20; // a line of text and the space to the next
 constexpr int notch = 120;       // eighths of a degree
 constexpr int margin = 24;       // around what is brought into view
-constexpr auto stepLength = 120ms;
-constexpr auto endLength = 200ms;
-
-constexpr auto runOutLength = 950ms;
-/// A glide begins at three times its mean speed.
-constexpr qreal runOutTime = runOutLength.count() / 3.0;
 
 } // namespace
 
 ScrollArea::ScrollArea(const Theme& theme, QWidget* parent, Qt::Orientation orientation)
     : QWidget(parent)
     , m_theme(theme)
-    , m_orientation(orientation) {
+    , m_orientation(orientation)
+    , m_motion(
+          theme.motion(), [this](qreal distance) { scrollBy(distance); },
+          [this] { return maximum() - m_offset; }, this) {
     if (isVertical()) {
         m_bar = new OverlayScrollBar(theme, this);
         connect(m_bar, &QAbstractSlider::valueChanged, this, &ScrollArea::setOffset);
     } else {
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
-    m_glide.setStartValue(0.0);
-    m_glide.setEndValue(1.0);
-    m_glide.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&m_glide, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant& value) { advance(value.toReal()); });
     // A mouse draws selections in a vertical area, and drags a horizontal one.
     QScroller::grabGesture(this, isVertical() ? QScroller::TouchGesture
                                               : QScroller::LeftMouseButtonGesture);
@@ -185,7 +175,7 @@ void ScrollArea::scrollBy(qreal distance) {
         m_bar->flash();
     if ((distance < 0 && m_offset == 0) || (distance > 0 && m_offset == maximum())) {
         m_fraction = 0;
-        m_left = 0;
+        m_motion.halt();
     }
 }
 
@@ -193,8 +183,7 @@ void ScrollArea::scrollToEnd(bool animated) {
     stopMotion();
     if (animated && isVisible() && m_theme.motion().isEnabled()) {
         layOut();
-        m_glidesToEnd = true;
-        glide(maximum() - m_offset, endLength);
+        m_motion.goToEnd();
         return;
     }
     do // the end may turn out to be elsewhere when it comes into view
@@ -202,44 +191,8 @@ void ScrollArea::scrollToEnd(bool animated) {
     while (m_offset < maximum());
 }
 
-bool ScrollArea::isScrollingToEnd() const {
-    return m_glidesToEnd && m_glide.state() == QVariantAnimation::Running;
-}
-
-/// A notch or a key: adds to what the last one has still to go.
-void ScrollArea::step(qreal distance) {
-    const bool goesOn = m_glide.state() == QVariantAnimation::Running && m_left * distance > 0;
-    const qreal left = goesOn ? m_left : 0;
-    stopMotion();
-    glide(left + distance, stepLength);
-}
-
-void ScrollArea::glide(qreal distance, std::chrono::milliseconds length) {
-    m_left = distance;
-    m_progress = 0;
-    const auto duration = static_cast<int>(m_theme.motion().duration(length).count());
-    m_glide.setDuration(duration);
-    if (duration > 0)
-        m_glide.start();
-    else
-        advance(1);
-}
-
-/// Goes by a distance and not to a place: what lies above may become longer meanwhile.
-void ScrollArea::advance(qreal progress) {
-    if (m_glidesToEnd)
-        m_left = maximum() - m_offset;
-    const qreal share = m_progress < 1 ? (progress - m_progress) / (1 - m_progress) : 0;
-    const qreal distance = m_left * share;
-    m_progress = progress;
-    m_left -= distance;
-    scrollBy(distance);
-}
-
 void ScrollArea::stopMotion() {
-    m_glide.stop();
-    m_glidesToEnd = false;
-    m_fingers.clear();
+    m_motion.halt();
     if (QScroller::scroller(this)->state() == QScroller::Scrolling)
         QScroller::scroller(this)->stop();
 }
@@ -272,6 +225,10 @@ int ScrollArea::lineStep() const {
     return qRound(m_theme.scaled(linePoints));
 }
 
+int ScrollArea::notchStep() const {
+    return std::min(QApplication::wheelScrollLines() * lineStep(), pageStep());
+}
+
 int ScrollArea::pageStep() const {
     return std::max(lineStep(), length() - 2 * lineStep());
 }
@@ -287,32 +244,33 @@ qreal ScrollArea::wheelDistance(const QPoint& delta, Qt::KeyboardModifiers modif
 }
 
 void ScrollArea::wheelEvent(QWheelEvent* event) {
-    if (event->phase() == Qt::ScrollEnd && m_fingers.isKnown()) {
-        const qreal speed = m_fingers.leave(event->timestamp());
-        if (speed != 0 && m_theme.motion().isEnabled())
-            glide(speed * runOutTime, runOutLength);
-        return;
-    }
+    const Qt::ScrollPhase phase = event->phase();
     // Without a phase (on X11) pixels are what each driver makes of them, and no measure.
-    const bool isTouchpad = event->phase() != Qt::NoScrollPhase && event->hasPixelDelta();
+    const bool isTouchpad = phase != Qt::NoScrollPhase && event->hasPixelDelta();
     const qreal delta =
         wheelDistance(isTouchpad ? event->pixelDelta() : event->angleDelta(), event->modifiers());
-    if (maximum() == 0 || delta == 0) {
+    if (maximum() == 0) {
         event->ignore();
-        return;
+    } else if (phase == Qt::ScrollBegin) {
+        stopMotion(); // and accepted: the rest of the movement comes here
+    } else if (phase == Qt::ScrollEnd && m_motion.fingersLeft(event->timestamp())) {
+        event->accept();
+    } else if (delta == 0) {
+        ScrollArea* outer = phase == Qt::NoScrollPhase ? nullptr : around(this);
+        if (outer)
+            QCoreApplication::sendEvent(outer, event);
+        else
+            event->ignore();
+    } else if (!isTouchpad && std::abs(delta) >= notch) {
+        m_motion.step(delta / notch * notchStep());
+    } else { // touchpads and fine wheels are smooth by themselves
+        const qreal distance = isTouchpad ? delta : delta / notch * notchStep();
+        if (isTouchpad && phase != Qt::ScrollMomentum)
+            m_motion.fingersMoved(distance, event->timestamp());
+        else
+            m_motion.halt();
+        scrollBy(distance);
     }
-    const int lines = QApplication::wheelScrollLines() * lineStep();
-    const qreal distance = isTouchpad ? delta : delta / notch * std::min(lines, pageStep());
-    if (!isTouchpad && std::abs(delta) >= notch) {
-        step(distance);
-        return;
-    }
-    // Touchpads and fine wheels are smooth by themselves.
-    m_glide.stop();
-    m_glidesToEnd = false;
-    if (isTouchpad && event->phase() != Qt::ScrollMomentum)
-        m_fingers.moved(distance, event->timestamp());
-    scrollBy(distance);
 }
 
 // Keyboard
@@ -328,13 +286,13 @@ void ScrollArea::keyPressEvent(QKeyEvent* event) {
     if (maximum() == 0)
         event->ignore();
     else if ((key == back || key == on) && isWith({}))
-        step((key == on ? 2 : -2) * lineStep());
+        m_motion.step((key == on ? 2 : -2) * lineStep());
     else if (!isVertical())
         event->ignore();
     else if ((key == Qt::Key_PageUp || key == Qt::Key_PageDown) && isWith({}))
-        step(key == Qt::Key_PageDown ? pageStep() : -pageStep());
+        m_motion.step(key == Qt::Key_PageDown ? pageStep() : -pageStep());
     else if (key == Qt::Key_Space && isWith(Qt::ShiftModifier))
-        step(modifiers ? -pageStep() : pageStep());
+        m_motion.step(modifiers ? -pageStep() : pageStep());
     else if (key == Qt::Key_Home && isWith(Qt::ControlModifier))
         setOffset(0);
     else if (key == Qt::Key_End && isWith(Qt::ControlModifier))
@@ -381,8 +339,7 @@ bool ScrollArea::event(QEvent* event) {
 void ScrollArea::prepareTouch(QScrollPrepareEvent& event) {
     const qreal whole = maximum();
     event.setAccepted(whole > 0); // else an area around may scroll
-    m_glide.stop();
-    m_glidesToEnd = false;
+    m_motion.halt();
     m_touched = isMirrored() ? whole - m_offset : m_offset;
     const auto place = [this](qreal at) { return isVertical() ? QPointF(0, at) : QPointF(at, 0); };
     event.setViewportSize(size());

@@ -2,12 +2,9 @@
 #pragma once
 
 #include "Platform/Widgets/Look/Theme.h"
-#include "Platform/Widgets/Scrolling/FingerSpeed.h"
+#include "Platform/Widgets/Scrolling/ScrollMotion.h"
 
-#include <QVariantAnimation>
 #include <QWidget>
-
-#include <chrono>
 
 class QScrollPrepareEvent;
 
@@ -54,7 +51,7 @@ public:
     /// moving end of a content that grows meanwhile is followed.
     void scrollToEnd(bool animated);
     /// Whether an animated scrollToEnd() is under way.
-    bool isScrollingToEnd() const;
+    bool isScrollingToEnd() const { return m_motion.isGoingToEnd(); }
 
     /// Brings a part of a widget inside into view, as little as is needed.
     void reveal(const QWidget* inside, const QRect& part);
@@ -100,12 +97,10 @@ private:
     QRect mirrored(const QRect& rect) const;
     qreal wheelDistance(const QPoint& delta, Qt::KeyboardModifiers modifiers) const;
     int lineStep() const;
+    int notchStep() const;
     int pageStep() const;
     void moveTo(int offset);
     void scrollBy(qreal distance);
-    void step(qreal distance);
-    void glide(qreal distance, std::chrono::milliseconds length);
-    void advance(qreal progress);
     void stopMotion();
     void prepareTouch(QScrollPrepareEvent& event);
 
@@ -116,12 +111,7 @@ private:
     int m_offset = 0;
     int m_laidOut = 0;    // the maximum then
     qreal m_fraction = 0; // of a pixel that was moved beyond m_offset
-
-    QVariantAnimation m_glide{this};
-    qreal m_progress = 0; // of the glide
-    qreal m_left = 0;     // of its distance
-    bool m_glidesToEnd = false;
-    FingerSpeed m_fingers;
+    ScrollMotion m_motion;
     qreal m_touched = 0; // where a touch, or its run-out, has the content
     bool m_showsFocusRing = false;
 };

@@ -204,6 +204,20 @@ private Q_SLOTS:
         QCOMPARE(isUsed, expected != 100);
     }
 
+    void aTouchpadsMovementAcrossAStripScrollsTheAreaAround() {
+        Strip f;
+        Column around;
+        auto* content = new Box(1000);
+        around.area->setContent(content);
+        f.area->setParent(content);
+        QVERIFY(f.wheel({}, {}, Qt::ScrollBegin));
+        f.wheel({0, -30}, {0, -30}, Qt::ScrollUpdate);
+        f.wheel({-20, 0}, {-20, 0}, Qt::ScrollUpdate);
+        QCOMPARE(around.area->offset(), 30);
+        QCOMPARE(f.area->offset(), 20);
+        f.area->setParent(&f.window);
+    }
+
     void aStripTakesTheArrowsAlongIt() {
         for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
             const Strip f(direction);
