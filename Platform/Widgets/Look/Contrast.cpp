@@ -32,8 +32,8 @@ double contrastRatio(const QColor& one, const QColor& other) {
     return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
 }
 
-QColor composed(const QColor& top, const QColor& ground) {
-    return mixed(ground, QColor(top.rgb()), top.alphaF());
+QColor composed(const QColor& top, const QColor& background) {
+    return mixed(background, QColor(top.rgb()), top.alphaF());
 }
 
 QColor withOpacity(QColor color, double opacity) {
@@ -41,12 +41,12 @@ QColor withOpacity(QColor color, double opacity) {
     return color;
 }
 
-QColor adjustedForContrast(const QColor& color, const QColor& ground, const QColor& towards,
+QColor adjustedForContrast(const QColor& color, const QColor& background, const QColor& towards,
                            double ratio) {
     constexpr int steps = 64;
     for (int step = 0; step < steps; ++step) {
         const auto candidate = mixed(color, towards, static_cast<double>(step) / steps);
-        if (contrastRatio(candidate, ground) >= ratio)
+        if (contrastRatio(candidate, background) >= ratio)
             return candidate;
     }
     return towards;

@@ -130,8 +130,8 @@ Theme::Palette Theme::palette(bool dark, const QColor& accent) {
     };
     const QColor secondary(base.secondary);
 
-    // White stands on the accent as a ground; the accent as text stands on every ground and on its
-    // own tint over it, so it is made for the surface that contrasts least.
+    // White stands on the accent as a background; the accent as text stands on every background and
+    // on its own tint over it, so it is made for the surface with the minimum of contrast.
     const QColor extreme = dark ? Qt::white : Qt::black;
     const auto fill = adjustedForContrast(accent, Qt::white, Qt::black, readable);
     const QColor hardest = dark ? QColor(base.card) : QColor(base.popover);

@@ -16,23 +16,23 @@ namespace platform {
 /// What a colour is for. Widgets name a role; the theme knows the colour.
 enum class ColorRole {
     // Text and symbols.
-    Accent,         ///< links' and chips' text, selected marks: readable on every ground
+    Accent,         ///< links' and chips' text, selected marks: readable on every background
     Label,          ///< primary text
     SecondaryLabel, ///< subtitles, details, placeholders
-    TertiaryLabel,  ///< the quietest text; on the window's ground only
+    TertiaryLabel,  ///< the quietest text; on the window's background only
     Red,
     Orange,
     Link,
-    // Grounds: opaque.
+    // Backgrounds: opaque.
     Window,
     Popover, ///< popovers and menus
     Sheet,   ///< sheets and alerts
     Card,    ///< the rows of an inset list
     Header,  ///< the window's header bar
-    // The accent as a ground, dark enough for white text, and what stands on it.
+    // The accent as a background, dark enough for white text, and what stands on it.
     AccentFill,
     OnAccent,
-    // Fills over a ground: translucent, but for the user's bubble.
+    // Fills over a background: translucent, but for the user's bubble.
     UserBubble,
     AssistantBubble, ///< secondary at 0.15
     GreetingBubble,  ///< secondary at 0.12

@@ -12,11 +12,11 @@ using platform::TextStyle;
 
 namespace {
 
-/// A text role and the grounds, bottom up, on which the interface puts it.
+/// A text role and the backgrounds, bottom up, on which the interface puts it.
 struct Standing {
     const char* name;
     ColorRole text;
-    std::vector<ColorRole> grounds;
+    std::vector<ColorRole> backgrounds;
 };
 
 const std::vector<Standing>& standings() {
@@ -62,7 +62,7 @@ const std::vector<Standing>& standings() {
     return all;
 }
 
-QColor ground(const platform::Theme& theme, const std::vector<ColorRole>& layers) {
+QColor background(const platform::Theme& theme, const std::vector<ColorRole>& layers) {
     auto color = theme.color(layers.front());
     for (const auto layer : layers)
         color = platform::composed(theme.color(layer), color);
@@ -75,7 +75,7 @@ class ThemeTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextIsReadableOnItsGround_data() {
+    void everyTextIsReadableOnItsBackground_data() {
         QTest::addColumn<bool>("dark");
         QTest::addColumn<QColor>("accent");
         QTest::addColumn<int>("standing");
@@ -93,7 +93,7 @@ private Q_SLOTS:
             }
         }
     }
-    void everyTextIsReadableOnItsGround() {
+    void everyTextIsReadableOnItsBackground() {
         QFETCH(bool, dark);
         QFETCH(QColor, accent);
         QFETCH(int, standing);
@@ -102,7 +102,7 @@ private Q_SLOTS:
         theme.setAccent(accent);
         const auto& row = standings().at(static_cast<size_t>(standing));
         const auto ratio =
-            platform::contrastRatio(theme.color(row.text), ground(theme, row.grounds));
+            platform::contrastRatio(theme.color(row.text), background(theme, row.backgrounds));
         QVERIFY2(ratio >= 4.5, qPrintable(QString::number(ratio)));
     }
 

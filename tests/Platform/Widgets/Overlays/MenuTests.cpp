@@ -134,7 +134,9 @@ private Q_SLOTS:
         m->button->setFocus(Qt::TabFocusReason);
         press(key);
         QVERIFY(m->button->menu());
+        QVERIFY(m->button->isDown());
         press(Qt::Key_Escape);
+        QVERIFY(!m->button->isDown());
         QVERIFY(!m->button->menu());
         QVERIFY(m->chosen.isEmpty());
         QVERIFY(m->button->hasFocus());
