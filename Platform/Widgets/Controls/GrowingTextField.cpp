@@ -200,10 +200,6 @@ GrowingTextField::Extent GrowingTextField::extent() const {
     return extent;
 }
 
-int GrowingTextField::visibleLines() const {
-    return std::max(1, extent().lines);
-}
-
 QSize GrowingTextField::sizeHint() const {
     const qreal line = QFontMetricsF(font()).lineSpacing();
     const auto content = static_cast<int>(std::ceil(std::max(line, extent().height)));

@@ -42,12 +42,6 @@ public:
     /// Called for a context menu with a point on the screen, in place of the toolkit's own menu.
     void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
 
-    /// Whether an input method has text in the field that is not committed.
-    bool isComposing() const { return m_isComposing; }
-
-    /// How many lines are shown, wrapped ones counted each: 1 to `maximumLines`.
-    int visibleLines() const;
-
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

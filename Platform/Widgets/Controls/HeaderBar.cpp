@@ -49,14 +49,6 @@ void HeaderBar::setSubtitle(const QString& subtitle) {
     m_subtitle->setVisible(!subtitle.isEmpty());
 }
 
-QString HeaderBar::title() const {
-    return m_title->text();
-}
-
-QString HeaderBar::subtitle() const {
-    return m_subtitle->text();
-}
-
 void HeaderBar::addTrailing(QWidget* item) {
     m_trailing->addWidget(item, 0, Qt::AlignVCenter);
 }

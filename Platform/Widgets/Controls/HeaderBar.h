@@ -22,8 +22,6 @@ public:
     void setTitle(const QString& title);
     /// Empty: none, and the title stands alone in the middle of the bar's height.
     void setSubtitle(const QString& subtitle);
-    QString title() const;
-    QString subtitle() const;
 
     /// Adds a widget after the ones added before. Takes ownership.
     void addTrailing(QWidget* item);

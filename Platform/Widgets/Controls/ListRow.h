@@ -26,12 +26,9 @@ public:
 
     /// Empty: the name stands alone.
     void setDetail(const QString& detail);
-    const QString& detail() const { return m_detail; }
     void setMark(const Mark& mark);
-    const Mark& mark() const { return m_mark; }
     /// Whether this is the chosen row of its list.
     void setSelected(bool isSelected);
-    bool isSelected() const { return m_isSelected; }
 
     QSize sizeHint() const override;
     QAccessible::Role accessibleRole() const override { return QAccessible::ListItem; }

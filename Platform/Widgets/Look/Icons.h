@@ -28,9 +28,6 @@ std::span<const IconPart> iconParts();
 /// first shown, kept, and painted as a path: crisp at every size and scale, in any colour.
 class Icons {
 public:
-    /// Whether there is an icon of this name.
-    bool contains(const QString& name) const { return !drawing(name).empty(); }
-
     /// Fills the icon into the largest square in the middle of `rect`. An unknown name paints
     /// nothing.
     void paint(QPainter& painter, const QString& name, const QRectF& rect,

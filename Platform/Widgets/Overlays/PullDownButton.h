@@ -23,9 +23,6 @@ public:
     PullDownButton(const Theme& theme, const QString& name, const QString& icon, OverlayHost& host,
                    std::function<std::vector<MenuEntry>()> entries, QWidget* parent = nullptr);
 
-    /// The open menu; none: null.
-    Menu* menu() const { return m_menu; }
-
     QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
     void addAccessibleState(QAccessible::State& state) const override;
     QStringList accessibleActions() const override;

@@ -44,7 +44,6 @@ private Q_SLOTS:
     void everyNameOfTheInterfaceHasADrawing() {
         QFETCH(QString, name);
         const platform::Icons icons;
-        QVERIFY(icons.contains(name));
 
         QImage image(64, 64, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
@@ -77,13 +76,12 @@ private Q_SLOTS:
 
     void anUnknownNamePaintsNothing() {
         const platform::Icons icons;
-        QVERIFY(!icons.contains(u"no.such.icon"_s));
-        QVERIFY(!icons.contains({}));
         QImage image(16, 16, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::white);
         const auto before = image;
         QPainter painter(&image);
         icons.paint(painter, u"no.such.icon"_s, image.rect(), Qt::red);
+        icons.paint(painter, {}, image.rect(), Qt::red);
         painter.end();
         QCOMPARE(image, before);
     }

@@ -64,6 +64,8 @@ class MenuTests final : public QObject {
 
     std::optional<Window> m;
 
+    /// The open menu; none: null.
+    Menu* menu() const { return qobject_cast<Menu*>(m->host->top()); }
     static void press(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
 
 private Q_SLOTS:
@@ -75,28 +77,28 @@ private Q_SLOTS:
 
     void aPressOpensTheMenuBelowTheButton() {
         QTest::mousePress(m->button, Qt::LeftButton);
-        auto* menu = m->button->menu();
-        QVERIFY(menu);
-        const auto body = menu->bodyRect().translated(menu->pos());
+        auto* open = menu();
+        QVERIFY(open);
+        const auto body = open->bodyRect().translated(open->pos());
         QVERIFY(m->host->rect().contains(body));
         QVERIFY(body.top() >= m->button->geometry().bottom());
-        QCOMPARE(menu->findChildren<Button*>().size(), 2);
+        QCOMPARE(open->findChildren<Button*>().size(), 2);
         QTest::mouseRelease(m->button, Qt::LeftButton);
-        QVERIFY(m->button->menu());
+        QVERIFY(menu());
     }
 
     void aClickOnAnEntryClosesTheMenuAndRunsIt() {
         QTest::mouseClick(m->button, Qt::LeftButton);
-        QTest::mouseClick(m->button->menu()->findChildren<Button*>().at(1), Qt::LeftButton);
+        QTest::mouseClick(menu()->findChildren<Button*>().at(1), Qt::LeftButton);
         QCOMPARE(m->chosen, QStringList{u"About"_s});
         QVERIFY(!m->wasOpenWhenChosen);
-        QVERIFY(!m->button->menu());
+        QVERIFY(!menu());
         QVERIFY(m->field->hasFocus());
     }
 
     void aReleaseOverAnEntryChoosesIt() {
         QTest::mousePress(m->button, Qt::LeftButton);
-        auto* row = m->button->menu()->findChildren<Button*>().at(0);
+        auto* row = menu()->findChildren<Button*>().at(0);
         const auto at = m->button->mapFromGlobal(row->mapToGlobal(row->rect().center()));
         QTest::mouseMove(m->button, at);
         QTest::mouseRelease(m->button, Qt::LeftButton, {}, at);
@@ -133,18 +135,18 @@ private Q_SLOTS:
         QFETCH(Qt::Key, key);
         m->button->setFocus(Qt::TabFocusReason);
         press(key);
-        QVERIFY(m->button->menu());
+        QVERIFY(menu());
         QVERIFY(m->button->isDown());
         press(Qt::Key_Escape);
         QVERIFY(!m->button->isDown());
-        QVERIFY(!m->button->menu());
+        QVERIFY(!menu());
         QVERIFY(m->chosen.isEmpty());
         QVERIFY(m->button->hasFocus());
     }
 
     void aMenuOpenedByThePointerStartsWithoutAChoice() {
         QTest::mouseClick(m->button, Qt::LeftButton);
-        QCOMPARE(QApplication::focusWidget(), m->button->menu());
+        QCOMPARE(QApplication::focusWidget(), menu());
         press(Qt::Key_Return);
         QVERIFY(m->chosen.isEmpty());
         press(Qt::Key_Up);
@@ -153,7 +155,7 @@ private Q_SLOTS:
 
     void thePointerBringsTheFocusAlong() {
         QTest::mouseClick(m->button, Qt::LeftButton);
-        auto* row = m->button->menu()->findChildren<Button*>().at(1);
+        auto* row = menu()->findChildren<Button*>().at(1);
         QTest::mouseMove(row, row->rect().center() - QPoint(2, 0));
         QTest::mouseMove(row, row->rect().center());
         QTRY_COMPARE(focusName(), u"About"_s);
@@ -162,7 +164,7 @@ private Q_SLOTS:
     void aClickBesideClosesTheMenu() {
         QTest::mouseClick(m->button, Qt::LeftButton);
         QTest::mouseClick(m->host, Qt::LeftButton, {}, QPoint(10, 480));
-        QVERIFY(!m->button->menu());
+        QVERIFY(!menu());
         QVERIFY(m->chosen.isEmpty());
     }
 
@@ -192,7 +194,7 @@ private Q_SLOTS:
         QVERIFY(button->state().collapsed);
         button->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
         QVERIFY(button->state().expanded);
-        auto* menu = QAccessible::queryAccessibleInterface(m->button->menu());
+        auto* menu = QAccessible::queryAccessibleInterface(menu());
         QCOMPARE(menu->role(), QAccessible::PopupMenu);
         QCOMPARE(menu->text(QAccessible::Name), u"More"_s);
         QStringList items;
