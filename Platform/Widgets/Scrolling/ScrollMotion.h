@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Look/Motion.h"
+#include "Platform/Widgets/Look/Theme.h"
 
 #include <QVariantAnimation>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Observation/Observed.h"
 #include "Platform/Observation/Observer.h"
+#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
 using namespace platform;
@@ -24,23 +25,21 @@ private Q_SLOTS:
 
     void anEqualValueNotifiesNobody() {
         Observed<QString> text(QStringLiteral("a"));
-        int notifications = 0;
-        const auto notifier = text.addNotifier([&] { ++notifications; });
+        const tests::Notifications notifications(text);
         text = QStringLiteral("a");
-        QCOMPARE(notifications, 0);
+        QCOMPARE(notifications.count(), 0);
         text = QStringLiteral("b");
-        QCOMPARE(notifications, 1);
+        QCOMPARE(notifications.count(), 1);
     }
 
     void aListNotifiesAtEveryAssignment() {
         ObservedOnAssignment<QList<int>> list;
-        int notifications = 0;
-        const auto notifier = list.addNotifier([&] { ++notifications; });
+        const tests::Notifications notifications(list);
         list = QList<int>{1};
         list = QList<int>{1};
-        QCOMPARE(notifications, 2);
+        QCOMPARE(notifications.count(), 2);
         list.mutate([](QList<int>& values) { values.append(2); });
-        QCOMPARE(notifications, 3);
+        QCOMPARE(notifications.count(), 3);
         QCOMPARE(list.value(), (QList<int>{1, 2}));
     }
 

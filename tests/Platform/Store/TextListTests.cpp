@@ -16,7 +16,7 @@ private Q_SLOTS:
         QTest::newRow("empty texts between others") << QStringList{u"a"_s, {}, u"b"_s, {}, {}};
         QTest::newRow("duplicates in order") << QStringList{u"b"_s, u"a"_s, u"b"_s, u"b"_s};
         QTest::newRow("line breaks") << QStringList{u"a\r\nb\nc\rd\u0085e\u2028f\u2029g"_s};
-        QTest::newRow("quotes and backslashes") << QStringList{uR"("\"\\u0041\n")"_s};
+        QTest::newRow("quotes and backslashes") << QStringList{u"\"\\\"\\\\u0041\\n\""_s};
         QTest::newRow("NUL") << QStringList{QString(u'\0'), u"a"_s + QChar(u'\0') + u"b"_s};
         QTest::newRow("emoji") << QStringList{u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s};
         QTest::newRow("surrogates without a partner")

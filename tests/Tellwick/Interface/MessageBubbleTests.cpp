@@ -54,7 +54,8 @@ struct Fixture : tests::TestWindow {
     /// The colour that all text is painted in; invalid if there is none or more than one.
     QColor textColor() const {
         QColor found;
-        for (const auto& part : tests::PaintRecorder(*bubble).all()) {
+        const tests::PaintRecorder painted(*bubble);
+        for (const auto& part : painted.all()) {
             if (!part.text.isEmpty() && found.isValid() && part.color != found)
                 return {};
             if (!part.text.isEmpty())

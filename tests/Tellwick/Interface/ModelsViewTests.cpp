@@ -32,7 +32,8 @@ class ModelsViewTests final : public QObject {
     QString mark(const QString& name) const {
         auto* row = m->row(name);
         QString mark;
-        for (const auto& part : tests::PaintRecorder(*row).all()) {
+        const tests::PaintRecorder painted(*row);
+        for (const auto& part : painted.all()) {
             const bool isAtTheEnd = part.rect.left() > row->width() / 2 &&
                                     part.rect.right() > row->width() - 30 &&
                                     part.rect.right() < row->width();

@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY(button->state().collapsed);
         button->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
         QVERIFY(button->state().expanded);
-        auto* menu = QAccessible::queryAccessibleInterface(menu());
+        auto* menu = QAccessible::queryAccessibleInterface(this->menu());
         QCOMPARE(menu->role(), QAccessible::PopupMenu);
         QCOMPARE(menu->text(QAccessible::Name), u"More"_s);
         QStringList items;
