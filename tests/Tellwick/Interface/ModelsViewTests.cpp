@@ -32,8 +32,7 @@ class ModelsViewTests final : public QObject {
     QString mark(const QString& name) const {
         auto* row = m->row(name);
         QString mark;
-        const tests::PaintRecorder painted(*row);
-        for (const auto& part : painted.all()) {
+        for (const auto& part : tests::PaintRecorder(*row).all()) {
             const bool isAtTheEnd = part.rect.left() > row->width() / 2 &&
                                     part.rect.right() > row->width() - 30 &&
                                     part.rect.right() < row->width();

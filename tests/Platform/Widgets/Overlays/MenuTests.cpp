@@ -194,13 +194,13 @@ private Q_SLOTS:
         QVERIFY(button->state().collapsed);
         button->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
         QVERIFY(button->state().expanded);
-        auto* menu = QAccessible::queryAccessibleInterface(this->menu());
-        QCOMPARE(menu->role(), QAccessible::PopupMenu);
-        QCOMPARE(menu->text(QAccessible::Name), u"More"_s);
+        auto* open = QAccessible::queryAccessibleInterface(menu());
+        QCOMPARE(open->role(), QAccessible::PopupMenu);
+        QCOMPARE(open->text(QAccessible::Name), u"More"_s);
         QStringList items;
-        for (int i = 0; i < menu->childCount(); ++i)
-            if (menu->child(i)->role() == QAccessible::MenuItem)
-                items << menu->child(i)->text(QAccessible::Name);
+        for (int i = 0; i < open->childCount(); ++i)
+            if (open->child(i)->role() == QAccessible::MenuItem)
+                items << open->child(i)->text(QAccessible::Name);
         QCOMPARE(items, QStringList({u"Models"_s, u"About"_s}));
     }
 };
