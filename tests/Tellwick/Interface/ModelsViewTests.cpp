@@ -31,8 +31,9 @@ class ModelsViewTests final : public QObject {
     /// is all that is in the accent.
     QString mark(const QString& name) const {
         auto* row = m->row(name);
+        const tests::PaintRecorder painted(*row);
         QString mark;
-        for (const auto& part : tests::PaintRecorder(*row).all()) {
+        for (const auto& part : painted.all()) {
             const bool isAtTheEnd = part.rect.left() > row->width() / 2 &&
                                     part.rect.right() > row->width() - 30 &&
                                     part.rect.right() < row->width();
