@@ -63,28 +63,6 @@ Task<std::thread::id> whereAmI() {
     co_return std::this_thread::get_id();
 }
 
-} // namespace
-
-class TaskTests final : public QObject {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void aStartedTaskRunsByALaterTurnOfTheLoop();
-    void awaitingManyReadyTasksNeedsNoDeepStack();
-    void anErrorReachesTheAwaitingTask();
-    void aTaskSeesItsOwnCancellationAndAwaitedTasksShareIt();
-    void handlesOfOneTaskAreEqualAndOfTwoAreNot();
-    void runOnRunsThereAndComesBackHere();
-    void runOnBringsErrorsBack();
-    void theWaitingSideOfRunOnMayGoFirst();
-    void theOtherScopeOfRunOnMayGoFirst();
-    void aTaskThatHasEndedHoldsNothing();
-    void aTaskThatWasNeverBegunIsDestroyedWithTheScope();
-    void aTaskThatACancellationEndsEndsQuietly();
-};
-
-namespace {
-
 Task<void> append(std::shared_ptr<QList<int>> list, int value) {
     list->append(value);
     co_return;
@@ -146,147 +124,152 @@ Task<void> hold(std::shared_ptr<int> value) {
 
 } // namespace
 
-void TaskTests::aStartedTaskRunsByALaterTurnOfTheLoop() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto list = std::make_shared<QList<int>>();
-    scope.start(append(list, 1));
-    scope.start(append(list, 2));
-    QVERIFY(list->isEmpty());
-    QTRY_COMPARE(*list, (QList<int>{1, 2}));
-}
+class TaskTests final : public QObject {
+    Q_OBJECT
 
-void TaskTests::awaitingManyReadyTasksNeedsNoDeepStack() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto sum = std::make_shared<int>(0);
-    scope.start(sumUp(sum, 200'000));
-    QTRY_COMPARE(*sum, 200'000);
-}
-
-void TaskTests::anErrorReachesTheAwaitingTask() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto caught = std::make_shared<bool>(false);
-    scope.start(catching(caught));
-    QTRY_VERIFY(*caught);
-}
-
-void TaskTests::aTaskSeesItsOwnCancellationAndAwaitedTasksShareIt() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto answers = std::make_shared<QList<bool>>();
-    TaskHandle handle = scope.start(reportCancellation(answers));
-    handle.cancel();
-    scope.start(reportCancellation(answers));
-    QTRY_COMPARE(*answers, (QList<bool>{true, true, false, false}));
-}
-
-void TaskTests::handlesOfOneTaskAreEqualAndOfTwoAreNot() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto list = std::make_shared<QList<int>>();
-    const TaskHandle first = scope.start(append(list, 1));
-    const TaskHandle copy = first;
-    const TaskHandle second = scope.start(append(list, 2));
-    QVERIFY(first == copy);
-    QVERIFY(!(first == second));
-}
-
-void TaskTests::runOnRunsThereAndComesBackHere() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    ThreadExecutor thread;
-    {
-        TaskScope threadScope(thread);
-        const auto places = std::make_shared<Places>();
-        scope.start(visit(threadScope, places));
-        QTRY_VERIFY(places->hasEnded);
-        QCOMPARE(places->before, std::this_thread::get_id());
-        QVERIFY(places->there != places->before);
-        QCOMPARE(places->after, places->before);
-        thread.join();
-    }
-}
-
-void TaskTests::runOnBringsErrorsBack() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    ThreadExecutor thread;
-    TaskScope threadScope(thread);
-    const auto places = std::make_shared<Places>();
-    scope.start(visitInVain(threadScope, places));
-    QTRY_VERIFY(places->hasEnded);
-    QVERIFY(places->hasFailed);
-    thread.join();
-}
-
-void TaskTests::theWaitingSideOfRunOnMayGoFirst() {
-    MainExecutor executor;
-    ThreadExecutor thread;
-    TaskScope threadScope(thread);
-    const auto places = std::make_shared<Places>();
-    std::mutex gate;
-    gate.lock();
-    thread.post([&gate] { const std::scoped_lock wait(gate); });
-    {
-        TaskScope scope(executor);
-        scope.start(visit(threadScope, places));
-        QTRY_VERIFY(places->before != std::thread::id());
-    }
-    gate.unlock();
-    thread.join();
-    QCoreApplication::processEvents();
-    QVERIFY(!places->hasEnded);
-    QCOMPARE(places.use_count(), 1);
-}
-
-void TaskTests::theOtherScopeOfRunOnMayGoFirst() {
-    MainExecutor executor;
-    const auto places = std::make_shared<Places>();
-    {
-        TaskScope scope(executor);
-        ThreadExecutor thread;
-        thread.join();
-        auto threadScope = std::make_unique<TaskScope>(thread);
-        scope.start(visit(*threadScope, places));
-        QTRY_VERIFY(places->before != std::thread::id());
-        threadScope.reset();
-        QCoreApplication::processEvents();
-        QVERIFY(!places->hasEnded);
-    }
-    QCOMPARE(places.use_count(), 1);
-}
-
-void TaskTests::aTaskThatHasEndedHoldsNothing() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto value = std::make_shared<int>(0);
-    scope.start(hold(value));
-    QTRY_COMPARE(*value, 1);
-    QTRY_COMPARE(value.use_count(), 1);
-}
-
-void TaskTests::aTaskThatWasNeverBegunIsDestroyedWithTheScope() {
-    const auto value = std::make_shared<int>(0);
-    {
+private Q_SLOTS:
+    void aStartedTaskRunsByALaterTurnOfTheLoop() {
         MainExecutor executor;
         TaskScope scope(executor);
-        scope.start(hold(value));
-        QCOMPARE(value.use_count(), 2);
+        const auto list = std::make_shared<QList<int>>();
+        scope.start(append(list, 1));
+        scope.start(append(list, 2));
+        QVERIFY(list->isEmpty());
+        QTRY_COMPARE(*list, (QList<int>{1, 2}));
     }
-    QCOMPARE(value.use_count(), 1);
-    QCOMPARE(*value, 0);
-}
 
-void TaskTests::aTaskThatACancellationEndsEndsQuietly() {
-    MainExecutor executor;
-    TaskScope scope(executor);
-    const auto value = std::make_shared<int>(0);
-    scope.start(endByCancellation(value));
-    QTRY_COMPARE(*value, 1);
-    QTRY_COMPARE(value.use_count(), 1);
-}
+    void awaitingManyReadyTasksNeedsNoDeepStack() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto sum = std::make_shared<int>(0);
+        scope.start(sumUp(sum, 200'000));
+        QTRY_COMPARE(*sum, 200'000);
+    }
+
+    void anErrorReachesTheAwaitingTask() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto caught = std::make_shared<bool>(false);
+        scope.start(catching(caught));
+        QTRY_VERIFY(*caught);
+    }
+
+    void aTaskSeesItsOwnCancellationAndAwaitedTasksShareIt() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto answers = std::make_shared<QList<bool>>();
+        TaskHandle handle = scope.start(reportCancellation(answers));
+        handle.cancel();
+        scope.start(reportCancellation(answers));
+        QTRY_COMPARE(*answers, (QList<bool>{true, true, false, false}));
+    }
+
+    void handlesOfOneTaskAreEqualAndOfTwoAreNot() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto list = std::make_shared<QList<int>>();
+        const TaskHandle first = scope.start(append(list, 1));
+        const TaskHandle copy = first;
+        const TaskHandle second = scope.start(append(list, 2));
+        QVERIFY(first == copy);
+        QVERIFY(!(first == second));
+    }
+
+    void runOnRunsThereAndComesBackHere() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        ThreadExecutor thread;
+        {
+            TaskScope threadScope(thread);
+            const auto places = std::make_shared<Places>();
+            scope.start(visit(threadScope, places));
+            QTRY_VERIFY(places->hasEnded);
+            QCOMPARE(places->before, std::this_thread::get_id());
+            QVERIFY(places->there != places->before);
+            QCOMPARE(places->after, places->before);
+            thread.join();
+        }
+    }
+
+    void runOnBringsErrorsBack() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        ThreadExecutor thread;
+        TaskScope threadScope(thread);
+        const auto places = std::make_shared<Places>();
+        scope.start(visitInVain(threadScope, places));
+        QTRY_VERIFY(places->hasEnded);
+        QVERIFY(places->hasFailed);
+        thread.join();
+    }
+
+    void theWaitingSideOfRunOnMayGoFirst() {
+        MainExecutor executor;
+        ThreadExecutor thread;
+        TaskScope threadScope(thread);
+        const auto places = std::make_shared<Places>();
+        std::mutex gate;
+        gate.lock();
+        thread.post([&gate] { const std::scoped_lock wait(gate); });
+        {
+            TaskScope scope(executor);
+            scope.start(visit(threadScope, places));
+            QTRY_VERIFY(places->before != std::thread::id());
+        }
+        gate.unlock();
+        thread.join();
+        QCoreApplication::processEvents();
+        QVERIFY(!places->hasEnded);
+        QCOMPARE(places.use_count(), 1);
+    }
+
+    void theOtherScopeOfRunOnMayGoFirst() {
+        MainExecutor executor;
+        const auto places = std::make_shared<Places>();
+        {
+            TaskScope scope(executor);
+            ThreadExecutor thread;
+            thread.join();
+            auto threadScope = std::make_unique<TaskScope>(thread);
+            scope.start(visit(*threadScope, places));
+            QTRY_VERIFY(places->before != std::thread::id());
+            threadScope.reset();
+            QCoreApplication::processEvents();
+            QVERIFY(!places->hasEnded);
+        }
+        QCOMPARE(places.use_count(), 1);
+    }
+
+    void aTaskThatHasEndedHoldsNothing() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto value = std::make_shared<int>(0);
+        scope.start(hold(value));
+        QTRY_COMPARE(*value, 1);
+        QTRY_COMPARE(value.use_count(), 1);
+    }
+
+    void aTaskThatWasNeverBegunIsDestroyedWithTheScope() {
+        const auto value = std::make_shared<int>(0);
+        {
+            MainExecutor executor;
+            TaskScope scope(executor);
+            scope.start(hold(value));
+            QCOMPARE(value.use_count(), 2);
+        }
+        QCOMPARE(value.use_count(), 1);
+        QCOMPARE(*value, 0);
+    }
+
+    void aTaskThatACancellationEndsEndsQuietly() {
+        MainExecutor executor;
+        TaskScope scope(executor);
+        const auto value = std::make_shared<int>(0);
+        scope.start(endByCancellation(value));
+        QTRY_COMPARE(*value, 1);
+        QTRY_COMPARE(value.use_count(), 1);
+    }
+};
 
 TELLWICK_TEST(TaskTests, EventLoop)
 #include "TaskTests.moc"

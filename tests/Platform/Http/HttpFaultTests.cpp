@@ -39,252 +39,237 @@ class HttpFaultTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() {
+        m_fixture = std::make_unique<HttpFixture>();
+        QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
+    }
+
     void cleanup() { m_fixture.reset(); }
 
-    void errorsAreSentences_data();
-    void errorsAreSentences();
-    void nobodyListensOnThePort();
-    void nobodyListensOnTheSocket_data();
-    void nobodyListensOnTheSocket();
-    void aBrokenResponseFails_data();
-    void aBrokenResponseFails();
-    void aResetMidLineFailsBehindTheLinesBefore();
-    void aResetInTheHeadFails();
-    void aFaultInTheFramingComesBehindTheLinesBefore();
-    void whatIsTooLargeFails_data();
-    void whatIsTooLargeFails();
-    void aRedirectIsNotFollowed();
-    void proxiesOfTheEnvironmentAreNotUsed();
-    void silenceTimesOutBehindTheLinesBefore_data();
-    void silenceTimesOutBehindTheLinesBefore();
-    void eachByteStartsTheIdleTimeAnew();
-    void aServerThatReadsNothingTimesOut();
-    void aHugeLengthIsNotTrusted();
+    void errorsAreSentences_data() {
+        QTest::addColumn<Kind>("kind");
+        QTest::addColumn<QString>("sentence");
+        QTest::newRow("refused") << Kind::CouldNotConnect
+                                 << QStringLiteral("Could not connect to the server.");
+        QTest::newRow("lost") << Kind::ConnectionLost
+                              << QStringLiteral("The connection to the server was lost.");
+        QTest::newRow("silent") << Kind::TimedOut << QStringLiteral("The request timed out.");
+        QTest::newRow("not HTTP")
+            << Kind::BadResponse
+            << QStringLiteral("The server sent a response that could not be understood.");
+        QTest::newRow("too large")
+            << Kind::TooLarge << QStringLiteral("The server sent a response that is too large.");
+    }
+
+    void errorsAreSentences() {
+        QFETCH(Kind, kind);
+        QTEST(localizedDescription(std::make_exception_ptr(HttpError(kind))), "sentence");
+    }
+
+    void nobodyListensOnThePort() {
+        const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(freePort()));
+        QCOMPARE(m_fixture->run(client.data(HttpRequest())).errorText(),
+                 QStringLiteral("Could not connect to the server."));
+        QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
+    }
+
+    void nobodyListensOnTheSocket_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("absent") << QStringLiteral("absent.sock");
+        QTest::newRow("a file") << QStringLiteral("file");
+        QTest::newRow("longer than such a path may be") << QString(200, u'x');
+    }
+
+    void nobodyListensOnTheSocket() {
+        QFETCH(QString, name);
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("file")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const HttpClient client(*m_fixture->network,
+                                HttpEndpoint::unixSocket(folder.filePath(name)));
+        QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
+    }
+
+    void aBrokenResponseFails_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArrayList>("lines");
+        QTest::addColumn<std::optional<Kind>>("fault");
+        const auto row = [](const char* name, QByteArray bytes, QByteArrayList lines,
+                            std::optional<Kind> fault) {
+            QTest::newRow(name) << bytes << lines << fault;
+        };
+        const QByteArray head = "HTTP/1.1 200 OK\r\n";
+        row("nothing", "", {}, Kind::ConnectionLost);
+        row("half a status line", "HTTP/1.1 20", {}, Kind::ConnectionLost);
+        row("half a head", head + "Content-Length: 5\r\n", {}, Kind::ConnectionLost);
+        row("an interim response alone", "HTTP/1.1 100 Continue\r\n\r\n", {}, Kind::ConnectionLost);
+        row("not HTTP", "hello there, this is no HTTP\r\n\r\n", {}, Kind::BadResponse);
+        row("binary", QByteArray("\0\1\2\3\xFF\xFE\0\0\0\0\0\0", 12), {}, Kind::BadResponse);
+        row("another version", "HTTP/2.0 200 OK\r\n\r\n", {}, Kind::BadResponse);
+        row("status of two digits", "HTTP/1.1 20 OK\r\n\r\n", {}, Kind::BadResponse);
+        row("a field without a colon", head + "oops\r\n\r\n", {}, Kind::BadResponse);
+        row("two lengths", head + "Content-Length: 5\r\nContent-Length: 6\r\n\r\nhello", {},
+            Kind::BadResponse);
+        row("a negative length", head + "Content-Length: -1\r\n\r\nhello", {}, Kind::BadResponse);
+        row("length cut short", head + "Content-Length: 9\r\n\r\na\nb\ncd", {"a", "b"},
+            Kind::ConnectionLost);
+        row("chunk cut short", head + "Transfer-Encoding: chunked\r\n\r\n9\r\na\nb", {"a"},
+            Kind::ConnectionLost);
+        row("last chunk missing", head + "Transfer-Encoding: chunked\r\n\r\n4\r\na\nb\n\r\n",
+            {"a", "b"}, Kind::ConnectionLost);
+        row("up to the end is no fault", head + "\r\na\nbc", {"a", "bc"}, std::nullopt);
+    }
+
+    void aBrokenResponseFails() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(std::optional<Kind>, fault);
+        m_fixture->server->setFallback(Script().send(bytes));
+        const auto seen = m_fixture->read(m_fixture->client());
+        QTEST(QByteArrayList(seen->elements), "lines");
+        QCOMPARE(faultOf(*seen), fault);
+        QCOMPARE(faultOf(m_fixture->data()), fault);
+    }
+
+    void aResetMidLineFailsBehindTheLinesBefore() {
+        m_fixture->server->enqueue(Script().head(200).send("one\ntwo").gate().reset());
+        const auto seen = m_fixture->watch();
+        QTRY_COMPARE(seen->elements, QByteArrayList{"one"});
+        m_fixture->server->release();
+        QTRY_VERIFY(seen->hasEnded);
+        QCOMPARE(seen->elements, QByteArrayList{"one"});
+        QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
+    }
+
+    void aResetInTheHeadFails() {
+        const auto seen = m_fixture->read(Script().send("HTTP/1.1 200 OK\r\nX: ").reset());
+        QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
+    }
+
+    void aFaultInTheFramingComesBehindTheLinesBefore() {
+        const auto seen = m_fixture->read(Script()
+                                              .head(200, {"Transfer-Encoding: chunked"})
+                                              .send("4\r\na\nb\n\r\nzzz\r\n")
+                                              .hold());
+        QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
+        QCOMPARE(faultOf(*seen), Kind::BadResponse);
+        QTRY_VERIFY(m_fixture->server->clientClosed());
+    }
+
+    void whatIsTooLargeFails_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("isWhole"); // asked for with data(), not line by line
+        const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+        QTest::newRow("a field without end") << ok + "X: " + QByteArray(200'000, 'x') << false;
+        QTest::newRow("a head without end")
+            << ok + QByteArray("X: y\r\n").repeated(50'000) << false;
+        QTest::newRow("a body") << ok + "\r\n" + QByteArray(HttpClient::maximumBodySize + 1, 'x')
+                                << true;
+        QTest::newRow("a line without end")
+            << ok + "\r\na\n" + QByteArray(HttpBody::maximumLineLength + 100'000, 'x') << false;
+        QTest::newRow("a chunk's line without end")
+            << ok + "Transfer-Encoding: chunked\r\n\r\n1;" + QByteArray(200'000, 'x') << false;
+    }
+
+    void whatIsTooLargeFails() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, isWhole);
+        m_fixture->server->enqueue(Script().send(bytes).hold());
+        QCOMPARE(isWhole ? faultOf(m_fixture->data())
+                         : faultOf(*m_fixture->read(m_fixture->client())),
+                 Kind::TooLarge);
+        QTRY_VERIFY(m_fixture->server->clientClosed());
+    }
+
+    void aRedirectIsNotFollowed() {
+        ScriptedServer other;
+        QVERIFY(other.listen());
+        m_fixture->server->enqueue(Script().head(
+            301, {"Location: http://127.0.0.1:" + QByteArray::number(other.port()) + "/api/chat",
+                  "Content-Length: 0"}));
+        QCOMPARE(m_fixture->data().value->status(), 301);
+        QCOMPARE(m_fixture->server->requestCount(), 1);
+        QCOMPARE(other.requestCount(), 0);
+    }
+
+    void proxiesOfTheEnvironmentAreNotUsed() {
+        ScriptedServer proxy;
+        QVERIFY(proxy.listen());
+        const QByteArray address = "http://127.0.0.1:" + QByteArray::number(proxy.port());
+        const QByteArrayList names = {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY",
+                                      "all_proxy",  "ALL_PROXY",  "no_proxy",    "NO_PROXY"};
+        for (const QByteArray& name : names)
+            qputenv(name, name.toLower() == "no_proxy" ? QByteArray() : address);
+        m_fixture->server->enqueue(Script::reply(200, "direct"));
+        const auto outcome = m_fixture->data();
+        for (const QByteArray& name : names)
+            qunsetenv(name);
+        QCOMPARE(outcome.value->body, QByteArray("direct"));
+        QCOMPARE(proxy.requestCount(), 0);
+        QCOMPARE(m_fixture->server->request().target, QByteArray("/"));
+    }
+
+    void silenceTimesOutBehindTheLinesBefore_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArrayList>("lines");
+        QTest::newRow("before the head") << QByteArray() << QByteArrayList();
+        QTest::newRow("in the head") << QByteArray("HTTP/1.1 200 OK\r\nX") << QByteArrayList();
+        QTest::newRow("in the body")
+            << QByteArray("HTTP/1.1 200 OK\r\n\r\na\nb") << QByteArrayList{"a"};
+    }
+
+    void silenceTimesOutBehindTheLinesBefore() {
+        QFETCH(QByteArray, bytes);
+        const auto seen = m_fixture->read(Script().send(bytes).hold(), impatient());
+        QTEST(QByteArrayList(seen->elements), "lines");
+        QCOMPARE(faultOf(*seen), Kind::TimedOut);
+        QTRY_VERIFY(m_fixture->server->clientClosed());
+    }
+
+    void eachByteStartsTheIdleTimeAnew() {
+        // Sent byte by byte with pauses, head and body: twice the limit in all, but never so much
+        // at once. The limit is generous, so that a slow machine does not make a pause of it.
+        constexpr auto limit = 1000ms;
+        const QByteArray bytes = "HTTP/1.1 200 OK\r\nA: b\r\n\r\nab\ncd\n";
+        tests::LoopbackServer server;
+        QVERIFY(server.listenOnPort(0, [&](tests::LoopbackConnection& connection) {
+            for (const char& byte : bytes) {
+                connection.pause(limit * 2 / static_cast<int>(bytes.size()));
+                connection.send({&byte, 1});
+            }
+        }));
+        const HttpClient slow(*m_fixture->network, HttpEndpoint::loopback(server.port()));
+        QElapsedTimer timer;
+        timer.start();
+        const auto seen = m_fixture->read(slow, impatient(limit));
+        QVERIFY(!seen->error);
+        QCOMPARE(seen->elements, (QByteArrayList{"ab", "cd"}));
+        QVERIFY(timer.elapsed() > limit.count());
+    }
+
+    void aServerThatReadsNothingTimesOut() {
+        // A listening socket whose connections nobody accepts: the kernel takes what its buffers
+        // hold.
+        tests::LoopbackServer server;
+        QVERIFY(server.listenOnPort(0, [](tests::LoopbackConnection&) {}));
+        server.stopAccepting();
+        HttpRequest request = impatient(200ms);
+        request.method = "POST";
+        request.body = QByteArray(50'000'000, 'x');
+        const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(server.port()));
+        QCOMPARE(faultOf(m_fixture->run(client.data(request))), Kind::TimedOut);
+    }
+
+    void aHugeLengthIsNotTrusted() {
+        // A length that promises more than any machine holds costs no memory.
+        const auto seen = m_fixture->read(
+            Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
+        QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
+        QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
+    }
 
 private:
     std::unique_ptr<HttpFixture> m_fixture;
 };
-
-void HttpFaultTests::init() {
-    m_fixture = std::make_unique<HttpFixture>();
-    QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
-}
-
-void HttpFaultTests::errorsAreSentences_data() {
-    QTest::addColumn<Kind>("kind");
-    QTest::addColumn<QString>("sentence");
-    QTest::newRow("refused") << Kind::CouldNotConnect
-                             << QStringLiteral("Could not connect to the server.");
-    QTest::newRow("lost") << Kind::ConnectionLost
-                          << QStringLiteral("The connection to the server was lost.");
-    QTest::newRow("silent") << Kind::TimedOut << QStringLiteral("The request timed out.");
-    QTest::newRow("not HTTP") << Kind::BadResponse
-                              << QStringLiteral(
-                                     "The server sent a response that could not be understood.");
-    QTest::newRow("too large") << Kind::TooLarge
-                               << QStringLiteral("The server sent a response that is too large.");
-}
-
-void HttpFaultTests::errorsAreSentences() {
-    QFETCH(Kind, kind);
-    QTEST(localizedDescription(std::make_exception_ptr(HttpError(kind))), "sentence");
-}
-
-void HttpFaultTests::nobodyListensOnThePort() {
-    const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(freePort()));
-    QCOMPARE(m_fixture->run(client.data(HttpRequest())).errorText(),
-             QStringLiteral("Could not connect to the server."));
-    QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
-}
-
-void HttpFaultTests::nobodyListensOnTheSocket_data() {
-    QTest::addColumn<QString>("name");
-    QTest::newRow("absent") << QStringLiteral("absent.sock");
-    QTest::newRow("a file") << QStringLiteral("file");
-    QTest::newRow("longer than such a path may be") << QString(200, u'x');
-}
-
-void HttpFaultTests::nobodyListensOnTheSocket() {
-    QFETCH(QString, name);
-    QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("file")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    const HttpClient client(*m_fixture->network, HttpEndpoint::unixSocket(folder.filePath(name)));
-    QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
-}
-
-void HttpFaultTests::aBrokenResponseFails_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QByteArrayList>("lines");
-    QTest::addColumn<std::optional<Kind>>("fault");
-    const auto row = [](const char* name, QByteArray bytes, QByteArrayList lines,
-                        std::optional<Kind> fault) {
-        QTest::newRow(name) << bytes << lines << fault;
-    };
-    const QByteArray head = "HTTP/1.1 200 OK\r\n";
-    row("nothing", "", {}, Kind::ConnectionLost);
-    row("half a status line", "HTTP/1.1 20", {}, Kind::ConnectionLost);
-    row("half a head", head + "Content-Length: 5\r\n", {}, Kind::ConnectionLost);
-    row("an interim response alone", "HTTP/1.1 100 Continue\r\n\r\n", {}, Kind::ConnectionLost);
-    row("not HTTP", "hello there, this is no HTTP\r\n\r\n", {}, Kind::BadResponse);
-    row("binary", QByteArray("\0\1\2\3\xFF\xFE\0\0\0\0\0\0", 12), {}, Kind::BadResponse);
-    row("another version", "HTTP/2.0 200 OK\r\n\r\n", {}, Kind::BadResponse);
-    row("status of two digits", "HTTP/1.1 20 OK\r\n\r\n", {}, Kind::BadResponse);
-    row("a field without a colon", head + "oops\r\n\r\n", {}, Kind::BadResponse);
-    row("two lengths", head + "Content-Length: 5\r\nContent-Length: 6\r\n\r\nhello", {},
-        Kind::BadResponse);
-    row("a negative length", head + "Content-Length: -1\r\n\r\nhello", {}, Kind::BadResponse);
-    row("length cut short", head + "Content-Length: 9\r\n\r\na\nb\ncd", {"a", "b"},
-        Kind::ConnectionLost);
-    row("chunk cut short", head + "Transfer-Encoding: chunked\r\n\r\n9\r\na\nb", {"a"},
-        Kind::ConnectionLost);
-    row("last chunk missing", head + "Transfer-Encoding: chunked\r\n\r\n4\r\na\nb\n\r\n",
-        {"a", "b"}, Kind::ConnectionLost);
-    row("up to the end is no fault", head + "\r\na\nbc", {"a", "bc"}, std::nullopt);
-}
-
-void HttpFaultTests::aBrokenResponseFails() {
-    QFETCH(QByteArray, bytes);
-    QFETCH(std::optional<Kind>, fault);
-    m_fixture->server->setFallback(Script().send(bytes));
-    const auto seen = m_fixture->read(m_fixture->client());
-    QTEST(QByteArrayList(seen->elements), "lines");
-    QCOMPARE(faultOf(*seen), fault);
-    QCOMPARE(faultOf(m_fixture->data()), fault);
-}
-
-void HttpFaultTests::aResetMidLineFailsBehindTheLinesBefore() {
-    m_fixture->server->enqueue(Script().head(200).send("one\ntwo").gate().reset());
-    const auto seen = m_fixture->watch();
-    QTRY_COMPARE(seen->elements, QByteArrayList{"one"});
-    m_fixture->server->release();
-    QTRY_VERIFY(seen->hasEnded);
-    QCOMPARE(seen->elements, QByteArrayList{"one"});
-    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
-}
-
-void HttpFaultTests::aResetInTheHeadFails() {
-    const auto seen = m_fixture->read(Script().send("HTTP/1.1 200 OK\r\nX: ").reset());
-    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
-}
-
-void HttpFaultTests::aFaultInTheFramingComesBehindTheLinesBefore() {
-    const auto seen = m_fixture->read(
-        Script().head(200, {"Transfer-Encoding: chunked"}).send("4\r\na\nb\n\r\nzzz\r\n").hold());
-    QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
-    QCOMPARE(faultOf(*seen), Kind::BadResponse);
-    QTRY_VERIFY(m_fixture->server->clientClosed());
-}
-
-void HttpFaultTests::whatIsTooLargeFails_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("isWhole"); // asked for with data(), not line by line
-    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
-    QTest::newRow("a field without end") << ok + "X: " + QByteArray(200'000, 'x') << false;
-    QTest::newRow("a head without end") << ok + QByteArray("X: y\r\n").repeated(50'000) << false;
-    QTest::newRow("a body") << ok + "\r\n" + QByteArray(HttpClient::maximumBodySize + 1, 'x')
-                            << true;
-    QTest::newRow("a line without end")
-        << ok + "\r\na\n" + QByteArray(HttpBody::maximumLineLength + 100'000, 'x') << false;
-    QTest::newRow("a chunk's line without end")
-        << ok + "Transfer-Encoding: chunked\r\n\r\n1;" + QByteArray(200'000, 'x') << false;
-}
-
-void HttpFaultTests::whatIsTooLargeFails() {
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, isWhole);
-    m_fixture->server->enqueue(Script().send(bytes).hold());
-    QCOMPARE(isWhole ? faultOf(m_fixture->data()) : faultOf(*m_fixture->read(m_fixture->client())),
-             Kind::TooLarge);
-    QTRY_VERIFY(m_fixture->server->clientClosed());
-}
-
-void HttpFaultTests::aRedirectIsNotFollowed() {
-    ScriptedServer other;
-    QVERIFY(other.listen());
-    m_fixture->server->enqueue(Script().head(
-        301, {"Location: http://127.0.0.1:" + QByteArray::number(other.port()) + "/api/chat",
-              "Content-Length: 0"}));
-    QCOMPARE(m_fixture->data().value->status(), 301);
-    QCOMPARE(m_fixture->server->requestCount(), 1);
-    QCOMPARE(other.requestCount(), 0);
-}
-
-void HttpFaultTests::proxiesOfTheEnvironmentAreNotUsed() {
-    ScriptedServer proxy;
-    QVERIFY(proxy.listen());
-    const QByteArray address = "http://127.0.0.1:" + QByteArray::number(proxy.port());
-    const QByteArrayList names = {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY",
-                                  "all_proxy",  "ALL_PROXY",  "no_proxy",    "NO_PROXY"};
-    for (const QByteArray& name : names)
-        qputenv(name, name.toLower() == "no_proxy" ? QByteArray() : address);
-    m_fixture->server->enqueue(Script::reply(200, "direct"));
-    const auto outcome = m_fixture->data();
-    for (const QByteArray& name : names)
-        qunsetenv(name);
-    QCOMPARE(outcome.value->body, QByteArray("direct"));
-    QCOMPARE(proxy.requestCount(), 0);
-    QCOMPARE(m_fixture->server->request().target, QByteArray("/"));
-}
-
-void HttpFaultTests::silenceTimesOutBehindTheLinesBefore_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QByteArrayList>("lines");
-    QTest::newRow("before the head") << QByteArray() << QByteArrayList();
-    QTest::newRow("in the head") << QByteArray("HTTP/1.1 200 OK\r\nX") << QByteArrayList();
-    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\na\nb")
-                                 << QByteArrayList{"a"};
-}
-
-void HttpFaultTests::silenceTimesOutBehindTheLinesBefore() {
-    QFETCH(QByteArray, bytes);
-    const auto seen = m_fixture->read(Script().send(bytes).hold(), impatient());
-    QTEST(QByteArrayList(seen->elements), "lines");
-    QCOMPARE(faultOf(*seen), Kind::TimedOut);
-    QTRY_VERIFY(m_fixture->server->clientClosed());
-}
-
-void HttpFaultTests::eachByteStartsTheIdleTimeAnew() {
-    // Sent byte by byte with pauses, head and body: twice the limit in all, but never so much at
-    // once. The limit is generous, so that a slow machine does not make a pause of it.
-    constexpr auto limit = 1000ms;
-    const QByteArray bytes = "HTTP/1.1 200 OK\r\nA: b\r\n\r\nab\ncd\n";
-    tests::LoopbackServer server;
-    QVERIFY(server.listenOnPort(0, [&](tests::LoopbackConnection& connection) {
-        for (const char& byte : bytes) {
-            connection.pause(limit * 2 / static_cast<int>(bytes.size()));
-            connection.send({&byte, 1});
-        }
-    }));
-    const HttpClient slow(*m_fixture->network, HttpEndpoint::loopback(server.port()));
-    QElapsedTimer timer;
-    timer.start();
-    const auto seen = m_fixture->read(slow, impatient(limit));
-    QVERIFY(!seen->error);
-    QCOMPARE(seen->elements, (QByteArrayList{"ab", "cd"}));
-    QVERIFY(timer.elapsed() > limit.count());
-}
-
-void HttpFaultTests::aServerThatReadsNothingTimesOut() {
-    // A listening socket whose connections nobody accepts: the kernel takes what its buffers hold.
-    tests::LoopbackServer server;
-    QVERIFY(server.listenOnPort(0, [](tests::LoopbackConnection&) {}));
-    server.stopAccepting();
-    HttpRequest request = impatient(200ms);
-    request.method = "POST";
-    request.body = QByteArray(50'000'000, 'x');
-    const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(server.port()));
-    QCOMPARE(faultOf(m_fixture->run(client.data(request))), Kind::TimedOut);
-}
-
-void HttpFaultTests::aHugeLengthIsNotTrusted() {
-    // A length that promises more than any machine holds costs no memory.
-    const auto seen =
-        m_fixture->read(Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
-    QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
-    QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
-}
 
 TELLWICK_TEST(HttpFaultTests, EventLoop)
 #include "HttpFaultTests.moc"

@@ -38,289 +38,270 @@ class OllamaBackendTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() {
+        m_fixture = std::make_unique<OllamaFixture>();
+        const QString fault = m_fixture->start();
+        QVERIFY2(fault.isEmpty(), qPrintable(fault));
+    }
+
     void cleanup() { m_fixture.reset(); }
 
-    void theDescriptorComesFromTheEntry();
-    void theSizeIsInDecimalGigabytes_data();
-    void theSizeIsInDecimalGigabytes();
-    void theSizeHasAFullStopInEveryLocale();
-    void theAddressIsTheLoopbackPort();
-    void theIdleLimitsAreAMinuteAndTwo();
-    void aRequestCarriesTheWholeConversation_data();
-    void aRequestCarriesTheWholeConversation();
-    void aRequestIsAPostOfJsonWithNoHeaderBesides();
-    void resetChangesNothing();
-    void theRequestHoldsTheConversationAsItWasWhenAsked();
-    void discoverListsTheModels();
-    void discoverDecodesOnTheNetworkThread();
-    void discoverGivesNothing_data();
-    void discoverGivesNothing();
-    void discoverGivesUpOnASilentServer_data();
-    void discoverGivesUpOnASilentServer();
-    void withoutAServerNothingIsDiscoveredAndBackendsStayAvailable();
-    void discoverMakesAPlainGet();
-    void proxiesOfTheEnvironmentAreNotUsed();
+    void theDescriptorComesFromTheEntry() {
+        const OllamaBackend backend({u"llama3:8b"_s, 4661224676}, *m_fixture->network);
+        QCOMPARE(backend.info().id(), u"ollama-llama3:8b"_s);
+        QCOMPARE(backend.info().name(), u"llama3:8b"_s);
+        QCOMPARE(backend.info().source(), ModelSource::ollama);
+        QCOMPARE(backend.info().detail, u"4.7 GB \u00B7 Ollama"_s);
+        QVERIFY(backend.isAvailable());
+        QCOMPARE(m_fixture->server->requestCount(), 0);
+    }
+
+    void theSizeIsInDecimalGigabytes_data() {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<QString>("text");
+        const QList<std::pair<qint64, QString>> rows = {
+            {0, u"0.0 GB"_s},
+            {1, u"0.0 GB"_s},
+            {49'999'999, u"0.0 GB"_s},
+            {50'000'000, u"0.1 GB"_s},
+            {250'000'000, u"0.2 GB"_s},
+            {350'000'000, u"0.3 GB"_s},
+            {750'000'000, u"0.8 GB"_s},
+            {949'999'999, u"0.9 GB"_s},
+            {950'000'000, u"0.9 GB"_s},
+            {1'000'000'000, u"1.0 GB"_s},
+            {1'073'741'824, u"1.1 GB"_s},
+            {4'661'224'676, u"4.7 GB"_s},
+            {404'000'000'000, u"404.0 GB"_s},
+            {1'234'567'000'000, u"1234.6 GB"_s},
+            {-1'500'000'000, u"-1.5 GB"_s},
+            {std::numeric_limits<qint64>::max(), u"9223372036.9 GB"_s},
+            {std::numeric_limits<qint64>::min(), u"-9223372036.9 GB"_s}};
+        for (const auto& [size, text] : rows)
+            QTest::addRow("%lld", size) << size << text;
+    }
+
+    void theSizeIsInDecimalGigabytes() {
+        QFETCH(qint64, size);
+        QFETCH(QString, text);
+        // The C library's own rounding is the measure; the tests run in a locale with a full stop.
+        std::array<char, 64> formatted;
+        std::snprintf(formatted.data(), formatted.size(), "%.1f GB",
+                      static_cast<double>(size) / 1'000'000'000);
+        QCOMPARE(text, QString::fromLatin1(formatted.data()));
+        const OllamaBackend backend({u"m"_s, size}, *m_fixture->network);
+        QCOMPARE(backend.info().detail, text + u" · Ollama"_s);
+    }
+
+    void theSizeHasAFullStopInEveryLocale() {
+        const QLocale before;
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        // Where the C library has such a locale, it is tried as well.
+        const std::string numbers = std::setlocale(LC_NUMERIC, nullptr);
+        std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+        const OllamaBackend backend({u"m"_s, 1'234'567'000'000}, *m_fixture->network);
+        std::setlocale(LC_NUMERIC, numbers.c_str());
+        QLocale::setDefault(before);
+        QCOMPARE(backend.info().detail, u"1234.6 GB · Ollama"_s);
+    }
+
+    void theAddressIsTheLoopbackPort() {
+        QCOMPARE(OllamaBackend::baseURL().port(), OllamaFixture::port);
+        QVERIFY(!OllamaBackend::baseURL().isUnixSocket());
+        QCOMPARE(OllamaBackend::baseURL().host(), QByteArray("127.0.0.1:11434"));
+    }
+
+    void theIdleLimitsAreAMinuteAndTwo() {
+        QCOMPARE(OllamaBackend::listingIdleTimeout, std::chrono::seconds(60));
+        QCOMPARE(OllamaBackend::idleTimeout, std::chrono::seconds(120));
+    }
+
+    void aRequestCarriesTheWholeConversation_data() {
+        QTest::addColumn<QString>("systemPrompt");
+        QTest::addColumn<QStringList>("history"); // of the user and the model in turn
+        QTest::addColumn<QString>("prompt");
+        QTest::newRow("nothing but the prompt") << QString() << QStringList() << u"Hi"_s;
+        QTest::newRow("a history") << u"Be brief."_s << QStringList{u"a"_s, u"b"_s} << u"c"_s;
+        QTest::newRow("empty texts") << QString() << QStringList{QString(), QString()} << QString();
+        QTest::newRow("texts of all kinds")
+            << u"  \"x\"\n\n\\ "_s
+            << QStringList{u"日本 🙂"_s, u"a\r\nb\u2028c\t"_s, QString(QChar(0))} << u" y "_s;
+    }
+
+    void aRequestCarriesTheWholeConversation() {
+        QFETCH(QString, systemPrompt);
+        QFETCH(QStringList, history);
+        QFETCH(QString, prompt);
+        m_fixture->server->enqueue(Script::streamed(chatLine(u"ok"_s, true)));
+        QList<ChatMessage> messages;
+        QStringList expected = {u"system: "_s + systemPrompt};
+        for (qsizetype i = 0; i < history.size(); ++i) {
+            const bool isUser = i % 2 == 0;
+            messages.append(message(isUser ? Role::user : Role::assistant, history[i]));
+            expected.append((isUser ? u"user: "_s : u"assistant: "_s) + history[i]);
+        }
+        expected.append(u"user: "_s + prompt);
+        OllamaBackend asked = m_fixture->backend();
+        const auto reply =
+            m_fixture->watchReply(asked.streamResponse(prompt, messages, systemPrompt));
+        QTRY_VERIFY(reply->hasEnded);
+        const QJsonObject document = m_fixture->sentDocument();
+        QStringList sent;
+        for (const QJsonValue& value : document[u"messages"].toArray()) {
+            QCOMPARE(value.toObject().size(), 2);
+            sent.append(value[u"role"].toString() + u": "_s + value[u"content"].toString());
+        }
+        QCOMPARE(sent, expected);
+        QCOMPARE(document[u"model"].toString(), u"llama3:8b"_s);
+        QCOMPARE(document[u"stream"], QJsonValue(true));
+        QCOMPARE(document.size(), 3);
+    }
+
+    void aRequestIsAPostOfJsonWithNoHeaderBesides() {
+        m_fixture->askAndWait(Script::streamed(chatLine(u"ok"_s, true)));
+        const auto request = m_fixture->server->request();
+        QCOMPARE(request.head,
+                 "POST /api/chat HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n"
+                 "Content-Type: application/json\r\nContent-Length: " +
+                     QByteArray::number(request.body.size()) + "\r\n\r\n");
+        QCOMPARE(request.body, R"({"model":"llama3:8b","messages":[{"role":"system","content":""},)"
+                               R"({"role":"user","content":"Hi"}],"stream":true})");
+    }
+
+    void resetChangesNothing() {
+        m_fixture->server->setFallback(Script::streamed(chatLine(u"ok"_s, true)));
+        OllamaBackend asked = m_fixture->backend();
+        for (int i = 0; i < 2; ++i) {
+            const auto reply = m_fixture->watchReply(asked.streamResponse(
+                u"c"_s, {message(Role::user, u"a"), message(Role::assistant, u"b")}, u"s"_s));
+            QTRY_VERIFY(reply->hasEnded);
+            asked.reset();
+        }
+        QCOMPARE(m_fixture->server->request(1).body, m_fixture->server->request(0).body);
+        QCOMPARE(m_fixture->sentDocument(1)[u"messages"].toArray().size(), 4);
+    }
+
+    void theRequestHoldsTheConversationAsItWasWhenAsked() {
+        m_fixture->server->enqueue(Script::streamed(chatLine(u"ok"_s, true)));
+        OllamaBackend asked = m_fixture->backend();
+        QList<ChatMessage> history = {message(Role::user, u"before")};
+        const auto reply = m_fixture->watchReply(asked.streamResponse(u"Hi"_s, history, QString()));
+        history[0].content = TextSnapshot(u"after");
+        history.append(message(Role::assistant, u"more"));
+        QTRY_VERIFY(reply->hasEnded);
+        QCOMPARE(m_fixture->sentDocument()[u"messages"].toArray().size(), 3);
+        QCOMPARE(m_fixture->sentDocument()[u"messages"][1][u"content"].toString(), u"before"_s);
+    }
+
+    void discoverListsTheModels() {
+        m_fixture->server->enqueue(Script::reply(
+            200,
+            R"({"models":[{"name":"b","size":5},{"name":"hf.co/x/y z🙂:Q4","size":4661224676},)"
+            R"({"name":"b","size":6}]})"));
+        const auto models = m_fixture->discover();
+        QCOMPARE(models, (QList<OllamaModelEntry>{
+                             {u"b"_s, 5}, {u"hf.co/x/y z🙂:Q4"_s, 4661224676}, {u"b"_s, 6}}));
+    }
+
+    void discoverDecodesOnTheNetworkThread() {
+        // Much to decode and little to hand over. The processor time of this thread alone is looked
+        // at, which the load of the machine does not change.
+        QJsonArray models;
+        for (int i = 0; i < 2000; ++i)
+            models.append(QJsonObject{{u"name"_s, u"model-%1"_s.arg(i)},
+                                      {u"size"_s, qint64(5'000'000'000) + i},
+                                      {u"digest"_s, QString(2'000, u'f')}});
+        const QByteArray listing = QJsonDocument(QJsonObject{{u"models"_s, models}}).toJson();
+        auto start = processorTimeOfThisThread();
+        QCOMPARE(OllamaTagsResponse::fromJson(listing).models.size(), 2000);
+        const auto decoding = processorTimeOfThisThread() - start;
+
+        m_fixture->server->enqueue(Script::reply(200, listing));
+        start = processorTimeOfThisThread();
+        const auto found = m_fixture->discover();
+        const auto spent = processorTimeOfThisThread() - start;
+        QCOMPARE(found.size(), 2000);
+        QCOMPARE(found.last(), (OllamaModelEntry{u"model-1999"_s, 5'000'001'999}));
+        QVERIFY2(spent < decoding / 3,
+                 qPrintable(u"%1 ns of %2"_s.arg(spent.count()).arg(decoding.count())));
+    }
+
+    void discoverGivesNothing_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        const QByteArray good = R"({"models":[{"name":"a","size":1}]})";
+        QTest::newRow("no models") << 200 << QByteArray(R"({"models":[]})");
+        QTest::newRow("not JSON") << 200 << QByteArray("Ollama is running");
+        QTest::newRow("nothing") << 200 << QByteArray();
+        QTest::newRow("an entry that does not read")
+            << 200 << QByteArray(R"({"models":[{"name":"a","size":1},{"name":"b"}]})");
+        QTest::newRow("201") << 201 << good;
+        QTest::newRow("301") << 301 << good;
+        QTest::newRow("404") << 404 << good;
+        QTest::newRow("500") << 500 << good;
+        QTest::newRow("not HTTP") << 0 << QByteArray("hello there, nothing here is HTTP\r\n\r\n");
+        QTest::newRow("cut short") << 0 << "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + good;
+    }
+
+    void discoverGivesNothing() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        m_fixture->server->enqueue(status == 0 ? Script().send(body) : Script::reply(status, body));
+        const auto models = m_fixture->discover();
+        QVERIFY(models.isEmpty());
+        QCOMPARE(m_fixture->server->requestCount(), 1);
+    }
+
+    void discoverGivesUpOnASilentServer_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("before the head") << QByteArray();
+        QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\n{\"models\":[]");
+    }
+
+    void discoverGivesUpOnASilentServer() {
+        QFETCH(QByteArray, bytes);
+        m_fixture->server->enqueue(Script().send(bytes).hold());
+        QVERIFY(m_fixture->discover(std::chrono::milliseconds(50)).isEmpty());
+        QTRY_VERIFY(m_fixture->server->clientClosed());
+    }
+
+    void withoutAServerNothingIsDiscoveredAndBackendsStayAvailable() {
+        const OllamaBackend listed = m_fixture->backend();
+        m_fixture->server->stop();
+        const auto models = m_fixture->discover();
+        QVERIFY(models.isEmpty());
+        QVERIFY(listed.isAvailable());
+    }
+
+    void discoverMakesAPlainGet() {
+        m_fixture->server->enqueue(Script::reply(200, R"({"models":[]})"));
+        m_fixture->discover();
+        QCOMPARE(
+            m_fixture->server->request().head,
+            QByteArray(
+                "GET /api/tags HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n\r\n"));
+    }
+
+    void proxiesOfTheEnvironmentAreNotUsed() {
+        ScriptedServer proxy;
+        QVERIFY(proxy.listen());
+        const QByteArray address = "http://127.0.0.1:" + QByteArray::number(proxy.port());
+        const QByteArrayList names = {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"};
+        for (const QByteArray& name : names)
+            qputenv(name, address);
+        const auto reply = m_fixture->askAndWait(Script::streamed(chatLine(u"direct"_s, true)));
+        m_fixture->server->enqueue(Script::reply(200, R"({"models":[{"name":"a","size":1}]})"));
+        const auto models = m_fixture->discover();
+        for (const QByteArray& name : names)
+            qunsetenv(name);
+        QCOMPARE(reply->texts(), QStringList{u"direct"_s});
+        QCOMPARE(models.size(), 1);
+        QCOMPARE(proxy.requestCount(), 0);
+    }
 
 private:
     std::unique_ptr<OllamaFixture> m_fixture;
 };
-
-void OllamaBackendTests::init() {
-    m_fixture = std::make_unique<OllamaFixture>();
-    const QString fault = m_fixture->start();
-    QVERIFY2(fault.isEmpty(), qPrintable(fault));
-}
-
-void OllamaBackendTests::theDescriptorComesFromTheEntry() {
-    const OllamaBackend backend({u"llama3:8b"_s, 4661224676}, *m_fixture->network);
-    QCOMPARE(backend.info().id(), u"ollama-llama3:8b"_s);
-    QCOMPARE(backend.info().name(), u"llama3:8b"_s);
-    QCOMPARE(backend.info().source(), ModelSource::ollama);
-    QCOMPARE(backend.info().detail, u"4.7 GB \u00B7 Ollama"_s);
-    QVERIFY(backend.isAvailable());
-    QCOMPARE(m_fixture->server->requestCount(), 0);
-}
-
-void OllamaBackendTests::theSizeIsInDecimalGigabytes_data() {
-    QTest::addColumn<qint64>("size");
-    QTest::addColumn<QString>("text");
-    const QList<std::pair<qint64, QString>> rows = {
-        {0, u"0.0 GB"_s},
-        {1, u"0.0 GB"_s},
-        {49'999'999, u"0.0 GB"_s},
-        {50'000'000, u"0.1 GB"_s},
-        {250'000'000, u"0.2 GB"_s},
-        {350'000'000, u"0.3 GB"_s},
-        {750'000'000, u"0.8 GB"_s},
-        {949'999'999, u"0.9 GB"_s},
-        {950'000'000, u"0.9 GB"_s},
-        {1'000'000'000, u"1.0 GB"_s},
-        {1'073'741'824, u"1.1 GB"_s},
-        {4'661'224'676, u"4.7 GB"_s},
-        {404'000'000'000, u"404.0 GB"_s},
-        {1'234'567'000'000, u"1234.6 GB"_s},
-        {-1'500'000'000, u"-1.5 GB"_s},
-        {std::numeric_limits<qint64>::max(), u"9223372036.9 GB"_s},
-        {std::numeric_limits<qint64>::min(), u"-9223372036.9 GB"_s}};
-    for (const auto& [size, text] : rows)
-        QTest::addRow("%lld", size) << size << text;
-}
-
-void OllamaBackendTests::theSizeIsInDecimalGigabytes() {
-    QFETCH(qint64, size);
-    QFETCH(QString, text);
-    // The C library's own rounding is the measure; the tests run in a locale with a full stop.
-    std::array<char, 64> formatted;
-    std::snprintf(formatted.data(), formatted.size(), "%.1f GB",
-                  static_cast<double>(size) / 1'000'000'000);
-    QCOMPARE(text, QString::fromLatin1(formatted.data()));
-    const OllamaBackend backend({u"m"_s, size}, *m_fixture->network);
-    QCOMPARE(backend.info().detail, text + u" · Ollama"_s);
-}
-
-void OllamaBackendTests::theSizeHasAFullStopInEveryLocale() {
-    const QLocale before;
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    // Where the C library has such a locale, it is tried as well.
-    const std::string numbers = std::setlocale(LC_NUMERIC, nullptr);
-    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
-    const OllamaBackend backend({u"m"_s, 1'234'567'000'000}, *m_fixture->network);
-    std::setlocale(LC_NUMERIC, numbers.c_str());
-    QLocale::setDefault(before);
-    QCOMPARE(backend.info().detail, u"1234.6 GB · Ollama"_s);
-}
-
-void OllamaBackendTests::theAddressIsTheLoopbackPort() {
-    QCOMPARE(OllamaBackend::baseURL().port(), OllamaFixture::port);
-    QVERIFY(!OllamaBackend::baseURL().isUnixSocket());
-    QCOMPARE(OllamaBackend::baseURL().host(), QByteArray("127.0.0.1:11434"));
-}
-
-void OllamaBackendTests::theIdleLimitsAreAMinuteAndTwo() {
-    QCOMPARE(OllamaBackend::listingIdleTimeout, std::chrono::seconds(60));
-    QCOMPARE(OllamaBackend::idleTimeout, std::chrono::seconds(120));
-}
-
-void OllamaBackendTests::aRequestCarriesTheWholeConversation_data() {
-    QTest::addColumn<QString>("systemPrompt");
-    QTest::addColumn<QStringList>("history"); // of the user and the model in turn
-    QTest::addColumn<QString>("prompt");
-    QTest::newRow("nothing but the prompt") << QString() << QStringList() << u"Hi"_s;
-    QTest::newRow("a history") << u"Be brief."_s << QStringList{u"a"_s, u"b"_s} << u"c"_s;
-    QTest::newRow("empty texts") << QString() << QStringList{QString(), QString()} << QString();
-    QTest::newRow("texts of all kinds")
-        << u"  \"x\"\n\n\\ "_s
-        << QStringList{u"日本 🙂"_s, u"a\r\nb\u2028c\t"_s, QString(QChar(0))} << u" y "_s;
-}
-
-void OllamaBackendTests::aRequestCarriesTheWholeConversation() {
-    QFETCH(QString, systemPrompt);
-    QFETCH(QStringList, history);
-    QFETCH(QString, prompt);
-    m_fixture->server->enqueue(Script::streamed(chatLine(u"ok"_s, true)));
-    QList<ChatMessage> messages;
-    QStringList expected = {u"system: "_s + systemPrompt};
-    for (qsizetype i = 0; i < history.size(); ++i) {
-        const bool isUser = i % 2 == 0;
-        messages.append(message(isUser ? Role::user : Role::assistant, history[i]));
-        expected.append((isUser ? u"user: "_s : u"assistant: "_s) + history[i]);
-    }
-    expected.append(u"user: "_s + prompt);
-    OllamaBackend asked = m_fixture->backend();
-    const auto reply = m_fixture->watchReply(asked.streamResponse(prompt, messages, systemPrompt));
-    QTRY_VERIFY(reply->hasEnded);
-    const QJsonObject document = m_fixture->sentDocument();
-    QStringList sent;
-    for (const QJsonValue& value : document[u"messages"].toArray()) {
-        QCOMPARE(value.toObject().size(), 2);
-        sent.append(value[u"role"].toString() + u": "_s + value[u"content"].toString());
-    }
-    QCOMPARE(sent, expected);
-    QCOMPARE(document[u"model"].toString(), u"llama3:8b"_s);
-    QCOMPARE(document[u"stream"], QJsonValue(true));
-    QCOMPARE(document.size(), 3);
-}
-
-void OllamaBackendTests::aRequestIsAPostOfJsonWithNoHeaderBesides() {
-    m_fixture->askAndWait(Script::streamed(chatLine(u"ok"_s, true)));
-    const auto request = m_fixture->server->request();
-    QCOMPARE(request.head,
-             "POST /api/chat HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n"
-             "Content-Type: application/json\r\nContent-Length: " +
-                 QByteArray::number(request.body.size()) + "\r\n\r\n");
-    QCOMPARE(request.body, R"({"model":"llama3:8b","messages":[{"role":"system","content":""},)"
-                           R"({"role":"user","content":"Hi"}],"stream":true})");
-}
-
-void OllamaBackendTests::resetChangesNothing() {
-    m_fixture->server->setFallback(Script::streamed(chatLine(u"ok"_s, true)));
-    OllamaBackend asked = m_fixture->backend();
-    for (int i = 0; i < 2; ++i) {
-        const auto reply = m_fixture->watchReply(asked.streamResponse(
-            u"c"_s, {message(Role::user, u"a"), message(Role::assistant, u"b")}, u"s"_s));
-        QTRY_VERIFY(reply->hasEnded);
-        asked.reset();
-    }
-    QCOMPARE(m_fixture->server->request(1).body, m_fixture->server->request(0).body);
-    QCOMPARE(m_fixture->sentDocument(1)[u"messages"].toArray().size(), 4);
-}
-
-void OllamaBackendTests::theRequestHoldsTheConversationAsItWasWhenAsked() {
-    m_fixture->server->enqueue(Script::streamed(chatLine(u"ok"_s, true)));
-    OllamaBackend asked = m_fixture->backend();
-    QList<ChatMessage> history = {message(Role::user, u"before")};
-    const auto reply = m_fixture->watchReply(asked.streamResponse(u"Hi"_s, history, QString()));
-    history[0].content = TextSnapshot(u"after");
-    history.append(message(Role::assistant, u"more"));
-    QTRY_VERIFY(reply->hasEnded);
-    QCOMPARE(m_fixture->sentDocument()[u"messages"].toArray().size(), 3);
-    QCOMPARE(m_fixture->sentDocument()[u"messages"][1][u"content"].toString(), u"before"_s);
-}
-
-void OllamaBackendTests::discoverListsTheModels() {
-    m_fixture->server->enqueue(Script::reply(
-        200, R"({"models":[{"name":"b","size":5},{"name":"hf.co/x/y z🙂:Q4","size":4661224676},)"
-             R"({"name":"b","size":6}]})"));
-    const auto models = m_fixture->discover();
-    QCOMPARE(models, (QList<OllamaModelEntry>{
-                         {u"b"_s, 5}, {u"hf.co/x/y z🙂:Q4"_s, 4661224676}, {u"b"_s, 6}}));
-}
-
-void OllamaBackendTests::discoverDecodesOnTheNetworkThread() {
-    // Much to decode and little to hand over. The processor time of this thread alone is looked at,
-    // which the load of the machine does not change.
-    QJsonArray models;
-    for (int i = 0; i < 2000; ++i)
-        models.append(QJsonObject{{u"name"_s, u"model-%1"_s.arg(i)},
-                                  {u"size"_s, qint64(5'000'000'000) + i},
-                                  {u"digest"_s, QString(2'000, u'f')}});
-    const QByteArray listing = QJsonDocument(QJsonObject{{u"models"_s, models}}).toJson();
-    auto start = processorTimeOfThisThread();
-    QCOMPARE(OllamaTagsResponse::fromJson(listing).models.size(), 2000);
-    const auto decoding = processorTimeOfThisThread() - start;
-
-    m_fixture->server->enqueue(Script::reply(200, listing));
-    start = processorTimeOfThisThread();
-    const auto found = m_fixture->discover();
-    const auto spent = processorTimeOfThisThread() - start;
-    QCOMPARE(found.size(), 2000);
-    QCOMPARE(found.last(), (OllamaModelEntry{u"model-1999"_s, 5'000'001'999}));
-    QVERIFY2(spent < decoding / 3,
-             qPrintable(u"%1 ns of %2"_s.arg(spent.count()).arg(decoding.count())));
-}
-
-void OllamaBackendTests::discoverGivesNothing_data() {
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    const QByteArray good = R"({"models":[{"name":"a","size":1}]})";
-    QTest::newRow("no models") << 200 << QByteArray(R"({"models":[]})");
-    QTest::newRow("not JSON") << 200 << QByteArray("Ollama is running");
-    QTest::newRow("nothing") << 200 << QByteArray();
-    QTest::newRow("an entry that does not read")
-        << 200 << QByteArray(R"({"models":[{"name":"a","size":1},{"name":"b"}]})");
-    QTest::newRow("201") << 201 << good;
-    QTest::newRow("301") << 301 << good;
-    QTest::newRow("404") << 404 << good;
-    QTest::newRow("500") << 500 << good;
-    QTest::newRow("not HTTP") << 0 << QByteArray("hello there, nothing here is HTTP\r\n\r\n");
-    QTest::newRow("cut short") << 0 << "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + good;
-}
-
-void OllamaBackendTests::discoverGivesNothing() {
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    m_fixture->server->enqueue(status == 0 ? Script().send(body) : Script::reply(status, body));
-    const auto models = m_fixture->discover();
-    QVERIFY(models.isEmpty());
-    QCOMPARE(m_fixture->server->requestCount(), 1);
-}
-
-void OllamaBackendTests::discoverGivesUpOnASilentServer_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("before the head") << QByteArray();
-    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\n{\"models\":[]");
-}
-
-void OllamaBackendTests::discoverGivesUpOnASilentServer() {
-    QFETCH(QByteArray, bytes);
-    m_fixture->server->enqueue(Script().send(bytes).hold());
-    QVERIFY(m_fixture->discover(std::chrono::milliseconds(50)).isEmpty());
-    QTRY_VERIFY(m_fixture->server->clientClosed());
-}
-
-void OllamaBackendTests::withoutAServerNothingIsDiscoveredAndBackendsStayAvailable() {
-    const OllamaBackend listed = m_fixture->backend();
-    m_fixture->server->stop();
-    const auto models = m_fixture->discover();
-    QVERIFY(models.isEmpty());
-    QVERIFY(listed.isAvailable());
-}
-
-void OllamaBackendTests::discoverMakesAPlainGet() {
-    m_fixture->server->enqueue(Script::reply(200, R"({"models":[]})"));
-    m_fixture->discover();
-    QCOMPARE(
-        m_fixture->server->request().head,
-        QByteArray("GET /api/tags HTTP/1.1\r\nHost: 127.0.0.1:11434\r\nConnection: close\r\n\r\n"));
-}
-
-void OllamaBackendTests::proxiesOfTheEnvironmentAreNotUsed() {
-    ScriptedServer proxy;
-    QVERIFY(proxy.listen());
-    const QByteArray address = "http://127.0.0.1:" + QByteArray::number(proxy.port());
-    const QByteArrayList names = {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"};
-    for (const QByteArray& name : names)
-        qputenv(name, address);
-    const auto reply = m_fixture->askAndWait(Script::streamed(chatLine(u"direct"_s, true)));
-    m_fixture->server->enqueue(Script::reply(200, R"({"models":[{"name":"a","size":1}]})"));
-    const auto models = m_fixture->discover();
-    for (const QByteArray& name : names)
-        qunsetenv(name);
-    QCOMPARE(reply->texts(), QStringList{u"direct"_s});
-    QCOMPARE(models.size(), 1);
-    QCOMPARE(proxy.requestCount(), 0);
-}
 
 TELLWICK_TEST(OllamaBackendTests, EventLoop)
 #include "OllamaBackendTests.moc"
