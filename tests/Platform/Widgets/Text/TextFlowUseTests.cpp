@@ -61,13 +61,13 @@ private Q_SLOTS:
         Filled flow({}, 300);
         const double whole = cost([&] { flow.replaceTail(0, plain(text)); });
         const double added = cost([&] {
-            for (int i = 0; i < 100; ++i)
+            for (int i = 0; i < 20; ++i)
                 flow.replaceTail(flow.content().text.size(), plain(u"token "_s));
         });
         if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
-            qInfo("%.0f us an append at %lld KB", added * 10'000, qlonglong(text.size() / 1000));
-        // Laid out anew each time, the text would cost 100 times the whole.
-        QVERIFY2(added < 20 * whole, qPrintable(u"%1 and %2 s"_s.arg(added).arg(whole)));
+            qInfo("%.0f us an append at %lld KB", added * 50'000, qlonglong(text.size() / 1000));
+        // Laid out anew each time, the text would cost 20 times the whole.
+        QVERIFY2(added < 5 * whole, qPrintable(u"%1 and %2 s"_s.arg(added).arg(whole)));
     }
 
     void aWiderFlowLeavesShortParagraphsAlone() {

@@ -71,6 +71,15 @@ private Q_SLOTS:
         QTest::mouseRelease(&f.view, Qt::LeftButton, {}, f.before(10));
     }
 
+    void theSelectionEndsWhereAShorterTextDoes() {
+        TextWindow f(u"some words");
+        f.view.select({5, 10});
+        f.view.setPlainText(TextSnapshot(u"some wo"));
+        QCOMPARE(f.view.selection(), (TextSpan{5, 7}));
+        f.view.setPlainText(TextSnapshot(u"some"));
+        QVERIFY(!f.view.hasSelection());
+    }
+
     void theSelectionSurvivesMarkdownGrowth() {
         TextWindow f;
         TextBuilder builder;
