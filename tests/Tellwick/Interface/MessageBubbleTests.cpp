@@ -238,8 +238,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isOnPadding");
         QTest::newRow("the user's text") << Role::user << false;
         QTest::newRow("the model's text") << Role::assistant << false;
-        QTest::newRow("the ground about the user's text") << Role::user << true;
-        QTest::newRow("the ground about the model's text") << Role::assistant << true;
+        QTest::newRow("the background of the user's text") << Role::user << true;
+        QTest::newRow("the background of the model's text") << Role::assistant << true;
     }
 
     void aMessagesMenuHasTheOneEntryCopy() {

@@ -235,7 +235,7 @@ private Q_SLOTS:
     /// Any text, in chunks of any size, changed and made narrower and wider.
     void whateverIsDoneItLooksLikeTheWhole() {
         QRandomGenerator generator(20240711);
-        const auto upTo = [&](qsizetype most) { return generator.bounded(int(most) + 1); };
+        const auto upTo = [&](qsizetype maximum) { return generator.bounded(int(maximum) + 1); };
         const QString odd = u"W/ i\t\r\n\u2028-\u00ad\u200b\u200d\u202e\ufeff\u0301"_s + QChar(0) +
                             QChar(0xd83d) + QChar(0xde00) + u"\u05e9\u05dc\u4e2d"_s;
         const QStringList alphabets{u"some words "_s, base64, devanagari, arabic, odd, u"W/i"_s};
