@@ -4,11 +4,11 @@
 
 #include <ctime>
 #include <functional>
+#include <malloc.h>
 
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
-#else
-#include <malloc.h>
+/// Of the sanitizer's run-time library; not every compiler brings the header.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 using namespace Qt::StringLiterals;
