@@ -235,8 +235,8 @@ private Q_SLOTS:
     void changesAreSavedWhenTheApplicationQuits() {
         ModelContext context(m->container, never);
         context.insert(makeNote(1, {u"a"_s}));
-        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-        qApp->exec();
+        QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+        QCoreApplication::exec();
         QVERIFY(!context.hasChanges());
         QCOMPARE(m->lines(), Lines{QStringList{u"a"_s}});
     }

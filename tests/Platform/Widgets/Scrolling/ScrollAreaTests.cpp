@@ -12,6 +12,8 @@
 #include <QScroller>
 #include <QVBoxLayout>
 
+#include <memory>
+
 using namespace Qt::StringLiterals;
 using namespace platform;
 using tests::Box;
@@ -187,13 +189,13 @@ private Q_SLOTS:
     }
 
     void aFingerDragsTheContent() {
+        const std::unique_ptr<QPointingDevice> device(QTest::createTouchDevice());
         Fixture f;
-        QPointingDevice* device = QTest::createTouchDevice();
-        QTest::touchEvent(&f.window, device).press(0, {200, 350}, &f.window);
+        QTest::touchEvent(&f.window, device.get()).press(0, {200, 350}, &f.window);
         for (int y = 330; y >= 100; y -= 10)
-            QTest::touchEvent(&f.window, device).move(0, {200, y}, &f.window);
+            QTest::touchEvent(&f.window, device.get()).move(0, {200, y}, &f.window);
         QTRY_VERIFY(f.offset() > 100);
-        QTest::touchEvent(&f.window, device).release(0, {200, 100}, &f.window);
+        QTest::touchEvent(&f.window, device.get()).release(0, {200, 100}, &f.window);
         QVERIFY(f.settle());
     }
 
