@@ -21,176 +21,165 @@ class UserDirectoriesTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void foldersFollowTheVariables_data();
-    void foldersFollowTheVariables();
+    void initTestCase() {
+        m_root = std::make_unique<QTemporaryDir>();
+        // A system whose package manager knows no engine and no mirror to get it from.
+        QVERIFY(QDir().mkpath(in(u"/bin"_s)));
+        for (const auto* tool : {"apt-get", "apt-cache", "dpkg"})
+            QVERIFY(QFile::link(u"/bin/true"_s, in(u"/bin/"_s + QLatin1String(tool))));
+    }
+
+    void foldersFollowTheVariables_data() {
+        QTest::addColumn<Variables>("variables");
+        QTest::addColumn<QStringList>("data");
+        QTest::addColumn<QStringList>("runtime");
+        const QString home = u"/R/home/.local/share"_s;
+        const QStringList usual{home, u"/usr/local/share"_s, u"/usr/share"_s};
+        const QStringList temporary{u"/tmp"_s};
+        const auto row = [](const char* name, const Variables& variables, const QStringList& data,
+                            const QStringList& runtime) {
+            QTest::newRow(name) << variables << data << runtime;
+        };
+        row("nothing set", {}, usual, temporary);
+        row("all empty",
+            {{u"XDG_DATA_HOME"_s, u""_s},
+             {u"XDG_DATA_DIRS"_s, u""_s},
+             {u"XDG_RUNTIME_DIR"_s, u""_s},
+             {u"TMPDIR"_s, u""_s}},
+            usual, temporary);
+        row("all set",
+            {{u"XDG_DATA_HOME"_s, u"/R/data"_s},
+             {u"XDG_DATA_DIRS"_s, u"/R/a:/R/b/c"_s},
+             {u"XDG_RUNTIME_DIR"_s, u"/R/run"_s},
+             {u"TMPDIR"_s, u"/R/tmp"_s}},
+            {u"/R/data"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
+        row("relative",
+            {{u"XDG_DATA_HOME"_s, u"data"_s},
+             {u"XDG_DATA_DIRS"_s, u"a:../b:./c"_s},
+             {u"XDG_RUNTIME_DIR"_s, u"run"_s},
+             {u"TMPDIR"_s, u"tmp"_s}},
+            usual, temporary);
+        row("some relative", {{u"XDG_DATA_DIRS"_s, u"a:/R/b::c:/R/d"_s}},
+            {home, u"/R/b"_s, u"/R/d"_s}, temporary);
+        row("a tilde is no home", {{u"XDG_DATA_HOME"_s, u"~/data"_s}}, usual, temporary);
+        row("a colon is part of a name",
+            {{u"XDG_DATA_HOME"_s, u"/R/x:y"_s},
+             {u"XDG_RUNTIME_DIR"_s, u"/R/run:1"_s},
+             {u"TMPDIR"_s, u"/R/tmp:/R/2"_s}},
+            {u"/R/x:y"_s, u"/usr/local/share"_s, u"/usr/share"_s},
+            {u"/R/run:1"_s, u"/R/tmp:/R/2"_s});
+        row("unclean",
+            {{u"XDG_DATA_HOME"_s, u"/R/data/../other//x/"_s},
+             {u"XDG_DATA_DIRS"_s, u"/R/a/:/R/b//c/."_s},
+             {u"XDG_RUNTIME_DIR"_s, u"/R/run/"_s},
+             {u"TMPDIR"_s, u"/R//tmp/"_s}},
+            {u"/R/other/x"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
+        row("blanks and letters",
+            {{u"XDG_DATA_HOME"_s, u"/R/mein Ordner/ä"_s}, {u"XDG_DATA_DIRS"_s, u"/R/a b"_s}},
+            {u"/R/mein Ordner/ä"_s, u"/R/a b"_s}, temporary);
+    }
+    void foldersFollowTheVariables() {
+        QFETCH(Variables, variables);
+        QFETCH(QStringList, data);
+        QFETCH(QStringList, runtime);
+        for (QString& folder : data)
+            folder = placed(folder) + u"/tellwick"_s;
+        for (QString& folder : runtime)
+            folder = placed(folder) + u"/tellwick"_s;
+        runtime.last() += u"-%1"_s.arg(geteuid()); // a folder for all users
+
+        const UserDirectories directories = this->directories(variables);
+        QCOMPARE(directories.dataHome(), data.constFirst());
+        QCOMPARE(directories.dataFolders(), data);
+        QCOMPARE(directories.runtimeFolders(), runtime);
+    }
+
     void theScriptsFollowTheSameVariables_data() { foldersFollowTheVariables_data(); }
-    void theScriptsFollowTheSameVariables();
-    void theEnvironmentIsTheUsers();
-    void itsOwnProgramsComeBeforeThoseOnPath_data();
-    void itsOwnProgramsComeBeforeThoseOnPath();
+    void theScriptsFollowTheSameVariables() {
+        QFETCH(Variables, variables);
+        variables.remove(u"TMPDIR"_s); // not theirs alone
+        const UserDirectories directories = this->directories(variables);
+        for (const QString& folder : directories.dataFolders())
+            if (folder.startsWith(m_root->path()))
+                QDir(folder).removeRecursively();
+
+        // What is to be fetched goes to the user's own folder.
+        QCOMPARE(run(u"get-model"_s, {}, variables), 1);
+        QVERIFY(QDir(directories.dataHome() + u"/models"_s).exists());
+        QCOMPARE(run(u"get-engine"_s, {in(u"/libexec"_s)}, variables), 1);
+        QVERIFY(QDir(directories.dataHome() + u"/engine"_s).exists());
+
+        // A model that the program would find is not fetched again.
+        for (const QString& folder : directories.dataFolders()) {
+            if (!folder.startsWith(m_root->path()))
+                continue;
+            QVERIFY(QDir().mkpath(folder + u"/models"_s));
+            QFile model(folder + u"/models/on-device.gguf"_s);
+            QVERIFY(model.open(QIODevice::WriteOnly) && model.write("x") == 1);
+            model.close();
+            QCOMPARE(run(u"get-model"_s, {}, variables), 0);
+            QVERIFY(model.remove());
+        }
+    }
+
+    void theEnvironmentIsTheUsers() {
+        qputenv("XDG_DATA_HOME", "/data");
+        QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(), u"/data/a"_s);
+        qunsetenv("XDG_DATA_HOME");
+        QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(),
+                 QDir::homePath() + u"/.local/share/a"_s);
+    }
+
+    void itsOwnProgramsComeBeforeThoseOnPath_data() {
+        QTest::addColumn<QString>("ownFolder");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QStringList>("folders");
+        QTest::newRow("installed")
+            << u"/usr/bin"_s << u"/opt/bin:/usr/bin/"_s
+            << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s, u"/usr/bin"_s};
+        QTest::newRow("in a build")
+            << u"/src/build/dev/bin/"_s << u"/opt/bin"_s
+            << QStringList{u"/src/build/dev/libexec/tellwick"_s, u"/opt/bin"_s};
+        QTest::newRow("without a path")
+            << u"/usr/bin"_s << QString()
+            << QStringList{u"/usr/libexec/tellwick"_s, u"/usr/bin"_s, u"/bin"_s};
+        QTest::newRow("a relative path") << u"/usr/bin"_s << u".:bin:/opt/bin"_s
+                                         << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s};
+    }
+    void itsOwnProgramsComeBeforeThoseOnPath() {
+        QFETCH(QString, ownFolder);
+        QFETCH(QString, path);
+        QTEST(directories({{u"PATH"_s, path}}).programFolders(ownFolder), "folders");
+    }
 
 private:
     /// The path with the test's own folder in front, where it is in the way of nobody.
     QString in(const QString& path) const { return m_root->path() + path; }
     /// A setting, in which "/R" stands for that folder.
     QString placed(QString setting) const { return setting.replace(u"/R"_s, m_root->path()); }
-    UserDirectories directories(const Variables& variables) const;
-    int run(const QString& script, const QStringList& arguments, const Variables& variables) const;
+    UserDirectories directories(const Variables& variables) const {
+        return {u"tellwick"_s,
+                [&](const char* name) { return placed(variables.value(QLatin1String(name))); },
+                in(u"/home"_s)};
+    }
+
+    int run(const QString& script, const QStringList& arguments, const Variables& variables) const {
+        QProcessEnvironment environment;
+        environment.insert(u"PATH"_s, in(u"/bin"_s) + u':' + qEnvironmentVariable("PATH"));
+        environment.insert(u"HOME"_s, in(u"/home"_s));
+        environment.insert(u"TELLWICK_TEST_MODEL_BASE"_s,
+                           u"http://127.0.0.1:9"_s); // nobody listens
+        for (auto variable = variables.begin(); variable != variables.end(); ++variable)
+            environment.insert(variable.key(), placed(variable.value()));
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(m_root->path());
+        process.start(QStringLiteral(SCRIPTS_FOLDER) + u'/' + script, arguments);
+        return process.waitForFinished(60'000) ? process.exitCode() : -1;
+    }
 
     std::unique_ptr<QTemporaryDir> m_root;
 };
-
-void UserDirectoriesTests::initTestCase() {
-    m_root = std::make_unique<QTemporaryDir>();
-    // A system whose package manager knows no engine and no mirror to get it from.
-    QVERIFY(QDir().mkpath(in(u"/bin"_s)));
-    for (const auto* tool : {"apt-get", "apt-cache", "dpkg"})
-        QVERIFY(QFile::link(u"/bin/true"_s, in(u"/bin/"_s + QLatin1String(tool))));
-}
-
-UserDirectories UserDirectoriesTests::directories(const Variables& variables) const {
-    return {u"tellwick"_s,
-            [&](const char* name) { return placed(variables.value(QLatin1String(name))); },
-            in(u"/home"_s)};
-}
-
-void UserDirectoriesTests::foldersFollowTheVariables_data() {
-    QTest::addColumn<Variables>("variables");
-    QTest::addColumn<QStringList>("data");
-    QTest::addColumn<QStringList>("runtime");
-    const QString home = u"/R/home/.local/share"_s;
-    const QStringList usual{home, u"/usr/local/share"_s, u"/usr/share"_s};
-    const QStringList temporary{u"/tmp"_s};
-    const auto row = [](const char* name, const Variables& variables, const QStringList& data,
-                        const QStringList& runtime) {
-        QTest::newRow(name) << variables << data << runtime;
-    };
-    row("nothing set", {}, usual, temporary);
-    row("all empty",
-        {{u"XDG_DATA_HOME"_s, u""_s},
-         {u"XDG_DATA_DIRS"_s, u""_s},
-         {u"XDG_RUNTIME_DIR"_s, u""_s},
-         {u"TMPDIR"_s, u""_s}},
-        usual, temporary);
-    row("all set",
-        {{u"XDG_DATA_HOME"_s, u"/R/data"_s},
-         {u"XDG_DATA_DIRS"_s, u"/R/a:/R/b/c"_s},
-         {u"XDG_RUNTIME_DIR"_s, u"/R/run"_s},
-         {u"TMPDIR"_s, u"/R/tmp"_s}},
-        {u"/R/data"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
-    row("relative",
-        {{u"XDG_DATA_HOME"_s, u"data"_s},
-         {u"XDG_DATA_DIRS"_s, u"a:../b:./c"_s},
-         {u"XDG_RUNTIME_DIR"_s, u"run"_s},
-         {u"TMPDIR"_s, u"tmp"_s}},
-        usual, temporary);
-    row("some relative", {{u"XDG_DATA_DIRS"_s, u"a:/R/b::c:/R/d"_s}}, {home, u"/R/b"_s, u"/R/d"_s},
-        temporary);
-    row("a tilde is no home", {{u"XDG_DATA_HOME"_s, u"~/data"_s}}, usual, temporary);
-    row("a colon is part of a name",
-        {{u"XDG_DATA_HOME"_s, u"/R/x:y"_s},
-         {u"XDG_RUNTIME_DIR"_s, u"/R/run:1"_s},
-         {u"TMPDIR"_s, u"/R/tmp:/R/2"_s}},
-        {u"/R/x:y"_s, u"/usr/local/share"_s, u"/usr/share"_s}, {u"/R/run:1"_s, u"/R/tmp:/R/2"_s});
-    row("unclean",
-        {{u"XDG_DATA_HOME"_s, u"/R/data/../other//x/"_s},
-         {u"XDG_DATA_DIRS"_s, u"/R/a/:/R/b//c/."_s},
-         {u"XDG_RUNTIME_DIR"_s, u"/R/run/"_s},
-         {u"TMPDIR"_s, u"/R//tmp/"_s}},
-        {u"/R/other/x"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
-    row("blanks and letters",
-        {{u"XDG_DATA_HOME"_s, u"/R/mein Ordner/ä"_s}, {u"XDG_DATA_DIRS"_s, u"/R/a b"_s}},
-        {u"/R/mein Ordner/ä"_s, u"/R/a b"_s}, temporary);
-}
-
-void UserDirectoriesTests::foldersFollowTheVariables() {
-    QFETCH(Variables, variables);
-    QFETCH(QStringList, data);
-    QFETCH(QStringList, runtime);
-    for (QString& folder : data)
-        folder = placed(folder) + u"/tellwick"_s;
-    for (QString& folder : runtime)
-        folder = placed(folder) + u"/tellwick"_s;
-    runtime.last() += u"-%1"_s.arg(geteuid()); // a folder for all users
-
-    const UserDirectories directories = this->directories(variables);
-    QCOMPARE(directories.dataHome(), data.constFirst());
-    QCOMPARE(directories.dataFolders(), data);
-    QCOMPARE(directories.runtimeFolders(), runtime);
-}
-
-int UserDirectoriesTests::run(const QString& script, const QStringList& arguments,
-                              const Variables& variables) const {
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s, in(u"/bin"_s) + u':' + qEnvironmentVariable("PATH"));
-    environment.insert(u"HOME"_s, in(u"/home"_s));
-    environment.insert(u"TELLWICK_TEST_MODEL_BASE"_s, u"http://127.0.0.1:9"_s); // nobody listens
-    for (auto variable = variables.begin(); variable != variables.end(); ++variable)
-        environment.insert(variable.key(), placed(variable.value()));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(m_root->path());
-    process.start(QStringLiteral(SCRIPTS_FOLDER) + u'/' + script, arguments);
-    return process.waitForFinished(60'000) ? process.exitCode() : -1;
-}
-
-void UserDirectoriesTests::theScriptsFollowTheSameVariables() {
-    QFETCH(Variables, variables);
-    variables.remove(u"TMPDIR"_s); // not theirs alone
-    const UserDirectories directories = this->directories(variables);
-    for (const QString& folder : directories.dataFolders())
-        if (folder.startsWith(m_root->path()))
-            QDir(folder).removeRecursively();
-
-    // What is to be fetched goes to the user's own folder.
-    QCOMPARE(run(u"get-model"_s, {}, variables), 1);
-    QVERIFY(QDir(directories.dataHome() + u"/models"_s).exists());
-    QCOMPARE(run(u"get-engine"_s, {in(u"/libexec"_s)}, variables), 1);
-    QVERIFY(QDir(directories.dataHome() + u"/engine"_s).exists());
-
-    // A model that the program would find is not fetched again.
-    for (const QString& folder : directories.dataFolders()) {
-        if (!folder.startsWith(m_root->path()))
-            continue;
-        QVERIFY(QDir().mkpath(folder + u"/models"_s));
-        QFile model(folder + u"/models/on-device.gguf"_s);
-        QVERIFY(model.open(QIODevice::WriteOnly) && model.write("x") == 1);
-        model.close();
-        QCOMPARE(run(u"get-model"_s, {}, variables), 0);
-        QVERIFY(model.remove());
-    }
-}
-
-void UserDirectoriesTests::theEnvironmentIsTheUsers() {
-    qputenv("XDG_DATA_HOME", "/data");
-    QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(), u"/data/a"_s);
-    qunsetenv("XDG_DATA_HOME");
-    QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(),
-             QDir::homePath() + u"/.local/share/a"_s);
-}
-
-void UserDirectoriesTests::itsOwnProgramsComeBeforeThoseOnPath_data() {
-    QTest::addColumn<QString>("ownFolder");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QStringList>("folders");
-    QTest::newRow("installed") << u"/usr/bin"_s << u"/opt/bin:/usr/bin/"_s
-                               << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s,
-                                              u"/usr/bin"_s};
-    QTest::newRow("in a build") << u"/src/build/dev/bin/"_s << u"/opt/bin"_s
-                                << QStringList{u"/src/build/dev/libexec/tellwick"_s, u"/opt/bin"_s};
-    QTest::newRow("without a path")
-        << u"/usr/bin"_s << QString()
-        << QStringList{u"/usr/libexec/tellwick"_s, u"/usr/bin"_s, u"/bin"_s};
-    QTest::newRow("a relative path") << u"/usr/bin"_s << u".:bin:/opt/bin"_s
-                                     << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s};
-}
-
-void UserDirectoriesTests::itsOwnProgramsComeBeforeThoseOnPath() {
-    QFETCH(QString, ownFolder);
-    QFETCH(QString, path);
-    QTEST(directories({{u"PATH"_s, path}}).programFolders(ownFolder), "folders");
-}
 
 TELLWICK_TEST(UserDirectoriesTests, EventLoop)
 #include "UserDirectoriesTests.moc"

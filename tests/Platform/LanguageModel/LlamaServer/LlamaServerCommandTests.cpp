@@ -11,13 +11,55 @@ class LlamaServerCommandTests final : public QObject {
 private Q_SLOTS:
     void init() { m_command = LlamaServerCommand(8'192, std::chrono::minutes(5)); }
 
-    void theOptionsKeepTheEngineToItself();
-    void aRefusedOptionIsReplacedByItsOlderSpelling();
-    void whatHasNoOlderSpellingIsLeftOut();
-    void anOptionWhoseNameBeginsAnothersIsNotMistakenForIt();
-    void aComplaintAboutSomethingElseChangesNothing_data();
-    void aComplaintAboutSomethingElseChangesNothing();
-    void aMachineWithMoreMemoryHoldsLongerConversations();
+    void theOptionsKeepTheEngineToItself() {
+        for (const auto* part : {"--model /m.gguf ", "--host /run/e.sock ", "--offline ",
+                                 "--no-ui ", "--reasoning off ", "--ctx-size 8192 ",
+                                 "--kv-unified ", "--sleep-idle-seconds 300 ", "--no-slots "})
+            QVERIFY2(arguments().contains(QLatin1String(part)), part);
+        QVERIFY(!arguments().contains(u"--port"));
+    }
+
+    void aRefusedOptionIsReplacedByItsOlderSpelling() {
+        QVERIFY(m_command.adapt("error: invalid argument: --no-ui\n"));
+        QVERIFY(arguments().contains(u"--no-webui "));
+        QVERIFY(!arguments().contains(u"--no-ui "));
+        QVERIFY(m_command.adapt("error while handling argument \"--reasoning\": unknown value"));
+        QVERIFY(arguments().contains(u"--reasoning-budget 0 "));
+        QVERIFY(!arguments().contains(u"--reasoning off"));
+    }
+
+    void whatHasNoOlderSpellingIsLeftOut() {
+        QVERIFY(m_command.adapt("error: invalid argument: --cache-ram"));
+        QVERIFY(!arguments().contains(u"--cache-ram"));
+        QVERIFY(!m_command.adapt("error: invalid argument: --cache-ram"));
+    }
+
+    void anOptionWhoseNameBeginsAnothersIsNotMistakenForIt() {
+        QVERIFY(!m_command.adapt("error: invalid argument: --reasoning-format"));
+        QVERIFY(arguments().contains(u"--reasoning off "));
+    }
+
+    void aComplaintAboutSomethingElseChangesNothing_data() {
+        QTest::addColumn<QByteArray>("complaint");
+        QTest::newRow("nothing said") << QByteArray();
+        QTest::newRow("an unknown option") << QByteArray("error: invalid argument: --frobnicate");
+        QTest::newRow("an option that has no other spelling")
+            << QByteArray("error: invalid argument: --ctx-size");
+        QTest::newRow("a message that names an option")
+            << QByteArray("failed to load model, see --no-ui");
+    }
+    void aComplaintAboutSomethingElseChangesNothing() {
+        QFETCH(QByteArray, complaint);
+        const QString before = arguments();
+        QVERIFY(!m_command.adapt(complaint));
+        QCOMPARE(arguments(), before);
+    }
+
+    void aMachineWithMoreMemoryHoldsLongerConversations() {
+        QCOMPARE(contextSizeFor(4'000'000'000), 8'192);
+        QCOMPARE(contextSizeFor(12'000'000'000), 8'192);
+        QCOMPARE(contextSizeFor(16'500'000'000), 16'384);
+    }
 
 private:
     QString arguments() const {
@@ -26,57 +68,6 @@ private:
 
     LlamaServerCommand m_command{8'192, std::chrono::minutes(5)};
 };
-
-void LlamaServerCommandTests::theOptionsKeepTheEngineToItself() {
-    for (const auto* part :
-         {"--model /m.gguf ", "--host /run/e.sock ", "--offline ", "--no-ui ", "--reasoning off ",
-          "--ctx-size 8192 ", "--kv-unified ", "--sleep-idle-seconds 300 ", "--no-slots "})
-        QVERIFY2(arguments().contains(QLatin1String(part)), part);
-    QVERIFY(!arguments().contains(u"--port"));
-}
-
-void LlamaServerCommandTests::aRefusedOptionIsReplacedByItsOlderSpelling() {
-    QVERIFY(m_command.adapt("error: invalid argument: --no-ui\n"));
-    QVERIFY(arguments().contains(u"--no-webui "));
-    QVERIFY(!arguments().contains(u"--no-ui "));
-    QVERIFY(m_command.adapt("error while handling argument \"--reasoning\": unknown value"));
-    QVERIFY(arguments().contains(u"--reasoning-budget 0 "));
-    QVERIFY(!arguments().contains(u"--reasoning off"));
-}
-
-void LlamaServerCommandTests::whatHasNoOlderSpellingIsLeftOut() {
-    QVERIFY(m_command.adapt("error: invalid argument: --cache-ram"));
-    QVERIFY(!arguments().contains(u"--cache-ram"));
-    QVERIFY(!m_command.adapt("error: invalid argument: --cache-ram"));
-}
-
-void LlamaServerCommandTests::anOptionWhoseNameBeginsAnothersIsNotMistakenForIt() {
-    QVERIFY(!m_command.adapt("error: invalid argument: --reasoning-format"));
-    QVERIFY(arguments().contains(u"--reasoning off "));
-}
-
-void LlamaServerCommandTests::aComplaintAboutSomethingElseChangesNothing_data() {
-    QTest::addColumn<QByteArray>("complaint");
-    QTest::newRow("nothing said") << QByteArray();
-    QTest::newRow("an unknown option") << QByteArray("error: invalid argument: --frobnicate");
-    QTest::newRow("an option that has no other spelling")
-        << QByteArray("error: invalid argument: --ctx-size");
-    QTest::newRow("a message that names an option")
-        << QByteArray("failed to load model, see --no-ui");
-}
-
-void LlamaServerCommandTests::aComplaintAboutSomethingElseChangesNothing() {
-    QFETCH(QByteArray, complaint);
-    const QString before = arguments();
-    QVERIFY(!m_command.adapt(complaint));
-    QCOMPARE(arguments(), before);
-}
-
-void LlamaServerCommandTests::aMachineWithMoreMemoryHoldsLongerConversations() {
-    QCOMPARE(contextSizeFor(4'000'000'000), 8'192);
-    QCOMPARE(contextSizeFor(12'000'000'000), 8'192);
-    QCOMPARE(contextSizeFor(16'500'000'000), 16'384);
-}
 
 TELLWICK_TEST(LlamaServerCommandTests, EventLoop)
 #include "LlamaServerCommandTests.moc"
