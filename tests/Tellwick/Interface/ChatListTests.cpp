@@ -47,345 +47,322 @@ private Q_SLOTS:
     void init() { m.emplace(); }
     void cleanup() { m.reset(); }
 
-    void messagesAreReadOutInOrder();
-    void returnSendsTheTrimmedDraft();
-    void everyWayToSendSends_data();
-    void everyWayToSendSends();
-    void whileGeneratingEveryKeyThatSendsIsRefused();
-    void theStopButtonStopsAndNeverSends();
-    void theFieldStaysEditableWhileGenerating();
-    void newChatWhileGeneratingEmptiesTheList();
-    void aReplyGrowsInTheSameBubble();
-    void aFailureIsShownInPlaceOfTheReply();
-    void theColumnIsAtMost700WideAndCentred_data();
-    void theColumnIsAtMost700WideAndCentred();
-    void messagesAreTwelvePixelsApart();
-    void onlyRowsNearTheVisibleAreaAreBuilt();
-    void nothingScrollsWhenTheScreenIsFirstShown();
-    void aNewMessageScrollsToTheEndAnimated();
-    void aGrowingReplyScrollsToTheEndAtOnce();
-    void aReplyThatGrowsDuringTheAnimationEndsUpInView();
-    void aShorterTextScrollsToTheEnd();
-    void aChangeOfAnOlderMessageScrollsNothing();
-    void aNewChatAfterALongOneStartsAtTheTop();
-    void aSelectionSurvivesTheGrowthOfTheReply();
-};
-
-void ChatListTests::messagesAreReadOutInOrder() {
-    m->conversation.store({u"user"_s, u"assistant"_s, u"user"_s, u"assistant"_s},
-                          {u"One **1**"_s, u"Two **2**"_s, u"Three"_s, u""_s});
-    QVERIFY(m->open());
-    QCOMPARE(m->bubbles(), (QStringList{u"You: One **1**"_s, u"Tellwick: Two 2"_s, u"You: Three"_s,
-                                        u"Tellwick: "_s}));
-    QVERIFY(!screen().shows(tellwick::AppConfig::tagline()));
-    QVERIFY(!screen().find(u"New Chat"_s)->state().disabled);
-}
-
-void ChatListTests::returnSendsTheTrimmedDraft() {
-    QVERIFY(m->open());
-    screen().type("  Hello");
-    screen().key(Qt::Key_Return, Qt::ShiftModifier);
-    screen().key(Qt::Key_Return);
-    QVERIFY(m->vm().isGenerating.value());
-    m->flush();
-    QCOMPARE(m->bubbles(), (QStringList{u"You: Hello"_s, u"Tellwick: "_s}));
-    QCOMPARE(m->field()->text(), QString());
-    QVERIFY(m->field()->hasFocus());
-    QTRY_COMPARE(m->conversation.model.turns.size(), std::size_t(1));
-    m->conversation.model.turns.back().say(u"Hi **you**");
-    QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: Hi you"_s);
-    m->conversation.model.turns.back().end();
-    QTRY_VERIFY(screen().shows(u"Send"_s));
-    QCOMPARE(m->conversation.stored().first().contents, (QStringList{u"Hello"_s, u"Hi **you**"_s}));
-}
-
-void ChatListTests::everyWayToSendSends_data() {
-    QTest::addColumn<QString>("focus");
-    QTest::addColumn<int>("key"); // none: the button
-    QTest::addColumn<bool>("isControl");
-    QTest::newRow("Return") << u"Message"_s << int(Qt::Key_Return) << false;
-    QTest::newRow("Enter") << u"Message"_s << int(Qt::Key_Enter) << false;
-    QTest::newRow("Ctrl-Return") << u"Message"_s << int(Qt::Key_Return) << true;
-    QTest::newRow("Ctrl-Enter") << u"Message"_s << int(Qt::Key_Enter) << true;
-    QTest::newRow("Ctrl-Return on a chip") << u"Rewrite"_s << int(Qt::Key_Return) << true;
-    QTest::newRow("Return on the button") << u"Send"_s << int(Qt::Key_Return) << false;
-    QTest::newRow("Space on the button") << u"Send"_s << int(Qt::Key_Space) << false;
-    QTest::newRow("the button") << u"Message"_s << 0 << false;
-}
-
-void ChatListTests::everyWayToSendSends() {
-    QFETCH(QString, focus);
-    QFETCH(int, key);
-    QFETCH(bool, isControl);
-    QVERIFY(m->open());
-    screen().type("Hello");
-    screen().widget(focus)->setFocus();
-    if (key == 0)
-        QVERIFY(screen().click(u"Send"_s));
-    else
-        screen().key(Qt::Key(key), isControl ? Qt::ControlModifier : Qt::NoModifier);
-    QCOMPARE(m->conversation.contents(), (QStringList{u"Hello"_s, QString()}));
-    QVERIFY(!m->vm().activeMode.value());
-}
-
-void ChatListTests::whileGeneratingEveryKeyThatSendsIsRefused() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    screen().type("Two");
-    for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier})
-        screen().key(Qt::Key_Return, modifier);
-    QCOMPARE(m->conversation.contents(), (QStringList{u"One"_s, QString()}));
-    QCOMPARE(m->vm().draft.value(), u"Two"_s);
-    QVERIFY(m->vm().isGenerating.value());
-    turn.end();
-    QVERIFY(m->conversation.settle());
-    screen().key(Qt::Key_Return, Qt::ControlModifier);
-    QVERIFY(m->vm().isGenerating.value());
-    QCOMPARE(m->conversation.contents().value(2), u"Two"_s);
-}
-
-void ChatListTests::theStopButtonStopsAndNeverSends() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    turn.say(u"Half a rep");
-    QVERIFY(m->conversation.waitForReply(u"Half a rep"_s));
-    screen().type("Two");
-    m->flush();
-    QVERIFY(!screen().shows(u"Send"_s));
-    QCOMPARE(m->sendButton()->icon(), u"stop.circle.fill"_s);
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Red);
-    QVERIFY(screen().click(u"Stop"_s));
-    QVERIFY(m->conversation.settle());
-    m->flush();
-    QCOMPARE(m->conversation.contents(), (QStringList{u"One"_s, u"Half a rep"_s}));
-    QCOMPARE(m->vm().draft.value(), u"Two"_s);
-    QCOMPARE(m->sendButton()->icon(), u"arrow.up.circle.fill"_s);
-    QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
-    QVERIFY(screen().shows(u"Send"_s));
-    turn.say(u"Half a reply and more"); // nobody listens any more
-    QCoreApplication::processEvents();
-    QCOMPARE(m->bubbles().value(1), u"Tellwick: Half a rep"_s);
-}
-
-void ChatListTests::theFieldStaysEditableWhileGenerating() {
-    QVERIFY(m->open());
-    const auto& turn = m->conversation.ask(u"One"_s);
-    m->flush();
-    QVERIFY(m->field()->isEnabled() && !m->field()->isReadOnly());
-    screen().type("abc");
-    turn.say(u"x");
-    QVERIFY(m->conversation.waitForReply(u"x"_s));
-    m->flush();
-    screen().type("d");
-    QCOMPARE(m->field()->text(), u"abcd"_s);
-    QCOMPARE(m->vm().draft.value(), u"abcd"_s);
-}
-
-void ChatListTests::newChatWhileGeneratingEmptiesTheList() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    turn.say(u"Half");
-    QVERIFY(m->conversation.waitForReply(u"Half"_s));
-    m->flush();
-    QVERIFY(screen().press(u"New Chat"_s));
-    QVERIFY(m->vm().isGenerating.value()); // until the turn notices
-    m->flush();
-    QVERIFY(m->bubbles().isEmpty());
-    QVERIFY(!screen().find(u"New Chat"_s)->state().disabled);
-    turn.say(u"Half a reply");
-    QVERIFY(m->conversation.settle());
-    m->flush();
-    QVERIFY(m->bubbles().isEmpty());
-    QVERIFY(screen().shows(tellwick::AppConfig::tagline()));
-    QVERIFY(screen().find(u"New Chat"_s)->state().disabled);
-}
-
-void ChatListTests::aReplyGrowsInTheSameBubble() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    m->flush();
-    MessageBubble* reply = bubble(1);
-    const int empty = reply->height();
-    turn.say(u"First");
-    QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: First"_s);
-    QCOMPARE(reply->height(), empty);
-    turn.say(u"First\n**second**\nthird");
-    QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: First\nsecond\nthird"_s);
-    QTRY_VERIFY(reply->height() > 2 * empty - 16);
-    QCOMPARE(bubble(1), reply);
-    QCOMPARE(reply->height(), reply->heightForWidth(reply->width()));
-}
-
-void ChatListTests::aFailureIsShownInPlaceOfTheReply() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    turn.say(u"Some **text**");
-    turn.fail();
-    QVERIFY(m->conversation.settle());
-    m->flush();
-    QCOMPARE(m->bubbles().value(1), u"Tellwick: Error: The model is tired."_s);
-    QVERIFY(!m->overlays()->isPresenting());
-}
-
-void ChatListTests::theColumnIsAtMost700WideAndCentred_data() {
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("left");
-    QTest::addColumn<int>("rowWidth");
-    QTest::newRow("narrow") << 360 << 16 << 360 - 32;
-    QTest::newRow("as opened") << 640 << 16 << 640 - 32;
-    QTest::newRow("just 700") << 700 << 16 << 700 - 32;
-    QTest::newRow("wide") << 1400 << 350 + 16 << 700 - 32;
-}
-
-void ChatListTests::theColumnIsAtMost700WideAndCentred() {
-    QFETCH(int, width);
-    QFETCH(int, left);
-    QFETCH(int, rowWidth);
-    m->conversation.store({u"user"_s, u"assistant"_s},
-                          {lines(1).repeated(9), u"word "_s.repeated(200)});
-    QVERIFY(m->open({width, 800}));
-    for (const qsizetype row : {0, 1}) {
-        QCOMPARE(m->placeOf(bubble(row)).left(), left);
-        QCOMPARE(m->placeOf(bubble(row)).width(), rowWidth);
+    void messagesAreReadOutInOrder() {
+        m->conversation.store({u"user"_s, u"assistant"_s, u"user"_s, u"assistant"_s},
+                              {u"One **1**"_s, u"Two **2**"_s, u"Three"_s, u""_s});
+        QVERIFY(m->open());
+        QCOMPARE(m->bubbles(), (QStringList{u"You: One **1**"_s, u"Tellwick: Two 2"_s,
+                                            u"You: Three"_s, u"Tellwick: "_s}));
+        QVERIFY(!screen().shows(tellwick::AppConfig::tagline()));
+        QVERIFY(!screen().find(u"New Chat"_s)->state().disabled);
     }
-    QCOMPARE(m->placeOf(bubble(0)).left() + bubble(0)->bubbleRect().right(), left + rowWidth - 1);
-    QCOMPARE(bubble(1)->bubbleRect().left(), 0);
-    QVERIFY(bubble(1)->bubbleRect().right() < rowWidth - 60);
-    m->view->resize(1200, 800);
-    QTRY_COMPARE(m->placeOf(bubble(0)).left(), 250 + 16);
-    QCOMPARE(m->placeOf(bubble(0)).width(), 700 - 32);
-}
 
-void ChatListTests::messagesAreTwelvePixelsApart() {
-    openWith(3);
-    QCOMPARE(bubble(0)->y(), 16);
-    QCOMPARE(bubble(1)->y(), bubble(0)->geometry().bottom() + 1 + 12);
-    QCOMPARE(bubble(2)->y(), bubble(1)->geometry().bottom() + 1 + 12);
-}
-
-void ChatListTests::onlyRowsNearTheVisibleAreaAreBuilt() {
-    openWith(3000);
-    QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 30);
-    QVERIFY(bubble(0));
-    QVERIFY(!bubble(2999));
-    // All of them are there for assistive technology.
-    auto* list = screen().find(u"Conversation"_s, QAccessible::List);
-    QCOMPARE(list->childCount(), 3000);
-    QVERIFY(list->child(2999)->text(QAccessible::Name).startsWith(u"Tellwick: Message 2999"_s));
-    m->column()->setOffset(m->column()->maximum());
-    QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 60);
-    QVERIFY(bubble(2999));
-}
-
-void ChatListTests::nothingScrollsWhenTheScreenIsFirstShown() {
-    m->desktop.theme.motion().setEnabled(true);
-    openWith(40);
-    m->flush();
-    QCoreApplication::processEvents();
-    QCOMPARE(m->column()->offset(), 0);
-    QVERIFY(m->column()->maximum() > 0);
-    QVERIFY(!m->column()->isScrollingToEnd());
-}
-
-void ChatListTests::aNewMessageScrollsToTheEndAnimated() {
-    m->desktop.theme.motion().setEnabled(true);
-    openWith(12);
-    QVERIFY(m->conversation.send(u"One more"_s));
-    QElapsedTimer clock;
-    clock.start();
-    m->flush();
-    QVERIFY(m->column()->isScrollingToEnd());
-    QVERIFY(!m->column()->isAtEnd());
-    QTRY_VERIFY(!m->column()->isScrollingToEnd());
-    QVERIFY(clock.elapsed() >= 180);
-    QVERIFY(m->column()->isAtEnd());
-    QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
-}
-
-void ChatListTests::aGrowingReplyScrollsToTheEndAtOnce() {
-    openWith(12);
-    auto& turn = m->conversation.ask(u"One more"_s);
-    m->flush();
-    QVERIFY(m->column()->isAtEnd());
-    m->desktop.theme.motion().setEnabled(true);
-    m->column()->setOffset(0);
-    QString reply;
-    for (int i = 0; i < 5; ++i) {
-        reply += lines(20);
-        turn.say(reply);
-        QVERIFY(m->conversation.waitForReply(reply));
+    void returnSendsTheTrimmedDraft() {
+        QVERIFY(m->open());
+        screen().type("  Hello");
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        screen().key(Qt::Key_Return);
+        QVERIFY(m->vm().isGenerating.value());
         m->flush();
+        QCOMPARE(m->bubbles(), (QStringList{u"You: Hello"_s, u"Tellwick: "_s}));
+        QCOMPARE(m->field()->text(), QString());
+        QVERIFY(m->field()->hasFocus());
+        QTRY_COMPARE(m->conversation.model.turns.size(), std::size_t(1));
+        m->conversation.model.turns.back().say(u"Hi **you**");
+        QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: Hi you"_s);
+        m->conversation.model.turns.back().end();
+        QTRY_VERIFY(screen().shows(u"Send"_s));
+        QCOMPARE(m->conversation.stored().first().contents,
+                 (QStringList{u"Hello"_s, u"Hi **you**"_s}));
+    }
+
+    void everyWayToSendSends_data() {
+        QTest::addColumn<QString>("focus");
+        QTest::addColumn<int>("key"); // none: the button
+        QTest::addColumn<bool>("isControl");
+        QTest::newRow("Return") << u"Message"_s << int(Qt::Key_Return) << false;
+        QTest::newRow("Enter") << u"Message"_s << int(Qt::Key_Enter) << false;
+        QTest::newRow("Ctrl-Return") << u"Message"_s << int(Qt::Key_Return) << true;
+        QTest::newRow("Ctrl-Enter") << u"Message"_s << int(Qt::Key_Enter) << true;
+        QTest::newRow("Ctrl-Return on a chip") << u"Rewrite"_s << int(Qt::Key_Return) << true;
+        QTest::newRow("Return on the button") << u"Send"_s << int(Qt::Key_Return) << false;
+        QTest::newRow("Space on the button") << u"Send"_s << int(Qt::Key_Space) << false;
+        QTest::newRow("the button") << u"Message"_s << 0 << false;
+    }
+    void everyWayToSendSends() {
+        QFETCH(QString, focus);
+        QFETCH(int, key);
+        QFETCH(bool, isControl);
+        QVERIFY(m->open());
+        screen().type("Hello");
+        screen().widget(focus)->setFocus();
+        if (key == 0)
+            QVERIFY(screen().click(u"Send"_s));
+        else
+            screen().key(Qt::Key(key), isControl ? Qt::ControlModifier : Qt::NoModifier);
+        QCOMPARE(m->conversation.contents(), (QStringList{u"Hello"_s, QString()}));
+        QVERIFY(!m->vm().activeMode.value());
+    }
+
+    void whileGeneratingEveryKeyThatSendsIsRefused() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        screen().type("Two");
+        for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier})
+            screen().key(Qt::Key_Return, modifier);
+        QCOMPARE(m->conversation.contents(), (QStringList{u"One"_s, QString()}));
+        QCOMPARE(m->vm().draft.value(), u"Two"_s);
+        QVERIFY(m->vm().isGenerating.value());
+        turn.end();
+        QVERIFY(m->conversation.settle());
+        screen().key(Qt::Key_Return, Qt::ControlModifier);
+        QVERIFY(m->vm().isGenerating.value());
+        QCOMPARE(m->conversation.contents().value(2), u"Two"_s);
+    }
+
+    void theStopButtonStopsAndNeverSends() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        turn.say(u"Half a rep");
+        QVERIFY(m->conversation.waitForReply(u"Half a rep"_s));
+        screen().type("Two");
+        m->flush();
+        QVERIFY(!screen().shows(u"Send"_s));
+        QCOMPARE(m->sendButton()->icon(), u"stop.circle.fill"_s);
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Red);
+        QVERIFY(screen().click(u"Stop"_s));
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QCOMPARE(m->conversation.contents(), (QStringList{u"One"_s, u"Half a rep"_s}));
+        QCOMPARE(m->vm().draft.value(), u"Two"_s);
+        QCOMPARE(m->sendButton()->icon(), u"arrow.up.circle.fill"_s);
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+        QVERIFY(screen().shows(u"Send"_s));
+        turn.say(u"Half a reply and more"); // nobody listens any more
+        QCoreApplication::processEvents();
+        QCOMPARE(m->bubbles().value(1), u"Tellwick: Half a rep"_s);
+    }
+
+    void theFieldStaysEditableWhileGenerating() {
+        QVERIFY(m->open());
+        const auto& turn = m->conversation.ask(u"One"_s);
+        m->flush();
+        QVERIFY(m->field()->isEnabled() && !m->field()->isReadOnly());
+        screen().type("abc");
+        turn.say(u"x");
+        QVERIFY(m->conversation.waitForReply(u"x"_s));
+        m->flush();
+        screen().type("d");
+        QCOMPARE(m->field()->text(), u"abcd"_s);
+        QCOMPARE(m->vm().draft.value(), u"abcd"_s);
+    }
+
+    void newChatWhileGeneratingEmptiesTheList() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        turn.say(u"Half");
+        QVERIFY(m->conversation.waitForReply(u"Half"_s));
+        m->flush();
+        QVERIFY(screen().press(u"New Chat"_s));
+        QVERIFY(m->vm().isGenerating.value()); // until the turn notices
+        m->flush();
+        QVERIFY(m->bubbles().isEmpty());
+        QVERIFY(!screen().find(u"New Chat"_s)->state().disabled);
+        turn.say(u"Half a reply");
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QVERIFY(m->bubbles().isEmpty());
+        QVERIFY(screen().shows(tellwick::AppConfig::tagline()));
+        QVERIFY(screen().find(u"New Chat"_s)->state().disabled);
+    }
+
+    void aReplyGrowsInTheSameBubble() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        m->flush();
+        MessageBubble* reply = bubble(1);
+        const int empty = reply->height();
+        turn.say(u"First");
+        QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: First"_s);
+        QCOMPARE(reply->height(), empty);
+        turn.say(u"First\n**second**\nthird");
+        QTRY_COMPARE(m->bubbles().value(1), u"Tellwick: First\nsecond\nthird"_s);
+        QTRY_VERIFY(reply->height() > 2 * empty - 16);
+        QCOMPARE(bubble(1), reply);
+        QCOMPARE(reply->height(), reply->heightForWidth(reply->width()));
+    }
+
+    void aFailureIsShownInPlaceOfTheReply() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        turn.say(u"Some **text**");
+        turn.fail();
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QCOMPARE(m->bubbles().value(1), u"Tellwick: Error: The model is tired."_s);
+        QVERIFY(!m->overlays()->isPresenting());
+    }
+
+    void theColumnIsAtMost700WideAndCentred_data() {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("left");
+        QTest::addColumn<int>("rowWidth");
+        QTest::newRow("narrow") << 360 << 16 << 360 - 32;
+        QTest::newRow("as opened") << 640 << 16 << 640 - 32;
+        QTest::newRow("just 700") << 700 << 16 << 700 - 32;
+        QTest::newRow("wide") << 1400 << 350 + 16 << 700 - 32;
+    }
+    void theColumnIsAtMost700WideAndCentred() {
+        QFETCH(int, width);
+        QFETCH(int, left);
+        QFETCH(int, rowWidth);
+        m->conversation.store({u"user"_s, u"assistant"_s},
+                              {lines(1).repeated(9), u"word "_s.repeated(200)});
+        QVERIFY(m->open({width, 800}));
+        for (const qsizetype row : {0, 1}) {
+            QCOMPARE(m->placeOf(bubble(row)).left(), left);
+            QCOMPARE(m->placeOf(bubble(row)).width(), rowWidth);
+        }
+        QCOMPARE(m->placeOf(bubble(0)).left() + bubble(0)->bubbleRect().right(),
+                 left + rowWidth - 1);
+        QCOMPARE(bubble(1)->bubbleRect().left(), 0);
+        QVERIFY(bubble(1)->bubbleRect().right() < rowWidth - 60);
+        m->view->resize(1200, 800);
+        QTRY_COMPARE(m->placeOf(bubble(0)).left(), 250 + 16);
+        QCOMPARE(m->placeOf(bubble(0)).width(), 700 - 32);
+    }
+
+    void messagesAreTwelvePixelsApart() {
+        openWith(3);
+        QCOMPARE(bubble(0)->y(), 16);
+        QCOMPARE(bubble(1)->y(), bubble(0)->geometry().bottom() + 1 + 12);
+        QCOMPARE(bubble(2)->y(), bubble(1)->geometry().bottom() + 1 + 12);
+    }
+
+    void onlyRowsNearTheVisibleAreaAreBuilt() {
+        openWith(3000);
+        QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 30);
+        QVERIFY(bubble(0));
+        QVERIFY(!bubble(2999));
+        // All of them are there for assistive technology.
+        auto* list = screen().find(u"Conversation"_s, QAccessible::List);
+        QCOMPARE(list->childCount(), 3000);
+        QVERIFY(list->child(2999)->text(QAccessible::Name).startsWith(u"Tellwick: Message 2999"_s));
+        m->column()->setOffset(m->column()->maximum());
+        QVERIFY(m->column()->findChildren<MessageBubble*>().size() < 60);
+        QVERIFY(bubble(2999));
+    }
+
+    void nothingScrollsWhenTheScreenIsFirstShown() {
+        m->desktop.theme.motion().setEnabled(true);
+        openWith(40);
+        m->flush();
+        QCoreApplication::processEvents();
+        QCOMPARE(m->column()->offset(), 0);
+        QVERIFY(m->column()->maximum() > 0);
         QVERIFY(!m->column()->isScrollingToEnd());
+    }
+
+    void aNewMessageScrollsToTheEndAnimated() {
+        m->desktop.theme.motion().setEnabled(true);
+        openWith(12);
+        QVERIFY(m->conversation.send(u"One more"_s));
+        QElapsedTimer clock;
+        clock.start();
+        m->flush();
+        QVERIFY(m->column()->isScrollingToEnd());
+        QVERIFY(!m->column()->isAtEnd());
+        QTRY_VERIFY(!m->column()->isScrollingToEnd());
+        QVERIFY(clock.elapsed() >= 180);
         QVERIFY(m->column()->isAtEnd());
         QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
     }
-}
 
-void ChatListTests::aReplyThatGrowsDuringTheAnimationEndsUpInView() {
-    m->desktop.theme.motion().setEnabled(true);
-    openWith(12);
-    auto& turn = m->conversation.ask(u"One more"_s);
-    m->flush();
-    QVERIFY(m->column()->isScrollingToEnd());
-    turn.say(lines(100));
-    QVERIFY(m->conversation.waitForReply(lines(100)));
-    m->flush();
-    QTRY_VERIFY(!m->column()->isScrollingToEnd());
-    QVERIFY(m->column()->isAtEnd());
-    QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
-}
+    void aGrowingReplyScrollsToTheEndAtOnce() {
+        openWith(12);
+        auto& turn = m->conversation.ask(u"One more"_s);
+        m->flush();
+        QVERIFY(m->column()->isAtEnd());
+        m->desktop.theme.motion().setEnabled(true);
+        m->column()->setOffset(0);
+        QString reply;
+        for (int i = 0; i < 5; ++i) {
+            reply += lines(20);
+            turn.say(reply);
+            QVERIFY(m->conversation.waitForReply(reply));
+            m->flush();
+            QVERIFY(!m->column()->isScrollingToEnd());
+            QVERIFY(m->column()->isAtEnd());
+            QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
+        }
+    }
 
-void ChatListTests::aShorterTextScrollsToTheEnd() {
-    openWith(12);
-    auto& turn = m->conversation.ask(u"One more"_s);
-    turn.say(lines(100));
-    QVERIFY(m->conversation.waitForReply(lines(100)));
-    m->flush();
-    m->column()->setOffset(0);
-    turn.fail();
-    QVERIFY(m->conversation.settle());
-    m->flush();
-    QVERIFY(m->column()->isAtEnd());
-    QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
-}
+    void aReplyThatGrowsDuringTheAnimationEndsUpInView() {
+        m->desktop.theme.motion().setEnabled(true);
+        openWith(12);
+        auto& turn = m->conversation.ask(u"One more"_s);
+        m->flush();
+        QVERIFY(m->column()->isScrollingToEnd());
+        turn.say(lines(100));
+        QVERIFY(m->conversation.waitForReply(lines(100)));
+        m->flush();
+        QTRY_VERIFY(!m->column()->isScrollingToEnd());
+        QVERIFY(m->column()->isAtEnd());
+        QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
+    }
 
-void ChatListTests::aChangeOfAnOlderMessageScrollsNothing() {
-    openWith(12);
-    m->vm().messages.mutate(
-        [](auto& list) { list[0].content = platform::TextSnapshot(u"Another beginning"); });
-    m->flush();
-    QCOMPARE(m->bubbles().first(), u"You: Another beginning"_s);
-    QCOMPARE(m->column()->offset(), 0);
-}
+    void aShorterTextScrollsToTheEnd() {
+        openWith(12);
+        auto& turn = m->conversation.ask(u"One more"_s);
+        turn.say(lines(100));
+        QVERIFY(m->conversation.waitForReply(lines(100)));
+        m->flush();
+        m->column()->setOffset(0);
+        turn.fail();
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QVERIFY(m->column()->isAtEnd());
+        QCOMPARE(bubble(13)->geometry().bottom() + 1 + 16, m->column()->height());
+    }
 
-void ChatListTests::aNewChatAfterALongOneStartsAtTheTop() {
-    openWith(40);
-    m->column()->setOffset(m->column()->maximum());
-    QVERIFY(screen().click(u"New Chat"_s));
-    m->flush();
-    QVERIFY(screen().shows(tellwick::AppConfig::tagline()));
-    QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
-    m->flush();
-    QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
-    QCOMPARE(bubble(0)->y(), 16);
-}
+    void aChangeOfAnOlderMessageScrollsNothing() {
+        openWith(12);
+        m->vm().messages.mutate(
+            [](auto& list) { list[0].content = platform::TextSnapshot(u"Another beginning"); });
+        m->flush();
+        QCOMPARE(m->bubbles().first(), u"You: Another beginning"_s);
+        QCOMPARE(m->column()->offset(), 0);
+    }
 
-void ChatListTests::aSelectionSurvivesTheGrowthOfTheReply() {
-    QVERIFY(m->open());
-    auto& turn = m->conversation.ask(u"One"_s);
-    turn.say(u"A reply that");
-    QVERIFY(m->conversation.waitForReply(u"A reply that"_s));
-    m->flush();
-    auto* text = bubble(1)->findChild<platform::TextView*>();
-    text->select({2, 7});
-    const QString grown = u"A reply that grows and **grows**\n"_s + lines(200);
-    turn.say(grown);
-    QVERIFY(m->conversation.waitForReply(grown));
-    m->flush();
-    QVERIFY(m->column()->isAtEnd());
-    text = bubble(1)->findChild<platform::TextView*>();
-    QCOMPARE(text->selectedText(), u"reply"_s);
-}
+    void aNewChatAfterALongOneStartsAtTheTop() {
+        openWith(40);
+        m->column()->setOffset(m->column()->maximum());
+        QVERIFY(screen().click(u"New Chat"_s));
+        m->flush();
+        QVERIFY(screen().shows(tellwick::AppConfig::tagline()));
+        QVERIFY(m->conversation.talk(u"Hi"_s, u"Hello"_s));
+        m->flush();
+        QCOMPARE(m->bubbles(), (QStringList{u"You: Hi"_s, u"Tellwick: Hello"_s}));
+        QCOMPARE(bubble(0)->y(), 16);
+    }
+
+    void aSelectionSurvivesTheGrowthOfTheReply() {
+        QVERIFY(m->open());
+        auto& turn = m->conversation.ask(u"One"_s);
+        turn.say(u"A reply that");
+        QVERIFY(m->conversation.waitForReply(u"A reply that"_s));
+        m->flush();
+        auto* text = bubble(1)->findChild<platform::TextView*>();
+        text->select({2, 7});
+        const QString grown = u"A reply that grows and **grows**\n"_s + lines(200);
+        turn.say(grown);
+        QVERIFY(m->conversation.waitForReply(grown));
+        m->flush();
+        QVERIFY(m->column()->isAtEnd());
+        text = bubble(1)->findChild<platform::TextView*>();
+        QCOMPARE(text->selectedText(), u"reply"_s);
+    }
+};
 
 TELLWICK_TEST(ChatListTests, Widgets)
 #include "ChatListTests.moc"

@@ -15,145 +15,135 @@ class ChatCompletionTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void aRequestHoldsTheWholeConversationInOrder();
-    void unsetOptionsAreNotSent();
-    void setOptionsAreSent();
-    void eachLineIsReadForWhatItTells_data();
-    void eachLineIsReadForWhatItTells();
-    void aLineThatDoesNotReadIsAnError_data();
-    void aLineThatDoesNotReadIsAnError();
-    void errorsAreTold_data();
-    void errorsAreTold();
-    void anErrorBodyIsReadOrStandsForAnUnknownFailure();
+    void aRequestHoldsTheWholeConversationInOrder() {
+        const QByteArray body = chatRequestBody(
+            u"Be kind."_s,
+            {{u"one"_s, TextSnapshot(u"first")}, {u"two"_s, TextSnapshot(u"second")}}, u"three"_s,
+            {});
+        const QJsonObject request = QJsonDocument::fromJson(body).object();
+        QStringList messages;
+        for (const auto& value : request[u"messages"].toArray())
+            messages.append(value[u"role"].toString() + u": "_s + value[u"content"].toString());
+        QCOMPARE(messages,
+                 (QStringList{u"system: Be kind."_s, u"user: one"_s, u"assistant: first"_s,
+                              u"user: two"_s, u"assistant: second"_s, u"user: three"_s}));
+        QCOMPARE(request[u"stream"].toBool(), true);
+        QCOMPARE(request[u"cache_prompt"].toBool(), true);
+    }
+
+    void unsetOptionsAreNotSent() {
+        const QJsonObject request =
+            QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, {})).object();
+        QCOMPARE(request.keys(), (QStringList{u"cache_prompt"_s, u"messages"_s, u"stream"_s}));
+        QCOMPARE(request[u"messages"].toArray().size(), 1);
+    }
+
+    void setOptionsAreSent() {
+        GenerationOptions options;
+        options.sampling = GenerationOptions::Sampling::Greedy;
+        options.temperature = 0.5;
+        options.maximumResponseTokens = 7;
+        const QJsonObject request =
+            QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, options)).object();
+        QCOMPARE(request[u"top_k"].toInt(), 1);
+        QCOMPARE(request[u"temperature"].toDouble(), 0.5);
+        QCOMPARE(request[u"max_tokens"].toInt(), 7);
+    }
+
+    void eachLineIsReadForWhatItTells_data() {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<bool>("isComplete");
+        QTest::newRow("a part of the reply")
+            << QByteArray(
+                   R"(data: {"choices":[{"finish_reason":null,"delta":{"content":" fox"}}]})")
+            << u" fox"_s << false;
+        QTest::newRow("no blank after the colon")
+            << QByteArray(R"(data:{"choices":[{"delta":{"content":"a"}}]})") << u"a"_s << false;
+        QTest::newRow("content null")
+            << QByteArray(R"(data: {"choices":[{"delta":{"role":"assistant","content":null}}]})")
+            << QString() << false;
+        QTest::newRow("no content")
+            << QByteArray(R"(data: {"choices":[{"finish_reason":"stop","delta":{}}]})") << QString()
+            << true;
+        QTest::newRow("content with the end")
+            << QByteArray(
+                   R"(data: {"choices":[{"finish_reason":"length","delta":{"content":"!"}}]})")
+            << u"!"_s << true;
+        QTest::newRow("thoughts are not the reply")
+            << QByteArray(R"(data: {"choices":[{"delta":{"reasoning_content":"hmm"}}]})")
+            << QString() << false;
+        QTest::newRow("no choices") << QByteArray(R"(data: {"choices":[]})") << QString() << false;
+        QTest::newRow("the end mark") << QByteArray("data: [DONE]") << QString() << false;
+        QTest::newRow("keep-alive") << QByteArray(": ping") << QString() << false;
+        QTest::newRow("empty") << QByteArray() << QString() << false;
+        QTest::newRow("another field") << QByteArray("event: message") << QString() << false;
+        QTest::newRow("a byte order mark first")
+            << QByteArray("data: {\"choices\":[{\"delta\":{\"content\":\"\xEF\xBB\xBFx\"}}]}")
+            << u"\uFEFFx"_s << false;
+        QTest::newRow("what cannot be held in another key")
+            << QByteArray(
+                   R"(data: {"x":1e999,"choices":[{"logprobs":"\ud800","delta":{"content":"a"}}]})")
+            << u"a"_s << false;
+        QTest::newRow("escapes")
+            << QByteArray(R"(data: {"choices":[{"delta":{"content":"\u2028\ud83e\udd8a\n"}}]})")
+            << u"\u2028\U0001F98A\n"_s << false;
+    }
+    void eachLineIsReadForWhatItTells() {
+        QFETCH(QByteArray, line);
+        const ChatEvent event = readChatEvent(line);
+        QTEST(event.content, "content");
+        QTEST(event.isComplete, "isComplete");
+        QVERIFY(!event.failure);
+    }
+
+    void aLineThatDoesNotReadIsAnError_data() {
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("cut off") << QByteArray("data: {");
+        QTest::newRow("not JSON") << QByteArray("data: hello");
+        QTest::newRow("nothing") << QByteArray("data:");
+        QTest::newRow("no object") << QByteArray("data: []");
+        QTest::newRow("not UTF-8") << QByteArray("data: {\"choices\":[],\"x\":\"\xFF\"}");
+        QTest::newRow("choices a text") << QByteArray(R"(data: {"choices":"a"})");
+        QTest::newRow("content a number")
+            << QByteArray(R"(data: {"choices":[{"delta":{"content":1}}]})");
+        QTest::newRow("content half of a pair")
+            << QByteArray(R"(data: {"choices":[{"delta":{"content":"\ud800"}}]})");
+    }
+    void aLineThatDoesNotReadIsAnError() {
+        QFETCH(QByteArray, line);
+        QVERIFY_THROWS_EXCEPTION(JsonReadingError, readChatEvent(line));
+    }
+
+    void errorsAreTold_data() {
+        QTest::addColumn<QByteArray>("error");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("context, by its type")
+            << QByteArray(R"({"code":400,"message":"too much","type":"exceed_context_size_error"})")
+            << int(Kind::ConversationTooLong);
+        QTest::newRow("context, by its message")
+            << QByteArray(
+                   R"({"code":500,"message":"Context size has been exceeded.","type":"server_error"})")
+            << int(Kind::ConversationTooLong);
+        QTest::newRow("anything else")
+            << QByteArray(R"({"code":500,"message":"Compute error.","type":"server_error"})")
+            << int(Kind::NoAnswer);
+        QTest::newRow("not an object") << QByteArray(R"("no")") << int(Kind::NoAnswer);
+    }
+    void errorsAreTold() {
+        QFETCH(QByteArray, error);
+        QFETCH(int, kind);
+        const ChatEvent event = readChatEvent("data: {\"error\":" + error + '}');
+        QVERIFY(event.failure);
+        QCOMPARE(int(*event.failure), kind);
+        QCOMPARE(int(readChatFailure("{\"error\":" + error + '}')), kind);
+    }
+
+    void anErrorBodyIsReadOrStandsForAnUnknownFailure() {
+        QCOMPARE(int(readChatFailure("<html></html>")), int(Kind::NoAnswer));
+        QCOMPARE(int(readChatFailure(QByteArray())), int(Kind::NoAnswer));
+    }
 };
-
-void ChatCompletionTests::aRequestHoldsTheWholeConversationInOrder() {
-    const QByteArray body = chatRequestBody(
-        u"Be kind."_s, {{u"one"_s, TextSnapshot(u"first")}, {u"two"_s, TextSnapshot(u"second")}},
-        u"three"_s, {});
-    const QJsonObject request = QJsonDocument::fromJson(body).object();
-    QStringList messages;
-    for (const auto& value : request[u"messages"].toArray())
-        messages.append(value[u"role"].toString() + u": "_s + value[u"content"].toString());
-    QCOMPARE(messages, (QStringList{u"system: Be kind."_s, u"user: one"_s, u"assistant: first"_s,
-                                    u"user: two"_s, u"assistant: second"_s, u"user: three"_s}));
-    QCOMPARE(request[u"stream"].toBool(), true);
-    QCOMPARE(request[u"cache_prompt"].toBool(), true);
-}
-
-void ChatCompletionTests::unsetOptionsAreNotSent() {
-    const QJsonObject request =
-        QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, {})).object();
-    QCOMPARE(request.keys(), (QStringList{u"cache_prompt"_s, u"messages"_s, u"stream"_s}));
-    QCOMPARE(request[u"messages"].toArray().size(), 1);
-}
-
-void ChatCompletionTests::setOptionsAreSent() {
-    GenerationOptions options;
-    options.sampling = GenerationOptions::Sampling::Greedy;
-    options.temperature = 0.5;
-    options.maximumResponseTokens = 7;
-    const QJsonObject request =
-        QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, options)).object();
-    QCOMPARE(request[u"top_k"].toInt(), 1);
-    QCOMPARE(request[u"temperature"].toDouble(), 0.5);
-    QCOMPARE(request[u"max_tokens"].toInt(), 7);
-}
-
-void ChatCompletionTests::eachLineIsReadForWhatItTells_data() {
-    QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<bool>("isComplete");
-    QTest::newRow("a part of the reply")
-        << QByteArray(R"(data: {"choices":[{"finish_reason":null,"delta":{"content":" fox"}}]})")
-        << u" fox"_s << false;
-    QTest::newRow("no blank after the colon")
-        << QByteArray(R"(data:{"choices":[{"delta":{"content":"a"}}]})") << u"a"_s << false;
-    QTest::newRow("content null")
-        << QByteArray(R"(data: {"choices":[{"delta":{"role":"assistant","content":null}}]})")
-        << QString() << false;
-    QTest::newRow("no content") << QByteArray(
-                                       R"(data: {"choices":[{"finish_reason":"stop","delta":{}}]})")
-                                << QString() << true;
-    QTest::newRow("content with the end")
-        << QByteArray(R"(data: {"choices":[{"finish_reason":"length","delta":{"content":"!"}}]})")
-        << u"!"_s << true;
-    QTest::newRow("thoughts are not the reply")
-        << QByteArray(R"(data: {"choices":[{"delta":{"reasoning_content":"hmm"}}]})") << QString()
-        << false;
-    QTest::newRow("no choices") << QByteArray(R"(data: {"choices":[]})") << QString() << false;
-    QTest::newRow("the end mark") << QByteArray("data: [DONE]") << QString() << false;
-    QTest::newRow("keep-alive") << QByteArray(": ping") << QString() << false;
-    QTest::newRow("empty") << QByteArray() << QString() << false;
-    QTest::newRow("another field") << QByteArray("event: message") << QString() << false;
-    QTest::newRow("a byte order mark first")
-        << QByteArray("data: {\"choices\":[{\"delta\":{\"content\":\"\xEF\xBB\xBFx\"}}]}")
-        << u"\uFEFFx"_s << false;
-    QTest::newRow("what cannot be held in another key")
-        << QByteArray(
-               R"(data: {"x":1e999,"choices":[{"logprobs":"\ud800","delta":{"content":"a"}}]})")
-        << u"a"_s << false;
-    QTest::newRow("escapes")
-        << QByteArray(R"(data: {"choices":[{"delta":{"content":"\u2028\ud83e\udd8a\n"}}]})")
-        << u"\u2028\U0001F98A\n"_s << false;
-}
-
-void ChatCompletionTests::eachLineIsReadForWhatItTells() {
-    QFETCH(QByteArray, line);
-    const ChatEvent event = readChatEvent(line);
-    QTEST(event.content, "content");
-    QTEST(event.isComplete, "isComplete");
-    QVERIFY(!event.failure);
-}
-
-void ChatCompletionTests::aLineThatDoesNotReadIsAnError_data() {
-    QTest::addColumn<QByteArray>("line");
-    QTest::newRow("cut off") << QByteArray("data: {");
-    QTest::newRow("not JSON") << QByteArray("data: hello");
-    QTest::newRow("nothing") << QByteArray("data:");
-    QTest::newRow("no object") << QByteArray("data: []");
-    QTest::newRow("not UTF-8") << QByteArray("data: {\"choices\":[],\"x\":\"\xFF\"}");
-    QTest::newRow("choices a text") << QByteArray(R"(data: {"choices":"a"})");
-    QTest::newRow("content a number")
-        << QByteArray(R"(data: {"choices":[{"delta":{"content":1}}]})");
-    QTest::newRow("content half of a pair")
-        << QByteArray(R"(data: {"choices":[{"delta":{"content":"\ud800"}}]})");
-}
-
-void ChatCompletionTests::aLineThatDoesNotReadIsAnError() {
-    QFETCH(QByteArray, line);
-    QVERIFY_THROWS_EXCEPTION(JsonReadingError, readChatEvent(line));
-}
-
-void ChatCompletionTests::errorsAreTold_data() {
-    QTest::addColumn<QByteArray>("error");
-    QTest::addColumn<int>("kind");
-    QTest::newRow("context, by its type")
-        << QByteArray(R"({"code":400,"message":"too much","type":"exceed_context_size_error"})")
-        << int(Kind::ConversationTooLong);
-    QTest::newRow("context, by its message")
-        << QByteArray(
-               R"({"code":500,"message":"Context size has been exceeded.","type":"server_error"})")
-        << int(Kind::ConversationTooLong);
-    QTest::newRow("anything else")
-        << QByteArray(R"({"code":500,"message":"Compute error.","type":"server_error"})")
-        << int(Kind::NoAnswer);
-    QTest::newRow("not an object") << QByteArray(R"("no")") << int(Kind::NoAnswer);
-}
-
-void ChatCompletionTests::errorsAreTold() {
-    QFETCH(QByteArray, error);
-    QFETCH(int, kind);
-    const ChatEvent event = readChatEvent("data: {\"error\":" + error + '}');
-    QVERIFY(event.failure);
-    QCOMPARE(int(*event.failure), kind);
-    QCOMPARE(int(readChatFailure("{\"error\":" + error + '}')), kind);
-}
-
-void ChatCompletionTests::anErrorBodyIsReadOrStandsForAnUnknownFailure() {
-    QCOMPARE(int(readChatFailure("<html></html>")), int(Kind::NoAnswer));
-    QCOMPARE(int(readChatFailure(QByteArray())), int(Kind::NoAnswer));
-}
 
 TELLWICK_TEST(ChatCompletionTests, EventLoop)
 #include "ChatCompletionTests.moc"

@@ -34,221 +34,195 @@ class EngineFaultsTests final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
-    void init();
-    void cleanup();
+    void init() {
+        m_folders.emplace();
+        m_chat.emplace(m_folders->paths());
+    }
 
-    void anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks();
-    void anEngineKilledBetweenTurnsIsReplacedUnnoticed();
-    void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks_data();
-    void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks();
-    void anEngineThatEndsWhileItLoadsAgainIsReplacedUnnoticed();
-    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks_data();
-    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks();
-    void anEngineThatWorksIsWaitedFor();
-    void anEngineThatWorksInVainIsWaitedForOnlySoLong();
-    void anEngineThatRefusesIsAskedWithPausesAndOnlySoOften();
-    void anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data();
-    void anUnusableModelFileIsToldAndAGoodOneServesAtOnce();
-    void withoutAModelFileTheTurnSaysSo();
-    void withoutAnEngineTheTurnSaysSo();
-    void aFailedStartIsToldAndNotRepeatedForTheSameTurn();
-    void anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions();
-    void optionsInTheEnvironmentHaveNoEffect();
+    void cleanup() {
+        m_chat.reset();
+        m_folders.reset();
+    }
+
+    void anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
+        m_folders->setModel(TinyModel::endless());
+        const auto heard = m_chat->ask(u"Hello"_s);
+        QVERIFY(hasSaid(heard, 3));
+        const qint64 killed = engineProcess();
+        QVERIFY(killed > 0);
+        kill(static_cast<pid_t>(killed), SIGKILL);
+        QCOMPARE(outcomeOf(heard), stopped);
+
+        m_folders->setModel(TinyModel::sentence());
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        QVERIFY(engineProcess() != killed);
+    }
+
+    void anEngineKilledBetweenTurnsIsReplacedUnnoticed() {
+        m_folders->recordPrompts();
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        const qint64 killed = engineProcess();
+        kill(static_cast<pid_t>(killed), SIGKILL);
+        QTRY_VERIFY(!isRunning(killed));
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+        // The conversation has survived, since it is kept on this side.
+        QVERIFY(m_folders->recordedPrompts().value(1).contains("Hello"));
+    }
+
+    void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::newRow("itself") << QByteArray("exec sleep 600\n");
+        QTest::newRow("behind a script") << QByteArray("sh -c 'kill -KILL $$'\nexit $?\n");
+    }
+    void anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks() {
+        QFETCH(QByteArray, script);
+        m_folders->setEngineScript(script);
+        const auto heard = m_chat->ask(u"Hello"_s);
+        if (script.contains("sleep")) {
+            QTRY_VERIFY(engineProcess() > 0);
+            kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+        }
+        QCOMPARE(outcomeOf(heard), stopped);
+        m_folders->setEngineScript(EngineFolders::realEngine);
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+    }
+
+    void anEngineThatEndsWhileItLoadsAgainIsReplacedUnnoticed() {
+        const auto heard = askStandIn("rl", "l");
+        QTRY_VERIFY_WITH_TIMEOUT(requests("chat") == 1 && requests("health") > 3, 30'000);
+        m_folders->setEngineScript(EngineFolders::realEngine);
+        kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+        QCOMPARE(outcomeOf(heard), m_reply);
+    }
+
+    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks_data() {
+        QTest::addColumn<QByteArray>("health");
+        QTest::addColumn<QByteArray>("turn");
+        QTest::newRow("while it loads") << QByteArray("s") << QByteArray("s");
+        QTest::newRow("when it is asked") << QByteArray("r") << QByteArray("s");
+        QTest::newRow("in the middle of a reply") << QByteArray("r") << QByteArray("m");
+    }
+    void anEngineThatHangsFailsTheTurnAndTheNextOneWorks() {
+        QFETCH(QByteArray, health);
+        QFETCH(QByteArray, turn);
+        const auto heard =
+            askStandIn(health.constData(), turn.constData(), {.longestStandstill = 2s});
+        QCOMPARE(outcomeOf(heard), hung);
+        QCOMPARE(requests("chat"), health == "r" ? 1 : 0);
+        m_folders->setEngineScript(EngineFolders::realEngine);
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+    }
+
+    void anEngineThatWorksIsWaitedFor() {
+        QCOMPARE(outcomeOf(askStandIn("r", "w", {.longestStandstill = 2s})), u"Late"_s);
+    }
+
+    void anEngineThatWorksInVainIsWaitedForOnlySoLong() {
+        QCOMPARE(outcomeOf(askStandIn("r", "v", {.longestSilence = 100ms})), hung);
+        m_folders->setEngineScript(EngineFolders::realEngine);
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+    }
+
+    void anEngineThatRefusesIsAskedWithPausesAndOnlySoOften() {
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(outcomeOf(askStandIn("r", "l", {.maximumRefusals = 3, .refusalPause = 100ms})),
+                 noAnswer);
+        QVERIFY(clock.elapsed() >= 3 * 100);
+        QCOMPARE(requests("chat"), 3);
+    }
+
+    void anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data() {
+        QTest::addColumn<QByteArray>("file");
+        const QByteArray whole = modelFile(TinyModel::sentence());
+        QTest::newRow("truncated in the tensors") << whole.left(whole.size() / 2);
+        QTest::newRow("truncated in the vocabulary") << whole.left(1'000);
+        QTest::newRow("truncated in the head") << whole.left(10);
+        QTest::newRow("not a model") << QByteArray("<html>Not found</html>");
+        QByteArray scrambled = whole;
+        for (qsizetype i = 8; i < 2'000; i += 7)
+            scrambled[i] = static_cast<char>(0xff - i % 256);
+        QTest::newRow("scrambled") << scrambled;
+    }
+    void anUnusableModelFileIsToldAndAGoodOneServesAtOnce() {
+        QFETCH(QByteArray, file);
+        m_folders->setModelFile(file);
+        QCOMPARE(answerTo(u"Hello"_s), damaged);
+        m_folders->setModel(TinyModel::sentence());
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+    }
+
+    void withoutAModelFileTheTurnSaysSo() {
+        QFile::remove(m_folders->path(u"data/models/on-device.gguf"_s));
+        QCOMPARE(answerTo(u"Hello"_s), u"Error: The on-device model is not installed."_s);
+    }
+
+    void withoutAnEngineTheTurnSaysSo() {
+        QFile::remove(m_folders->path(u"bin/llama-server"_s));
+        QCOMPARE(answerTo(u"Hello"_s), unusable);
+    }
+
+    void aFailedStartIsToldAndNotRepeatedForTheSameTurn() {
+        m_folders->setEngineScript("echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
+                                   "'\nsleep 0.3\necho 'error while loading shared libraries' >&2\n"
+                                   "exit 127\n");
+        QCOMPARE(answerTo(u"Hello"_s), unusable);
+        QCOMPARE(contents(u"starts"_s), QByteArray("x\n"));
+    }
+
+    void anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
+        // Refuses today's options as an older version does; what it takes goes to the real one.
+        m_folders->setEngineScript(
+            "echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
+            "'\nfor argument in \"$@\"; do\n"
+            "    case $argument in --no-ui | --reasoning | --cache-ram | --sleep-idle-seconds)\n"
+            "        echo \"error: invalid argument: $argument\" >&2\n"
+            "        exit 1 ;;\n"
+            "    esac\n"
+            "done\n" +
+            EngineFolders::realEngine);
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\n"));
+
+        // What was learnt holds for the next start.
+        kill(static_cast<pid_t>(engineProcess()), SIGKILL);
+        QTRY_COMPARE(engineProcess(), qint64{0});
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+        QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\nx\n"));
+    }
+
+    void optionsInTheEnvironmentHaveNoEffect() {
+        qputenv("LLAMA_ARG_N_PREDICT", "2");
+        qputenv("LLAMA_ARG_CHAT_TEMPLATE", "llama2");
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        qunsetenv("LLAMA_ARG_N_PREDICT");
+        qunsetenv("LLAMA_ARG_CHAT_TEMPLATE");
+    }
 
 private:
     QString answerTo(const QString& prompt) { return outcomeOf(m_chat->ask(prompt)); }
     /// Begins a turn with an engine that answers the question for its health and the turn as
     /// planned; see standIn().
     std::shared_ptr<Heard> askStandIn(const char* health, const char* turn,
-                                      const EngineLimits& limits = {});
-    QByteArray contents(const QString& name) const;
+                                      const EngineLimits& limits = {}) {
+        m_folders->setEngineScript("exec '" + QCoreApplication::applicationFilePath().toUtf8() +
+                                   "' EngineFaultsTests --stand-in " + health + ' ' + turn + " '" +
+                                   m_folders->path(u"requests"_s).toUtf8() + "' \"$@\"\n");
+        m_chat.emplace(m_folders->paths(), limits);
+        return m_chat->ask(u"Hello"_s);
+    }
+
+    QByteArray contents(const QString& name) const {
+        QFile file(m_folders->path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     qsizetype requests(const char* target) const { return contents(u"requests"_s).count(target); }
 
     const QString m_reply = QString::fromUtf8(replyOf(TinyModel::sentence()));
     std::optional<EngineFolders> m_folders;
     std::optional<EngineChat> m_chat;
 };
-
-void EngineFaultsTests::init() {
-    m_folders.emplace();
-    m_chat.emplace(m_folders->paths());
-}
-
-void EngineFaultsTests::cleanup() {
-    m_chat.reset();
-    m_folders.reset();
-}
-
-std::shared_ptr<Heard> EngineFaultsTests::askStandIn(const char* health, const char* turn,
-                                                     const EngineLimits& limits) {
-    m_folders->setEngineScript("exec '" + QCoreApplication::applicationFilePath().toUtf8() +
-                               "' EngineFaultsTests --stand-in " + health + ' ' + turn + " '" +
-                               m_folders->path(u"requests"_s).toUtf8() + "' \"$@\"\n");
-    m_chat.emplace(m_folders->paths(), limits);
-    return m_chat->ask(u"Hello"_s);
-}
-
-QByteArray EngineFaultsTests::contents(const QString& name) const {
-    QFile file(m_folders->path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void EngineFaultsTests::anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
-    m_folders->setModel(TinyModel::endless());
-    const auto heard = m_chat->ask(u"Hello"_s);
-    QVERIFY(hasSaid(heard, 3));
-    const qint64 killed = engineProcess();
-    QVERIFY(killed > 0);
-    kill(static_cast<pid_t>(killed), SIGKILL);
-    QCOMPARE(outcomeOf(heard), stopped);
-
-    m_folders->setModel(TinyModel::sentence());
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    QVERIFY(engineProcess() != killed);
-}
-
-void EngineFaultsTests::anEngineKilledBetweenTurnsIsReplacedUnnoticed() {
-    m_folders->recordPrompts();
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    const qint64 killed = engineProcess();
-    kill(static_cast<pid_t>(killed), SIGKILL);
-    QTRY_VERIFY(!isRunning(killed));
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-    // The conversation has survived, since it is kept on this side.
-    QVERIFY(m_folders->recordedPrompts().value(1).contains("Hello"));
-}
-
-void EngineFaultsTests::anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks_data() {
-    QTest::addColumn<QByteArray>("script");
-    QTest::newRow("itself") << QByteArray("exec sleep 600\n");
-    QTest::newRow("behind a script") << QByteArray("sh -c 'kill -KILL $$'\nexit $?\n");
-}
-
-void EngineFaultsTests::anEngineKilledWhileItLoadsFailsTheTurnAndTheNextOneWorks() {
-    QFETCH(QByteArray, script);
-    m_folders->setEngineScript(script);
-    const auto heard = m_chat->ask(u"Hello"_s);
-    if (script.contains("sleep")) {
-        QTRY_VERIFY(engineProcess() > 0);
-        kill(static_cast<pid_t>(engineProcess()), SIGKILL);
-    }
-    QCOMPARE(outcomeOf(heard), stopped);
-    m_folders->setEngineScript(EngineFolders::realEngine);
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-}
-
-void EngineFaultsTests::anEngineThatEndsWhileItLoadsAgainIsReplacedUnnoticed() {
-    const auto heard = askStandIn("rl", "l");
-    QTRY_VERIFY_WITH_TIMEOUT(requests("chat") == 1 && requests("health") > 3, 30'000);
-    m_folders->setEngineScript(EngineFolders::realEngine);
-    kill(static_cast<pid_t>(engineProcess()), SIGKILL);
-    QCOMPARE(outcomeOf(heard), m_reply);
-}
-
-void EngineFaultsTests::anEngineThatHangsFailsTheTurnAndTheNextOneWorks_data() {
-    QTest::addColumn<QByteArray>("health");
-    QTest::addColumn<QByteArray>("turn");
-    QTest::newRow("while it loads") << QByteArray("s") << QByteArray("s");
-    QTest::newRow("when it is asked") << QByteArray("r") << QByteArray("s");
-    QTest::newRow("in the middle of a reply") << QByteArray("r") << QByteArray("m");
-}
-
-void EngineFaultsTests::anEngineThatHangsFailsTheTurnAndTheNextOneWorks() {
-    QFETCH(QByteArray, health);
-    QFETCH(QByteArray, turn);
-    const auto heard = askStandIn(health.constData(), turn.constData(), {.longestStandstill = 2s});
-    QCOMPARE(outcomeOf(heard), hung);
-    QCOMPARE(requests("chat"), health == "r" ? 1 : 0);
-    m_folders->setEngineScript(EngineFolders::realEngine);
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-}
-
-void EngineFaultsTests::anEngineThatWorksIsWaitedFor() {
-    QCOMPARE(outcomeOf(askStandIn("r", "w", {.longestStandstill = 2s})), u"Late"_s);
-}
-
-void EngineFaultsTests::anEngineThatWorksInVainIsWaitedForOnlySoLong() {
-    QCOMPARE(outcomeOf(askStandIn("r", "v", {.longestSilence = 100ms})), hung);
-    m_folders->setEngineScript(EngineFolders::realEngine);
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-}
-
-void EngineFaultsTests::anEngineThatRefusesIsAskedWithPausesAndOnlySoOften() {
-    QElapsedTimer clock;
-    clock.start();
-    QCOMPARE(outcomeOf(askStandIn("r", "l", {.maximumRefusals = 3, .refusalPause = 100ms})),
-             noAnswer);
-    QVERIFY(clock.elapsed() >= 3 * 100);
-    QCOMPARE(requests("chat"), 3);
-}
-
-void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce_data() {
-    QTest::addColumn<QByteArray>("file");
-    const QByteArray whole = modelFile(TinyModel::sentence());
-    QTest::newRow("truncated in the tensors") << whole.left(whole.size() / 2);
-    QTest::newRow("truncated in the vocabulary") << whole.left(1'000);
-    QTest::newRow("truncated in the head") << whole.left(10);
-    QTest::newRow("not a model") << QByteArray("<html>Not found</html>");
-    QByteArray scrambled = whole;
-    for (qsizetype i = 8; i < 2'000; i += 7)
-        scrambled[i] = static_cast<char>(0xff - i % 256);
-    QTest::newRow("scrambled") << scrambled;
-}
-
-void EngineFaultsTests::anUnusableModelFileIsToldAndAGoodOneServesAtOnce() {
-    QFETCH(QByteArray, file);
-    m_folders->setModelFile(file);
-    QCOMPARE(answerTo(u"Hello"_s), damaged);
-    m_folders->setModel(TinyModel::sentence());
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-}
-
-void EngineFaultsTests::withoutAModelFileTheTurnSaysSo() {
-    QFile::remove(m_folders->path(u"data/models/on-device.gguf"_s));
-    QCOMPARE(answerTo(u"Hello"_s), u"Error: The on-device model is not installed."_s);
-}
-
-void EngineFaultsTests::withoutAnEngineTheTurnSaysSo() {
-    QFile::remove(m_folders->path(u"bin/llama-server"_s));
-    QCOMPARE(answerTo(u"Hello"_s), unusable);
-}
-
-void EngineFaultsTests::aFailedStartIsToldAndNotRepeatedForTheSameTurn() {
-    m_folders->setEngineScript("echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
-                               "'\nsleep 0.3\necho 'error while loading shared libraries' >&2\n"
-                               "exit 127\n");
-    QCOMPARE(answerTo(u"Hello"_s), unusable);
-    QCOMPARE(contents(u"starts"_s), QByteArray("x\n"));
-}
-
-void EngineFaultsTests::anEngineOfAnOlderVersionIsSpokenToInItsOwnOptions() {
-    // Refuses today's options as an older version does; what it takes goes to the real one.
-    m_folders->setEngineScript(
-        "echo x >>'" + m_folders->path(u"starts"_s).toUtf8() +
-        "'\nfor argument in \"$@\"; do\n"
-        "    case $argument in --no-ui | --reasoning | --cache-ram | --sleep-idle-seconds)\n"
-        "        echo \"error: invalid argument: $argument\" >&2\n"
-        "        exit 1 ;;\n"
-        "    esac\n"
-        "done\n" +
-        EngineFolders::realEngine);
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\n"));
-
-    // What was learnt holds for the next start.
-    kill(static_cast<pid_t>(engineProcess()), SIGKILL);
-    QTRY_COMPARE(engineProcess(), qint64{0});
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-    QCOMPARE(contents(u"starts"_s), QByteArray("x\nx\nx\nx\nx\nx\n"));
-}
-
-void EngineFaultsTests::optionsInTheEnvironmentHaveNoEffect() {
-    qputenv("LLAMA_ARG_N_PREDICT", "2");
-    qputenv("LLAMA_ARG_CHAT_TEMPLATE", "llama2");
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    qunsetenv("LLAMA_ARG_N_PREDICT");
-    qunsetenv("LLAMA_ARG_CHAT_TEMPLATE");
-}
 
 namespace {
 

@@ -63,156 +63,141 @@ private Q_SLOTS:
         m_folders->setModel(TinyModel::endless());
     }
 
-    void noEngineRunsBeforeTheFirstSession();
-    void oneEngineServesAllSessions();
-    void theEngineListensOnAPrivateSocketAndNothingElse();
-    void quittingMidReplyTakesNoTimeAndLeavesNothing_data();
-    void quittingMidReplyTakesNoTimeAndLeavesNothing();
-    void theEngineEndsWithTheProgram_data();
-    void theEngineEndsWithTheProgram();
-    void whatAKilledProgramLeftIsNotInTheWay();
-    void aLongPathWithACommaDoesNoHarm();
-    void twoProgramsDoNotShareAFolder();
-    void idleForLongEnoughTheEngineSleepsAndWakesByItself();
+    void noEngineRunsBeforeTheFirstSession() {
+        EngineChat chat(m_folders->paths());
+        QVERIFY(chat.model.isAvailable());
+        QCOMPARE(engineProcess(), qint64{0});
+        QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
+        chat.begin();
+        QTRY_VERIFY(engineProcess() > 0);
+    }
+
+    void oneEngineServesAllSessions() {
+        EngineChat chat(m_folders->paths());
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+        chat.begin(u"Be brief."_s);
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+        QCOMPARE(childrenOf(QCoreApplication::applicationPid()).size(), 1);
+    }
+
+    void theEngineListensOnAPrivateSocketAndNothingElse() {
+        EngineChat chat(m_folders->paths());
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+        const QFileInfo folder(QFileInfo(m_folders->socketPath()).path());
+        QCOMPARE(folder.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+        const qint64 engine = engineProcess();
+        const QByteArrayList sockets = openSockets(engine);
+        QVERIFY(!sockets.isEmpty());
+        for (const char* table : {"tcp", "tcp6", "udp", "udp6"}) {
+            const QByteArray lines =
+                contents(u"/proc/%1/net/"_s.arg(engine) + QLatin1String(table));
+            for (const QByteArray& socket : sockets)
+                QVERIFY2(!lines.contains(' ' + socket + ' '), table);
+        }
+    }
+
+    void quittingMidReplyTakesNoTimeAndLeavesNothing_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::newRow("itself") << QByteArray(EngineFolders::realEngine);
+        QTest::newRow("behind a script") << QByteArray(stayingScript);
+    }
+    void quittingMidReplyTakesNoTimeAndLeavesNothing() {
+        QFETCH(QByteArray, script);
+        m_folders->setEngineScript(script);
+        QList<qint64> family;
+        QElapsedTimer quitting;
+        {
+            EngineChat chat(m_folders->paths());
+            QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+            family = familyOf(engineProcess());
+            quitting.start();
+        }
+        QVERIFY2(quitting.elapsed() < 1'000, qPrintable(QString::number(quitting.elapsed())));
+        QVERIFY(!isRunning(family.constFirst()));
+        QTRY_VERIFY(!isAnyRunning(family));
+        QVERIFY(!QFile::exists(m_folders->socketPath()));
+    }
+
+    void theEngineEndsWithTheProgram_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<int>("signal");
+        const QByteArray itself = EngineFolders::realEngine;
+        QTest::newRow("killed") << itself << SIGKILL;
+        QTest::newRow("asked to end") << itself << SIGTERM;
+        QTest::newRow("crashed") << itself << SIGSEGV;
+        QTest::newRow("interrupted") << itself << SIGINT;
+        QTest::newRow("behind a script, killed") << QByteArray(stayingScript) << SIGKILL;
+        QTest::newRow("behind a script, asked to end") << QByteArray(stayingScript) << SIGTERM;
+    }
+    void theEngineEndsWithTheProgram() {
+        QFETCH(QByteArray, script);
+        QFETCH(int, signal);
+        m_folders->setEngineScript(script);
+        QProcess program;
+        QVERIFY(startProgram(program));
+        const QList<qint64> children = childrenOf(program.processId());
+        QCOMPARE(children.size(), 1);
+        const QList<qint64> family = familyOf(children.constFirst());
+        QVERIFY(isRunning(family.constFirst()));
+        kill(static_cast<pid_t>(program.processId()), signal);
+        QVERIFY(program.waitForFinished(limit));
+        QTRY_VERIFY_WITH_TIMEOUT(!isAnyRunning(family), limit);
+    }
+
+    void whatAKilledProgramLeftIsNotInTheWay() {
+        QProcess program;
+        QVERIFY(startProgram(program));
+        program.kill();
+        QVERIFY(program.waitForFinished(limit));
+        QVERIFY(QFile::exists(m_folders->socketPath()));
+
+        EngineChat chat(m_folders->paths());
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+    }
+
+    void aLongPathWithACommaDoesNoHarm() {
+        LlamaServerPaths paths = m_folders->paths();
+        paths.runtimeFolders = {m_folders->path(QString(100, u'x') + u",y"_s)};
+        EngineChat chat(paths);
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+    }
+
+    void twoProgramsDoNotShareAFolder() {
+        EngineChat first(m_folders->paths());
+        const auto heard = first.ask(u"Hello"_s);
+        QVERIFY(hasSaid(heard));
+        EngineChat second(m_folders->paths());
+        QCOMPARE(outcomeOf(second.ask(u"Hello"_s)),
+                 u"Error: The program that runs the on-device model could not be started."_s);
+        QVERIFY(hasSaid(heard, heard->snapshots + 1));
+    }
+
+    void idleForLongEnoughTheEngineSleepsAndWakesByItself() {
+        m_folders->setModel(TinyModel::sentence());
+        EngineChat chat(m_folders->paths(), {.idleTime = std::chrono::seconds(1)});
+        const QString reply = outcomeOf(chat.ask(u"Hello"_s));
+        const qint64 engine = engineProcess();
+        const auto isAsleep = [&] {
+            return m_folders->get("/props").replace(" ", "").contains("\"is_sleeping\":true");
+        };
+        QVERIFY(!isAsleep());
+        QTRY_VERIFY_WITH_TIMEOUT(isAsleep(), limit);
+        QCOMPARE(outcomeOf(chat.ask(u"Again"_s)), reply);
+        QCOMPARE(engineProcess(), engine);
+    }
 
 private:
     /// Runs another program with a conversation under way in the test's folders.
-    bool startProgram(QProcess& program) const;
+    bool startProgram(QProcess& program) const {
+        program.start(QCoreApplication::applicationFilePath(),
+                      {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
+        return program.waitForReadyRead(limit) && program.readLine() == "answering\n";
+    }
 
     std::optional<EngineFolders> m_folders;
 };
-
-bool EngineLifetimeTests::startProgram(QProcess& program) const {
-    program.start(QCoreApplication::applicationFilePath(),
-                  {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
-    return program.waitForReadyRead(limit) && program.readLine() == "answering\n";
-}
-
-void EngineLifetimeTests::noEngineRunsBeforeTheFirstSession() {
-    EngineChat chat(m_folders->paths());
-    QVERIFY(chat.model.isAvailable());
-    QCOMPARE(engineProcess(), qint64{0});
-    QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
-    chat.begin();
-    QTRY_VERIFY(engineProcess() > 0);
-}
-
-void EngineLifetimeTests::oneEngineServesAllSessions() {
-    EngineChat chat(m_folders->paths());
-    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-    chat.begin(u"Be brief."_s);
-    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-    QCOMPARE(childrenOf(QCoreApplication::applicationPid()).size(), 1);
-}
-
-void EngineLifetimeTests::theEngineListensOnAPrivateSocketAndNothingElse() {
-    EngineChat chat(m_folders->paths());
-    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-    const QFileInfo folder(QFileInfo(m_folders->socketPath()).path());
-    QCOMPARE(folder.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
-             QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-
-    const qint64 engine = engineProcess();
-    const QByteArrayList sockets = openSockets(engine);
-    QVERIFY(!sockets.isEmpty());
-    for (const char* table : {"tcp", "tcp6", "udp", "udp6"}) {
-        const QByteArray lines = contents(u"/proc/%1/net/"_s.arg(engine) + QLatin1String(table));
-        for (const QByteArray& socket : sockets)
-            QVERIFY2(!lines.contains(' ' + socket + ' '), table);
-    }
-}
-
-void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing_data() {
-    QTest::addColumn<QByteArray>("script");
-    QTest::newRow("itself") << QByteArray(EngineFolders::realEngine);
-    QTest::newRow("behind a script") << QByteArray(stayingScript);
-}
-
-void EngineLifetimeTests::quittingMidReplyTakesNoTimeAndLeavesNothing() {
-    QFETCH(QByteArray, script);
-    m_folders->setEngineScript(script);
-    QList<qint64> family;
-    QElapsedTimer quitting;
-    {
-        EngineChat chat(m_folders->paths());
-        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-        family = familyOf(engineProcess());
-        quitting.start();
-    }
-    QVERIFY2(quitting.elapsed() < 1'000, qPrintable(QString::number(quitting.elapsed())));
-    QVERIFY(!isRunning(family.constFirst()));
-    QTRY_VERIFY(!isAnyRunning(family));
-    QVERIFY(!QFile::exists(m_folders->socketPath()));
-}
-
-void EngineLifetimeTests::theEngineEndsWithTheProgram_data() {
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<int>("signal");
-    const QByteArray itself = EngineFolders::realEngine;
-    QTest::newRow("killed") << itself << SIGKILL;
-    QTest::newRow("asked to end") << itself << SIGTERM;
-    QTest::newRow("crashed") << itself << SIGSEGV;
-    QTest::newRow("interrupted") << itself << SIGINT;
-    QTest::newRow("behind a script, killed") << QByteArray(stayingScript) << SIGKILL;
-    QTest::newRow("behind a script, asked to end") << QByteArray(stayingScript) << SIGTERM;
-}
-
-void EngineLifetimeTests::theEngineEndsWithTheProgram() {
-    QFETCH(QByteArray, script);
-    QFETCH(int, signal);
-    m_folders->setEngineScript(script);
-    QProcess program;
-    QVERIFY(startProgram(program));
-    const QList<qint64> children = childrenOf(program.processId());
-    QCOMPARE(children.size(), 1);
-    const QList<qint64> family = familyOf(children.constFirst());
-    QVERIFY(isRunning(family.constFirst()));
-    kill(static_cast<pid_t>(program.processId()), signal);
-    QVERIFY(program.waitForFinished(limit));
-    QTRY_VERIFY_WITH_TIMEOUT(!isAnyRunning(family), limit);
-}
-
-void EngineLifetimeTests::whatAKilledProgramLeftIsNotInTheWay() {
-    QProcess program;
-    QVERIFY(startProgram(program));
-    program.kill();
-    QVERIFY(program.waitForFinished(limit));
-    QVERIFY(QFile::exists(m_folders->socketPath()));
-
-    EngineChat chat(m_folders->paths());
-    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-}
-
-void EngineLifetimeTests::aLongPathWithACommaDoesNoHarm() {
-    LlamaServerPaths paths = m_folders->paths();
-    paths.runtimeFolders = {m_folders->path(QString(100, u'x') + u",y"_s)};
-    EngineChat chat(paths);
-    QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
-}
-
-void EngineLifetimeTests::twoProgramsDoNotShareAFolder() {
-    EngineChat first(m_folders->paths());
-    const auto heard = first.ask(u"Hello"_s);
-    QVERIFY(hasSaid(heard));
-    EngineChat second(m_folders->paths());
-    QCOMPARE(outcomeOf(second.ask(u"Hello"_s)),
-             u"Error: The program that runs the on-device model could not be started."_s);
-    QVERIFY(hasSaid(heard, heard->snapshots + 1));
-}
-
-void EngineLifetimeTests::idleForLongEnoughTheEngineSleepsAndWakesByItself() {
-    m_folders->setModel(TinyModel::sentence());
-    EngineChat chat(m_folders->paths(), {.idleTime = std::chrono::seconds(1)});
-    const QString reply = outcomeOf(chat.ask(u"Hello"_s));
-    const qint64 engine = engineProcess();
-    const auto isAsleep = [&] {
-        return m_folders->get("/props").replace(" ", "").contains("\"is_sleeping\":true");
-    };
-    QVERIFY(!isAsleep());
-    QTRY_VERIFY_WITH_TIMEOUT(isAsleep(), limit);
-    QCOMPARE(outcomeOf(chat.ask(u"Again"_s)), reply);
-    QCOMPARE(engineProcess(), engine);
-}
 
 namespace {
 

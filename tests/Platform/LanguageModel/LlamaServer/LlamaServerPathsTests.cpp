@@ -19,157 +19,138 @@ class LlamaServerPathsTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_paths.dataFolders = {in(u"home/chat"_s), in(u"system/chat"_s)};
+        m_paths.programFolders = {in(u"libexec"_s), in(u"bin"_s)};
+        m_paths.machineMemory = 1'000;
+    }
 
-    void itIsAvailableAsFarAsAllIsThere_data();
-    void itIsAvailableAsFarAsAllIsThere();
-    void whatIsPutThereOrTakenAwayCountsAtTheNextQuestion();
-    void aLinkToTheModelServes();
-    void whatIsNoModelFileIsPassedOver_data();
-    void whatIsNoModelFileIsPassedOver();
-    void theUsersOwnFileComesBeforeTheSystems();
-    void theApplicationsOwnEngineComesBeforePath();
-    void anEngineThatMayNotBeRunIsPassedOver();
-    void theFoldersAreTheUsersAndTheMachinesMemoryIsKnown();
-    void aQuestionCostsWellUnderAMillisecond();
+    void itIsAvailableAsFarAsAllIsThere_data() {
+        QTest::addColumn<int>("modelSize"); // none: no model
+        QTest::addColumn<bool>("hasEngine");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("model and engine") << 1 << true << QString();
+        QTest::newRow("no model") << 0 << true << toText(Reason::modelNotReady);
+        QTest::newRow("no engine") << 1 << false << toText(Reason::appleIntelligenceNotEnabled);
+        QTest::newRow("neither") << 0 << false << toText(Reason::appleIntelligenceNotEnabled);
+        QTest::newRow("a model as large as the memory") << 1'000 << true << QString();
+        QTest::newRow("a larger model") << 1'001 << true << toText(Reason::deviceNotEligible);
+        QTest::newRow("a larger model, no engine")
+            << 1'001 << false << toText(Reason::deviceNotEligible);
+    }
+    void itIsAvailableAsFarAsAllIsThere() {
+        QFETCH(int, modelSize);
+        QFETCH(bool, hasEngine);
+        if (modelSize > 0)
+            write(u"home/chat/models/on-device.gguf"_s, QByteArray(modelSize, 'x'));
+        if (hasEngine)
+            writeProgram(u"bin/llama-server"_s);
+        const auto reason = m_paths.availability().unavailableReason();
+        QTEST(reason ? toText(*reason) : QString(), "reason");
+    }
+
+    void whatIsPutThereOrTakenAwayCountsAtTheNextQuestion() {
+        writeProgram(u"bin/llama-server"_s);
+        QVERIFY(!m_paths.availability().isAvailable());
+        write(u"home/chat/models/on-device.gguf"_s);
+        QVERIFY(m_paths.availability().isAvailable());
+        QFile::remove(in(u"bin/llama-server"_s));
+        QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
+    }
+
+    void aLinkToTheModelServes() {
+        write(u"elsewhere.gguf"_s);
+        QDir().mkpath(in(u"home/chat/models"_s));
+        const QString link = in(u"home/chat/models/on-device.gguf"_s);
+        QVERIFY(QFile::link(in(u"elsewhere.gguf"_s), link));
+        QCOMPARE(m_paths.modelFile().value(), link);
+    }
+
+    void whatIsNoModelFileIsPassedOver_data() {
+        QTest::addColumn<QString>("kind");
+        for (const char* kind : {"a dangling link", "a folder", "an empty file", "a pipe"})
+            QTest::newRow(kind) << QString::fromLatin1(kind);
+    }
+    void whatIsNoModelFileIsPassedOver() {
+        QFETCH(QString, kind);
+        const QString path = in(u"home/chat/models/on-device.gguf"_s);
+        QDir().mkpath(in(u"home/chat/models"_s));
+        if (kind == u"a dangling link")
+            QVERIFY(QFile::link(in(u"nowhere"_s), path));
+        else if (kind == u"a folder")
+            QVERIFY(QDir().mkdir(path));
+        else if (kind == u"a pipe")
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else
+            write(u"home/chat/models/on-device.gguf"_s, QByteArray());
+        QVERIFY(!m_paths.modelFile());
+
+        write(u"system/chat/models/on-device.gguf"_s);
+        QCOMPARE(m_paths.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
+    }
+
+    void theUsersOwnFileComesBeforeTheSystems() {
+        write(u"home/chat/models/on-device.gguf"_s);
+        write(u"system/chat/models/on-device.gguf"_s);
+        QCOMPARE(m_paths.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+    }
+
+    void theApplicationsOwnEngineComesBeforePath() {
+        writeProgram(u"bin/llama-server"_s);
+        writeProgram(u"libexec/llama-server"_s);
+        QCOMPARE(m_paths.program().value(), in(u"libexec/llama-server"_s));
+    }
+
+    void anEngineThatMayNotBeRunIsPassedOver() {
+        write(u"libexec/llama-server"_s);
+        QVERIFY(!m_paths.program());
+        writeProgram(u"bin/llama-server"_s);
+        QCOMPARE(m_paths.program().value(), in(u"bin/llama-server"_s));
+    }
+
+    void theFoldersAreTheUsersAndTheMachinesMemoryIsKnown() {
+        const UserDirectories user = UserDirectories::ofThisUser(u"chat"_s);
+        const auto paths = LlamaServerPaths::of(user, u"/app/bin"_s);
+        QCOMPARE(paths.dataFolders, user.dataFolders());
+        QCOMPARE(paths.programFolders, user.programFolders(u"/app/bin"_s));
+        QCOMPARE(paths.runtimeFolders, user.runtimeFolders());
+        QVERIFY(paths.machineMemory > 100'000'000);
+    }
+
+    void aQuestionCostsWellUnderAMillisecond() {
+        write(u"system/chat/models/on-device.gguf"_s);
+        writeProgram(u"bin/llama-server"_s);
+        for (int i = 0; i < 10; ++i)
+            m_paths.programFolders.prepend(in(u"empty%1"_s.arg(i)));
+        // The quickest of many: the machine may be busy.
+        qint64 quickest = std::numeric_limits<qint64>::max();
+        for (int i = 0; i < 200; ++i) {
+            QElapsedTimer timer;
+            timer.start();
+            QVERIFY(m_paths.availability().isAvailable());
+            quickest = std::min(quickest, timer.nsecsElapsed());
+        }
+        QVERIFY2(quickest < 1'000'000, qPrintable(QString::number(quickest)));
+    }
 
 private:
     QString in(const QString& path) const { return m_folder->filePath(path); }
-    void write(const QString& path, const QByteArray& bytes = "x") const;
-    void writeProgram(const QString& path) const;
+    void write(const QString& path, const QByteArray& bytes = "x") const {
+        QDir().mkpath(QFileInfo(in(path)).path());
+        QFile file(in(path));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+
+    void writeProgram(const QString& path) const {
+        write(path, "#!/bin/sh\n");
+        QFile::setPermissions(in(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     LlamaServerPaths m_paths;
 };
-
-void LlamaServerPathsTests::init() {
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_paths.dataFolders = {in(u"home/chat"_s), in(u"system/chat"_s)};
-    m_paths.programFolders = {in(u"libexec"_s), in(u"bin"_s)};
-    m_paths.machineMemory = 1'000;
-}
-
-void LlamaServerPathsTests::write(const QString& path, const QByteArray& bytes) const {
-    QDir().mkpath(QFileInfo(in(path)).path());
-    QFile file(in(path));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-void LlamaServerPathsTests::writeProgram(const QString& path) const {
-    write(path, "#!/bin/sh\n");
-    QFile::setPermissions(in(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-void LlamaServerPathsTests::itIsAvailableAsFarAsAllIsThere_data() {
-    QTest::addColumn<int>("modelSize"); // none: no model
-    QTest::addColumn<bool>("hasEngine");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("model and engine") << 1 << true << QString();
-    QTest::newRow("no model") << 0 << true << toText(Reason::modelNotReady);
-    QTest::newRow("no engine") << 1 << false << toText(Reason::appleIntelligenceNotEnabled);
-    QTest::newRow("neither") << 0 << false << toText(Reason::appleIntelligenceNotEnabled);
-    QTest::newRow("a model as large as the memory") << 1'000 << true << QString();
-    QTest::newRow("a larger model") << 1'001 << true << toText(Reason::deviceNotEligible);
-    QTest::newRow("a larger model, no engine")
-        << 1'001 << false << toText(Reason::deviceNotEligible);
-}
-
-void LlamaServerPathsTests::itIsAvailableAsFarAsAllIsThere() {
-    QFETCH(int, modelSize);
-    QFETCH(bool, hasEngine);
-    if (modelSize > 0)
-        write(u"home/chat/models/on-device.gguf"_s, QByteArray(modelSize, 'x'));
-    if (hasEngine)
-        writeProgram(u"bin/llama-server"_s);
-    const auto reason = m_paths.availability().unavailableReason();
-    QTEST(reason ? toText(*reason) : QString(), "reason");
-}
-
-void LlamaServerPathsTests::whatIsPutThereOrTakenAwayCountsAtTheNextQuestion() {
-    writeProgram(u"bin/llama-server"_s);
-    QVERIFY(!m_paths.availability().isAvailable());
-    write(u"home/chat/models/on-device.gguf"_s);
-    QVERIFY(m_paths.availability().isAvailable());
-    QFile::remove(in(u"bin/llama-server"_s));
-    QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
-}
-
-void LlamaServerPathsTests::aLinkToTheModelServes() {
-    write(u"elsewhere.gguf"_s);
-    QDir().mkpath(in(u"home/chat/models"_s));
-    const QString link = in(u"home/chat/models/on-device.gguf"_s);
-    QVERIFY(QFile::link(in(u"elsewhere.gguf"_s), link));
-    QCOMPARE(m_paths.modelFile().value(), link);
-}
-
-void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver_data() {
-    QTest::addColumn<QString>("kind");
-    for (const char* kind : {"a dangling link", "a folder", "an empty file", "a pipe"})
-        QTest::newRow(kind) << QString::fromLatin1(kind);
-}
-
-void LlamaServerPathsTests::whatIsNoModelFileIsPassedOver() {
-    QFETCH(QString, kind);
-    const QString path = in(u"home/chat/models/on-device.gguf"_s);
-    QDir().mkpath(in(u"home/chat/models"_s));
-    if (kind == u"a dangling link")
-        QVERIFY(QFile::link(in(u"nowhere"_s), path));
-    else if (kind == u"a folder")
-        QVERIFY(QDir().mkdir(path));
-    else if (kind == u"a pipe")
-        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    else
-        write(u"home/chat/models/on-device.gguf"_s, QByteArray());
-    QVERIFY(!m_paths.modelFile());
-
-    write(u"system/chat/models/on-device.gguf"_s);
-    QCOMPARE(m_paths.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
-}
-
-void LlamaServerPathsTests::theUsersOwnFileComesBeforeTheSystems() {
-    write(u"home/chat/models/on-device.gguf"_s);
-    write(u"system/chat/models/on-device.gguf"_s);
-    QCOMPARE(m_paths.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
-}
-
-void LlamaServerPathsTests::theApplicationsOwnEngineComesBeforePath() {
-    writeProgram(u"bin/llama-server"_s);
-    writeProgram(u"libexec/llama-server"_s);
-    QCOMPARE(m_paths.program().value(), in(u"libexec/llama-server"_s));
-}
-
-void LlamaServerPathsTests::anEngineThatMayNotBeRunIsPassedOver() {
-    write(u"libexec/llama-server"_s);
-    QVERIFY(!m_paths.program());
-    writeProgram(u"bin/llama-server"_s);
-    QCOMPARE(m_paths.program().value(), in(u"bin/llama-server"_s));
-}
-
-void LlamaServerPathsTests::theFoldersAreTheUsersAndTheMachinesMemoryIsKnown() {
-    const UserDirectories user = UserDirectories::ofThisUser(u"chat"_s);
-    const auto paths = LlamaServerPaths::of(user, u"/app/bin"_s);
-    QCOMPARE(paths.dataFolders, user.dataFolders());
-    QCOMPARE(paths.programFolders, user.programFolders(u"/app/bin"_s));
-    QCOMPARE(paths.runtimeFolders, user.runtimeFolders());
-    QVERIFY(paths.machineMemory > 100'000'000);
-}
-
-void LlamaServerPathsTests::aQuestionCostsWellUnderAMillisecond() {
-    write(u"system/chat/models/on-device.gguf"_s);
-    writeProgram(u"bin/llama-server"_s);
-    for (int i = 0; i < 10; ++i)
-        m_paths.programFolders.prepend(in(u"empty%1"_s.arg(i)));
-    // The quickest of many: the machine may be busy.
-    qint64 quickest = std::numeric_limits<qint64>::max();
-    for (int i = 0; i < 200; ++i) {
-        QElapsedTimer timer;
-        timer.start();
-        QVERIFY(m_paths.availability().isAvailable());
-        quickest = std::min(quickest, timer.nsecsElapsed());
-    }
-    QVERIFY2(quickest < 1'000'000, qPrintable(QString::number(quickest)));
-}
 
 TELLWICK_TEST(LlamaServerPathsTests, EventLoop)
 #include "LlamaServerPathsTests.moc"

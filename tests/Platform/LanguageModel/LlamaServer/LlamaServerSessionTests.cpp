@@ -47,182 +47,163 @@ private Q_SLOTS:
         m_folders.reset();
     }
 
-    void aReplyArrivesInGrowingSnapshots();
-    void charactersSplitOverTokensArriveWhole();
-    void threeTurnsInOneSessionReadOnlyWhatIsNew();
-    void theModelGetsTheInstructionsAndTheTurnsSoFar();
-    void sessionsKnowNothingOfEachOther();
-    void aRequestWhileAnsweringFailsAndTheReplyGoesOn();
-    void twoSessionsAnswerAtOnce();
-    void aReplyThatNobodyReadsIsAnsweredAndRemembered();
-    void aSessionThatWasLetGoAnswersToTheEnd();
-    void aModelThatNeverEndsFillsItsContextAndThenAsksForANewChat();
-    void aPromptLongerThanTheContextAsksForANewChatAndTheSessionGoesOn();
-    void theReplyIsAsLongAsTheOptionsAllow();
-    void awkwardTextsReachTheModelUnchanged_data();
-    void awkwardTextsReachTheModelUnchanged();
-    void anyThreadMayAsk();
+    void aReplyArrivesInGrowingSnapshots() {
+        const auto heard = m_chat->ask(u"Hello"_s);
+        QCOMPARE(outcomeOf(heard), m_reply);
+        QCOMPARE(heard->snapshots, TinyModel::sentence().tokens.size());
+        QVERIFY(heard->everGrew);
+    }
+
+    void charactersSplitOverTokensArriveWhole() {
+        m_folders->setModel(TinyModel::splitCharacters());
+        const auto heard = m_chat->ask(u"Hello"_s);
+        QCOMPARE(outcomeOf(heard), u"\u00e9\U0001F98A"_s);
+        QCOMPARE(heard->snapshots, 2);
+    }
+
+    void threeTurnsInOneSessionReadOnlyWhatIsNew() {
+        m_folders->setEngineScript("exec \"$ENGINE\" \"$@\" --metrics\n");
+        QCOMPARE(answerTo(QString(200, u'x')), m_reply);
+        int before = tokensRead();
+        QVERIFY(before > 200);
+        for (const QString& prompt : {u"Again"_s, u"And once more"_s}) {
+            QCOMPARE(answerTo(prompt), m_reply);
+            const int read = tokensRead() - before;
+            before += read;
+            // One token a character at most; the reply's last token was said and not read.
+            QVERIFY2(read > 0 && read <= prompt.size() + templateTokens + 1,
+                     qPrintable(QString::number(read)));
+        }
+    }
+
+    void theModelGetsTheInstructionsAndTheTurnsSoFar() {
+        m_folders->recordPrompts();
+        m_chat->begin(u"Speak like a pirate."_s);
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        QCOMPARE(answerTo(u"Again"_s), m_reply);
+        const QByteArray first = instructed("Speak like a pirate.") + turn("Hello");
+        QCOMPARE(m_folders->recordedPrompts(),
+                 (QByteArrayList{first, first + m_said + "<|im_end|>\n" + turn("Again")}));
+    }
+
+    void sessionsKnowNothingOfEachOther() {
+        m_folders->recordPrompts();
+        m_chat->begin(u"One."_s);
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+        m_chat->begin(u"Two."_s);
+        QCOMPARE(answerTo(u"Ahoy"_s), m_reply);
+        QCOMPARE(m_folders->recordedPrompts().value(1), instructed("Two.") + turn("Ahoy"));
+    }
+
+    void aRequestWhileAnsweringFailsAndTheReplyGoesOn() {
+        m_folders->setModel(TinyModel::endless());
+        const auto first = m_chat->ask(u"Hello"_s);
+        QVERIFY(hasSaid(first));
+        const auto second = m_chat->ask(u"Again"_s);
+        QCOMPARE(outcomeOf(second), busy);
+        QCOMPARE(second->snapshots, 0);
+        QVERIFY(hasSaid(first, first->snapshots + 1));
+    }
+
+    void twoSessionsAnswerAtOnce() {
+        m_folders->setModel(TinyModel::endless());
+        const auto first = m_chat->ask(u"Hello"_s);
+        QVERIFY(hasSaid(first));
+        m_chat->begin();
+        const auto second = m_chat->ask(u"Hello"_s);
+        QVERIFY(hasSaid(second, 10));
+        QVERIFY(hasSaid(first, first->snapshots + 1));
+    }
+
+    void aReplyThatNobodyReadsIsAnsweredAndRemembered() {
+        m_folders->recordPrompts();
+        m_chat->begin();
+        { const auto dropped = m_chat->session->streamResponse(u"Hello"_s, {}); }
+        // As soon as the session has answered the first turn it takes the second.
+        const QDeadlineTimer watchdog(30'000);
+        QString outcome = busy;
+        while (outcome == busy && !watchdog.hasExpired())
+            outcome = answerTo(u"Again"_s);
+        QCOMPARE(outcome, m_reply);
+        const QByteArrayList prompts = m_folders->recordedPrompts();
+        QCOMPARE(prompts.size(), 2);
+        QVERIFY(prompts.at(1).contains(m_said));
+    }
+
+    void aSessionThatWasLetGoAnswersToTheEnd() {
+        const auto heard = m_chat->ask(u"Hello"_s);
+        m_chat->session.reset();
+        QCOMPARE(outcomeOf(heard), m_reply);
+    }
+
+    void aModelThatNeverEndsFillsItsContextAndThenAsksForANewChat() {
+        TinyModel model = TinyModel::endless();
+        model.contextLength = 512;
+        m_folders->setModel(model);
+        const auto heard = m_chat->ask(u"Hello"_s);
+        QVERIFY(!outcomeOf(heard).startsWith(u"Error"));
+        QVERIFY(heard->snapshots > 300);
+        QVERIFY(heard->snapshots < 512);
+        QCOMPARE(answerTo(u"Again"_s), tooLong);
+    }
+
+    void aPromptLongerThanTheContextAsksForANewChatAndTheSessionGoesOn() {
+        QCOMPARE(answerTo(QString(20'000, u'x')), tooLong);
+        QCOMPARE(answerTo(u"Hello"_s), m_reply);
+    }
+
+    void theReplyIsAsLongAsTheOptionsAllow() {
+        GenerationOptions options;
+        options.maximumResponseTokens = 3;
+        options.temperature = 0.1;
+        options.sampling = GenerationOptions::Sampling::Greedy;
+        QCOMPARE(answerTo(u"Hello"_s, options), u"The quick brown"_s);
+    }
+
+    void awkwardTextsReachTheModelUnchanged_data() {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("quotes and backslashes") << u"say \"yes\\no\""_s;
+        QTest::newRow("line breaks and tabs") << u"one\n\ttwo\r\nthree"_s;
+        QTest::newRow("line separator") << u"one\u2028two\u2029three"_s;
+        QTest::newRow("outside the first plane") << u"\U0001F98A \u05e9\u05dc\u05d5\u05dd"_s;
+        QTest::newRow("control characters") << u"bell \u0007 escape \u001b end"_s;
+    }
+    void awkwardTextsReachTheModelUnchanged() {
+        QFETCH(QString, text);
+        m_folders->recordPrompts();
+        m_chat->begin(QString()); // without instructions there is no system message
+        QCOMPARE(answerTo(text), m_reply);
+        QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{turn(text.toUtf8())});
+    }
+
+    void anyThreadMayAsk() {
+        std::optional<AsyncStream<TextSnapshot>> reply;
+        bool isAvailable = false;
+        std::thread([&] {
+            isAvailable = m_chat->model.availability().isAvailable();
+            reply.emplace(m_chat->model.makeSession(u"Be kind."_s)->streamResponse(u"Hello"_s, {}));
+        }).join();
+        QVERIFY(isAvailable);
+        QCOMPARE(outcomeOf(m_chat->hear(std::move(*reply))), m_reply);
+    }
 
 private:
     QString answerTo(const QString& prompt, const GenerationOptions& options = {}) {
         return outcomeOf(m_chat->ask(prompt, options));
     }
-    int tokensRead() const;
+    /// The tokens of prompts that the engine has read so far, by its own count.
+    int tokensRead() const {
+        const QByteArray metrics = m_folders->get("/metrics");
+        const QByteArray name = "\nllamacpp:prompt_tokens_total ";
+        const qsizetype start = metrics.indexOf(name) + name.size();
+        return metrics.mid(start, metrics.indexOf('\n', start) - start).toInt();
+    }
 
     const QByteArray m_said = replyOf(TinyModel::sentence());
     const QString m_reply = QString::fromUtf8(m_said);
     std::optional<EngineFolders> m_folders;
     std::optional<EngineChat> m_chat;
 };
-
-/// The tokens of prompts that the engine has read so far, by its own count.
-int LlamaServerSessionTests::tokensRead() const {
-    const QByteArray metrics = m_folders->get("/metrics");
-    const QByteArray name = "\nllamacpp:prompt_tokens_total ";
-    const qsizetype start = metrics.indexOf(name) + name.size();
-    return metrics.mid(start, metrics.indexOf('\n', start) - start).toInt();
-}
-
-void LlamaServerSessionTests::aReplyArrivesInGrowingSnapshots() {
-    const auto heard = m_chat->ask(u"Hello"_s);
-    QCOMPARE(outcomeOf(heard), m_reply);
-    QCOMPARE(heard->snapshots, TinyModel::sentence().tokens.size());
-    QVERIFY(heard->everGrew);
-}
-
-void LlamaServerSessionTests::charactersSplitOverTokensArriveWhole() {
-    m_folders->setModel(TinyModel::splitCharacters());
-    const auto heard = m_chat->ask(u"Hello"_s);
-    QCOMPARE(outcomeOf(heard), u"\u00e9\U0001F98A"_s);
-    QCOMPARE(heard->snapshots, 2);
-}
-
-void LlamaServerSessionTests::threeTurnsInOneSessionReadOnlyWhatIsNew() {
-    m_folders->setEngineScript("exec \"$ENGINE\" \"$@\" --metrics\n");
-    QCOMPARE(answerTo(QString(200, u'x')), m_reply);
-    int before = tokensRead();
-    QVERIFY(before > 200);
-    for (const QString& prompt : {u"Again"_s, u"And once more"_s}) {
-        QCOMPARE(answerTo(prompt), m_reply);
-        const int read = tokensRead() - before;
-        before += read;
-        // One token a character at most; the reply's last token was said and not read.
-        QVERIFY2(read > 0 && read <= prompt.size() + templateTokens + 1,
-                 qPrintable(QString::number(read)));
-    }
-}
-
-void LlamaServerSessionTests::theModelGetsTheInstructionsAndTheTurnsSoFar() {
-    m_folders->recordPrompts();
-    m_chat->begin(u"Speak like a pirate."_s);
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    QCOMPARE(answerTo(u"Again"_s), m_reply);
-    const QByteArray first = instructed("Speak like a pirate.") + turn("Hello");
-    QCOMPARE(m_folders->recordedPrompts(),
-             (QByteArrayList{first, first + m_said + "<|im_end|>\n" + turn("Again")}));
-}
-
-void LlamaServerSessionTests::sessionsKnowNothingOfEachOther() {
-    m_folders->recordPrompts();
-    m_chat->begin(u"One."_s);
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-    m_chat->begin(u"Two."_s);
-    QCOMPARE(answerTo(u"Ahoy"_s), m_reply);
-    QCOMPARE(m_folders->recordedPrompts().value(1), instructed("Two.") + turn("Ahoy"));
-}
-
-void LlamaServerSessionTests::aRequestWhileAnsweringFailsAndTheReplyGoesOn() {
-    m_folders->setModel(TinyModel::endless());
-    const auto first = m_chat->ask(u"Hello"_s);
-    QVERIFY(hasSaid(first));
-    const auto second = m_chat->ask(u"Again"_s);
-    QCOMPARE(outcomeOf(second), busy);
-    QCOMPARE(second->snapshots, 0);
-    QVERIFY(hasSaid(first, first->snapshots + 1));
-}
-
-void LlamaServerSessionTests::twoSessionsAnswerAtOnce() {
-    m_folders->setModel(TinyModel::endless());
-    const auto first = m_chat->ask(u"Hello"_s);
-    QVERIFY(hasSaid(first));
-    m_chat->begin();
-    const auto second = m_chat->ask(u"Hello"_s);
-    QVERIFY(hasSaid(second, 10));
-    QVERIFY(hasSaid(first, first->snapshots + 1));
-}
-
-void LlamaServerSessionTests::aReplyThatNobodyReadsIsAnsweredAndRemembered() {
-    m_folders->recordPrompts();
-    m_chat->begin();
-    { const auto dropped = m_chat->session->streamResponse(u"Hello"_s, {}); }
-    // As soon as the session has answered the first turn it takes the second.
-    const QDeadlineTimer watchdog(30'000);
-    QString outcome = busy;
-    while (outcome == busy && !watchdog.hasExpired())
-        outcome = answerTo(u"Again"_s);
-    QCOMPARE(outcome, m_reply);
-    const QByteArrayList prompts = m_folders->recordedPrompts();
-    QCOMPARE(prompts.size(), 2);
-    QVERIFY(prompts.at(1).contains(m_said));
-}
-
-void LlamaServerSessionTests::aSessionThatWasLetGoAnswersToTheEnd() {
-    const auto heard = m_chat->ask(u"Hello"_s);
-    m_chat->session.reset();
-    QCOMPARE(outcomeOf(heard), m_reply);
-}
-
-void LlamaServerSessionTests::aModelThatNeverEndsFillsItsContextAndThenAsksForANewChat() {
-    TinyModel model = TinyModel::endless();
-    model.contextLength = 512;
-    m_folders->setModel(model);
-    const auto heard = m_chat->ask(u"Hello"_s);
-    QVERIFY(!outcomeOf(heard).startsWith(u"Error"));
-    QVERIFY(heard->snapshots > 300);
-    QVERIFY(heard->snapshots < 512);
-    QCOMPARE(answerTo(u"Again"_s), tooLong);
-}
-
-void LlamaServerSessionTests::aPromptLongerThanTheContextAsksForANewChatAndTheSessionGoesOn() {
-    QCOMPARE(answerTo(QString(20'000, u'x')), tooLong);
-    QCOMPARE(answerTo(u"Hello"_s), m_reply);
-}
-
-void LlamaServerSessionTests::theReplyIsAsLongAsTheOptionsAllow() {
-    GenerationOptions options;
-    options.maximumResponseTokens = 3;
-    options.temperature = 0.1;
-    options.sampling = GenerationOptions::Sampling::Greedy;
-    QCOMPARE(answerTo(u"Hello"_s, options), u"The quick brown"_s);
-}
-
-void LlamaServerSessionTests::awkwardTextsReachTheModelUnchanged_data() {
-    QTest::addColumn<QString>("text");
-    QTest::newRow("quotes and backslashes") << u"say \"yes\\no\""_s;
-    QTest::newRow("line breaks and tabs") << u"one\n\ttwo\r\nthree"_s;
-    QTest::newRow("line separator") << u"one\u2028two\u2029three"_s;
-    QTest::newRow("outside the first plane") << u"\U0001F98A \u05e9\u05dc\u05d5\u05dd"_s;
-    QTest::newRow("control characters") << u"bell \u0007 escape \u001b end"_s;
-}
-
-void LlamaServerSessionTests::awkwardTextsReachTheModelUnchanged() {
-    QFETCH(QString, text);
-    m_folders->recordPrompts();
-    m_chat->begin(QString()); // without instructions there is no system message
-    QCOMPARE(answerTo(text), m_reply);
-    QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{turn(text.toUtf8())});
-}
-
-void LlamaServerSessionTests::anyThreadMayAsk() {
-    std::optional<AsyncStream<TextSnapshot>> reply;
-    bool isAvailable = false;
-    std::thread([&] {
-        isAvailable = m_chat->model.availability().isAvailable();
-        reply.emplace(m_chat->model.makeSession(u"Be kind."_s)->streamResponse(u"Hello"_s, {}));
-    }).join();
-    QVERIFY(isAvailable);
-    QCOMPARE(outcomeOf(m_chat->hear(std::move(*reply))), m_reply);
-}
 
 TELLWICK_TEST(LlamaServerSessionTests, EventLoop)
 #include "LlamaServerSessionTests.moc"
