@@ -18,7 +18,8 @@ namespace platform {
 /// that a killed program's engine goes too, a small shell in the group reads from a pipe that the
 /// program holds open: when it can read no more, the program has gone, and it kills its group. (The
 /// kernel's own signal on a parent's death reaches the script alone, and a process that adopts the
-/// orphans would have to outlive the program itself.)
+/// orphans would have to outlive the program itself.) A wrapper that moves the engine out of the
+/// group (setsid, a container) takes it out of all this, too.
 ///
 /// It reads nothing, shares no open file with the program, is not reached by a Ctrl-C in the
 /// program's terminal, is the first to go when memory runs out, and leaves no memory image behind
