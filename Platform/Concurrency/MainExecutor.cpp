@@ -5,11 +5,28 @@
 #include <QThread>
 #include <QTimerEvent>
 
+#ifdef __SANITIZE_THREAD__
+#include <sanitizer/tsan_interface.h>
+#endif
+
 namespace platform {
 
 namespace {
 
 const QEvent::Type workEventType = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+// An event changes threads under a lock of the toolkit's, which the thread sanitizer does not see.
+#ifdef __SANITIZE_THREAD__
+void handOver(QEvent* event) {
+    __tsan_release(event);
+}
+void takeOver(QEvent* event) {
+    __tsan_acquire(event);
+}
+#else
+void handOver(QEvent*) {}
+void takeOver(QEvent*) {}
+#endif
 
 } // namespace
 
@@ -22,7 +39,9 @@ void MainExecutor::post(std::function<void()> work) {
         const std::scoped_lock lock(m_mutex);
         m_posted.push_back(std::move(work));
     }
-    QCoreApplication::postEvent(this, new QEvent(workEventType));
+    auto* const event = new QEvent(workEventType);
+    handOver(event);
+    QCoreApplication::postEvent(this, event);
 }
 
 void MainExecutor::postAfterOthers(std::function<void()> work) {
@@ -42,6 +61,7 @@ bool MainExecutor::shouldYield() const {
 }
 
 bool MainExecutor::event(QEvent* event) {
+    takeOver(event);
     if (event->type() != workEventType)
         return QObject::event(event);
     std::function<void()> work;

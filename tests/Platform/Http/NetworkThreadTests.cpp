@@ -29,7 +29,9 @@ class IdleProgram {
 public:
     IdleProgram() {
         m_process.start(QStringLiteral("cat"), QStringList());
-        m_process.waitForStarted();
+        // Once it has answered it has no library of its own open any more.
+        m_process.write("ready\n");
+        m_process.waitForReadyRead();
     }
     ~IdleProgram() {
         m_process.closeWriteChannel();
