@@ -23,7 +23,7 @@ bool isSetByProgram(const QPalette& palette, QPalette::ColorRole role) {
 } // namespace
 
 AppearanceSettings::AppearanceSettings(Palette palette)
-    : m_portal(std::make_unique<SettingsPortal>(&sessionBus))
+    : m_portal(std::make_unique<SettingsPortal>())
     , m_readPalette(std::move(palette)) {
     readPalette();
     update();
@@ -33,7 +33,8 @@ AppearanceSettings::AppearanceSettings(Palette palette)
 AppearanceSettings::~AppearanceSettings() = default;
 
 void AppearanceSettings::start() {
-    m_portal->start([this](const DesktopAppearance& desktop) { follow(desktop); });
+    m_portal->start(
+        sessionBus(), [this](const DesktopAppearance& desktop) { follow(desktop); });
 }
 
 void AppearanceSettings::settle() {

@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Desktop/PrivateFolder.h"
+
 #include <QByteArray>
 #include <QStringList>
 
 #include <chrono>
 #include <functional>
 #include <memory>
+
+QT_BEGIN_NAMESPACE
+class QSocketNotifier;
+QT_END_NAMESPACE
 
 namespace platform {
 
@@ -28,7 +34,7 @@ public:
     };
 
     /// @param folders the folders that may hold the place, the best first.
-    explicit SingleInstance(QStringList folders);
+    explicit SingleInstance(const QStringList& folders);
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
     /// Gives the place up.
@@ -48,8 +54,15 @@ public:
     void onActivated(std::function<void(const QByteArray& token)> activated);
 
 private:
-    class Implementation;
-    std::unique_ptr<Implementation> m_implementation;
+    void listenForOthers();
+    void accept();
+    void read(QSocketNotifier& peer);
+
+    std::optional<PrivateFolder> m_folder;
+    UniqueFd m_lock;
+    UniqueFd m_listener;
+    std::function<void(const QByteArray&)> m_activated;
+    std::unique_ptr<QSocketNotifier> m_notifier; ///< its children are those of other starts
 };
 
 } // namespace platform

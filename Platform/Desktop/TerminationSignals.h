@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSocketNotifier>
+
 #include <functional>
-#include <memory>
 
 namespace platform {
 
@@ -21,8 +22,7 @@ public:
     ~TerminationSignals();
 
 private:
-    class Implementation;
-    std::unique_ptr<Implementation> m_implementation;
+    QSocketNotifier m_notifier;
 };
 
 } // namespace platform

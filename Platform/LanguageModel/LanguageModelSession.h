@@ -18,7 +18,7 @@ public:
     LanguageModelSession() = default;
     LanguageModelSession(const LanguageModelSession&) = delete;
     LanguageModelSession& operator=(const LanguageModelSession&) = delete;
-    virtual ~LanguageModelSession();
+    virtual ~LanguageModelSession() = default;
 
     /// Sends the prompt as the next turn and returns at once; any thread, for one caller at a time.
     ///

@@ -5,8 +5,6 @@ namespace platform {
 
 using namespace Qt::StringLiterals;
 
-SystemLanguageModel::~SystemLanguageModel() = default;
-
 QString toText(SystemLanguageModel::Availability::UnavailableReason reason) {
     using enum SystemLanguageModel::Availability::UnavailableReason;
     switch (reason) {

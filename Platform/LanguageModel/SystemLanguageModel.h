@@ -47,7 +47,7 @@ public:
     SystemLanguageModel() = default;
     SystemLanguageModel(const SystemLanguageModel&) = delete;
     SystemLanguageModel& operator=(const SystemLanguageModel&) = delete;
-    virtual ~SystemLanguageModel();
+    virtual ~SystemLanguageModel() = default;
 
     /// The state of affairs at the moment of the call, never a remembered one. Any thread; costs
     /// well under a millisecond.

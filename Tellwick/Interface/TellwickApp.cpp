@@ -62,8 +62,8 @@ struct TellwickApp::Parts {
 
 TellwickApp::Parts::Parts(QApplication& application)
     : directories(platform::UserDirectories::ofThisUser(applicationFolder))
-    , systemModel(platform::makeSystemLanguageModel(
-          {network, directories, QCoreApplication::applicationDirPath()}))
+    , systemModel(platform::makeSystemLanguageModel(network, directories,
+                                                    QCoreApplication::applicationDirPath()))
     , container(conversationStore(directories.dataHome()))
     , context(container)
     , window({theme, urlOpener}, [this] { return makeViewModel(); })
@@ -121,7 +121,7 @@ int TellwickApp::main(int argc, char** argv) {
         return 1;
     }
 
-    const platform::FontWarmUp fonts;
+    const std::jthread fonts = platform::warmUpFonts();
     QCoreApplication::setApplicationName(AppConfig::appName());
     QCoreApplication::setApplicationVersion(QStringLiteral(TELLWICK_VERSION));
     QGuiApplication::setDesktopFileName(u"tellwick"_s);

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+using namespace tests;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -50,7 +49,7 @@ private Q_SLOTS:
         const Outcome outcome = run();
         QCOMPARE(outcome.status, 0);
         QCOMPARE(outcome.lines, QStringList());
-        QCOMPARE(contents(u"asked"_s), QByteArray());
+        QVERIFY(!QFile::exists(in(u"asked"_s)));
         QCOMPARE(contents(u"libexec/llama-server"_s), engine);
     }
 
@@ -190,12 +189,7 @@ private:
     Outcome run() { return run({in(u"libexec"_s)}); }
     QString in(const QString& path) const { return m_folder->filePath(path); }
     void write(const QString& path, const QByteArray& script) const {
-        QDir().mkpath(QFileInfo(in(path)).path());
-        QFile file(in(path));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(script);
-        file.close();
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        writeProgram(in(path), script);
     }
 
     /// A system with packages, but none of the engine's. What apt is asked is written down.
@@ -215,11 +209,7 @@ private:
                   download + "esac\n");
     }
 
-    QByteArray contents(const QString& path) const {
-        QFile file(in(path));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
+    QByteArray contents(const QString& path) const { return bytesOf(in(path)); }
     QStringList temporaryFiles() const {
         return QDir(in(u"tmp"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     }

@@ -25,6 +25,11 @@ QByteArray RecordedRequest::header(QByteArrayView name) const {
     return {};
 }
 
+QByteArray httpReply(int status, const QByteArray& body, const QByteArray& contentType) {
+    return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Type: " + contentType +
+           "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+}
+
 LoopbackConnection::Wake LoopbackConnection::wait(int event, short socketEvents, int milliseconds) {
     while (!m_clientClosed && !m_reset) {
         pollfd watched[] = {{m_stopEvent, POLLIN, 0},
@@ -37,21 +42,24 @@ LoopbackConnection::Wake LoopbackConnection::wait(int event, short socketEvents,
             return Wake::Timeout;
         if (count < 0 || watched[0].revents != 0)
             return Wake::Gone;
-        if (event >= 0 && (watched[2].revents & POLLIN) != 0)
+        if ((watched[2].revents & POLLIN) != 0 || (watched[1].revents & socketEvents) != 0)
             return Wake::Ready;
-        if (socketEvents != 0 && (watched[1].revents & socketEvents) != 0)
-            return Wake::Ready;
+        QByteArray ignored;
         if (watched[1].revents != 0)
-            drainInput();
+            receive(ignored);
     }
     return Wake::Gone;
 }
 
-void LoopbackConnection::drainInput() {
-    char scratch[4096];
-    const ssize_t count = recv(m_socket, scratch, sizeof scratch, MSG_DONTWAIT);
-    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR))
+/// Appends what has come; false when the client sends no more.
+bool LoopbackConnection::receive(QByteArray& bytes) {
+    char buffer[65536];
+    const ssize_t count = recv(m_socket, buffer, sizeof buffer, MSG_DONTWAIT);
+    if (count > 0)
+        bytes.append(buffer, count);
+    else if (count == 0 || (errno != EAGAIN && errno != EINTR))
         m_clientClosed = true;
+    return !m_clientClosed;
 }
 
 bool LoopbackConnection::send(QByteArrayView bytes) {
@@ -90,30 +98,18 @@ void LoopbackConnection::reset() {
 }
 
 bool LoopbackConnection::readRequest() {
-    QByteArray input;
-    qsizetype headEnd = -1;
-    qsizetype bodyLength = 0;
-    while (headEnd < 0 || input.size() < headEnd + bodyLength) {
-        pollfd watched[] = {{m_stopEvent, POLLIN, 0}, {m_socket, POLLIN, 0}};
-        if (poll(watched, 2, -1) < 0 && errno == EINTR)
-            continue;
-        if (watched[0].revents != 0)
+    const auto readMore = [this](QByteArray& bytes) {
+        return wait(-1, POLLIN, -1) == Wake::Ready && receive(bytes);
+    };
+    while (!m_request.head.contains("\r\n\r\n"))
+        if (!readMore(m_request.head))
             return false;
-        char bytes[65536];
-        const ssize_t count = recv(m_socket, bytes, sizeof bytes, 0);
-        if (count <= 0)
+    const qsizetype headSize = m_request.head.indexOf("\r\n\r\n") + 4;
+    m_request.body = m_request.head.mid(headSize);
+    m_request.head.truncate(headSize);
+    while (m_request.body.size() < m_request.header("content-length").toLongLong())
+        if (!readMore(m_request.body))
             return false;
-        input.append(bytes, count);
-        if (headEnd >= 0)
-            continue;
-        const qsizetype blank = input.indexOf("\r\n\r\n");
-        if (blank < 0)
-            continue;
-        headEnd = blank + 4;
-        m_request.head = input.first(headEnd);
-        bodyLength = m_request.header("content-length").toLongLong();
-    }
-    m_request.body = input.mid(headEnd);
     const QList<QByteArray> words = m_request.head.left(m_request.head.indexOf('\r')).split(' ');
     m_request.method = words.value(0);
     m_request.target = words.value(1);
@@ -144,11 +140,9 @@ bool LoopbackServer::listenOnPath(const QString& path, Handler handler) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     const QByteArray encoded = QFile::encodeName(path);
-    if (static_cast<size_t>(encoded.size()) >= sizeof address.sun_path) {
-        m_error = QStringLiteral("The path of the socket is too long.");
-        return false;
-    }
-    std::memcpy(address.sun_path, encoded.constData(), static_cast<size_t>(encoded.size()));
+    if (static_cast<size_t>(encoded.size()) >= sizeof address.sun_path)
+        qFatal("the path of the socket is too long");
+    std::copy(encoded.begin(), encoded.end(), address.sun_path);
     unlink(encoded.constData());
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     return start(listener, &address, sizeof address, std::move(handler));

@@ -2,13 +2,10 @@
 #pragma once
 
 #include <QByteArray>
-#include <QList>
 #include <QString>
 
-#include <atomic>
 #include <chrono>
 #include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -24,6 +21,10 @@ struct RecordedRequest {
     /// The value of the first header field of that name (in any case), or a null array.
     QByteArray header(QByteArrayView name) const;
 };
+
+/// A whole reply of that status, its length given.
+QByteArray httpReply(int status, const QByteArray& body,
+                     const QByteArray& contentType = "application/json");
 
 /// The server's end of one connection, handed to the handler after the request has been read.
 /// Used on that connection's own thread only.
@@ -58,8 +59,8 @@ private:
     friend class LoopbackServer;
     enum class Wake { Ready, Timeout, Gone };
     Wake wait(int event, short socketEvents, int milliseconds);
+    bool receive(QByteArray& bytes);
     bool readRequest();
-    void drainInput();
 
     int m_socket;
     int m_stopEvent;

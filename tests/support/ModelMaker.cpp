@@ -1,16 +1,103 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/ModelMaker.h"
 
-#include "tests/support/GgufWriter.h"
-
 #include <QString>
 
 #include <algorithm>
+#include <bit>
 #include <stdexcept>
 
 namespace tests {
 
 namespace {
+
+static_assert(std::endian::native == std::endian::little, "the format is little-endian");
+
+template <class Value>
+void put(QByteArray& bytes, const Value& value) {
+    if constexpr (std::is_same_v<Value, QByteArray>) {
+        put(bytes, static_cast<quint64>(value.size()));
+        bytes.append(value);
+    } else {
+        static_assert(std::is_arithmetic_v<Value>);
+        bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+    }
+}
+
+/// The format's number of a type.
+template <class Value>
+constexpr quint32 typeNumber = 8; // text
+template <>
+constexpr quint32 typeNumber<quint32> = 4;
+template <>
+constexpr quint32 typeNumber<qint32> = 5;
+template <>
+constexpr quint32 typeNumber<float> = 6;
+template <>
+constexpr quint32 typeNumber<bool> = 7;
+constexpr quint32 listType = 9;
+
+/// Writes a model file in the GGUF format, version 3: what describes the model first, then the
+/// tensors. Every tensor holds 32-bit floats.
+class GgufWriter {
+public:
+    template <class Value>
+    void add(const QByteArray& key, const Value& value) {
+        beginEntry(key, typeNumber<Value>);
+        put(m_entries, value);
+    }
+    template <class Value>
+    void add(const QByteArray& key, const QList<Value>& values) {
+        beginEntry(key, listType);
+        put(m_entries, typeNumber<Value>);
+        put(m_entries, static_cast<quint64>(values.size()));
+        for (const Value& value : values)
+            put(m_entries, value);
+    }
+
+    /// A tensor of the given numbers, row by row: `width` numbers to a row.
+    void addTensor(const QByteArray& name, qsizetype width, const QList<float>& values) {
+        const qsizetype rows = values.size() / width;
+        ++m_tensorCount;
+        put(m_tensors, name);
+        put(m_tensors, quint32{rows == 1 ? 1U : 2U});
+        put(m_tensors, static_cast<quint64>(width));
+        if (rows > 1)
+            put(m_tensors, static_cast<quint64>(rows));
+        put(m_tensors, quint32{0}); // 32-bit floats
+        put(m_tensors, static_cast<quint64>(m_numbers.size()));
+        m_numbers.append(reinterpret_cast<const char*>(values.constData()),
+                         values.size() * qsizetype{sizeof(float)});
+        align(m_numbers);
+    }
+
+    QByteArray file() const {
+        QByteArray file("GGUF");
+        put(file, quint32{3});
+        put(file, m_tensorCount);
+        put(file, m_entryCount);
+        file += m_entries + m_tensors;
+        align(file);
+        return file + m_numbers;
+    }
+
+private:
+    void beginEntry(const QByteArray& key, quint32 type) {
+        ++m_entryCount;
+        put(m_entries, key);
+        put(m_entries, type);
+    }
+    static void align(QByteArray& bytes) {
+        constexpr qsizetype alignment = 32;
+        bytes.append((alignment - bytes.size() % alignment) % alignment, '\0');
+    }
+
+    quint64 m_entryCount = 0;
+    QByteArray m_entries;
+    quint64 m_tensorCount = 0;
+    QByteArray m_tensors;
+    QByteArray m_numbers;
+};
 
 constexpr qsizetype headSize = 64;
 
@@ -21,107 +108,69 @@ constexpr auto chatTemplate =
 
 /// The vocabulary writes bytes as printable characters: itself where a byte is printable in Latin-1
 /// (the blank and the soft hyphen do not count), the next free one from U+0100 on elsewhere.
-QString printable(quint8 byte) {
-    const auto isPrintable = [](int value) {
-        return (value >= 0x21 && value <= 0x7e) || (value >= 0xa1 && value <= 0xac) ||
-               (value >= 0xae && value <= 0xff);
-    };
-    if (isPrintable(byte))
-        return QChar(char16_t{byte});
-    int position = 0;
-    for (int value = 0; value < byte; ++value)
-        position += isPrintable(value) ? 0 : 1;
-    return QChar(static_cast<char16_t>(0x100 + position));
-}
-
-QByteArray vocabularyEntry(const QByteArray& token) {
-    QString entry;
-    for (const char byte : token)
-        entry += printable(static_cast<quint8>(byte));
-    return entry.toUtf8();
+QByteArrayList printableBytes() {
+    QByteArrayList characters;
+    char16_t next = 0x100;
+    for (char16_t byte = 0; byte < 0x100; ++byte) {
+        const bool isPrintable = (byte >= 0x21 && byte <= 0x7e) || (byte >= 0xa1 && byte != 0xad);
+        characters.append(QString(QChar(isPrintable ? byte : next++)).toUtf8());
+    }
+    return characters;
 }
 
 class Vocabulary {
 public:
-    Vocabulary() {
-        for (int byte = 0; byte < 256; ++byte)
-            m_entries.append(printable(static_cast<quint8>(byte)).toUtf8());
+    static constexpr qsizetype padding = 256;
+    static constexpr qsizetype end = 258;
+
+    Vocabulary()
+        : m_bytes(printableBytes())
+        , m_entries(m_bytes) {
         m_entries.append({"<|endoftext|>", "<|im_start|>", "<|im_end|>"});
         m_entries.append("th"); // what the one merge rule makes; a list of none is refused
     }
 
-    qsizetype padding() const { return 256; }
-    qsizetype end() const { return 258; }
     qsizetype size() const { return m_entries.size(); }
-    const QByteArrayList& entries() const { return m_entries; }
+    const QList<QByteArray>& entries() const { return m_entries; }
 
     /// The number of the token; it is added when it is not there.
     qsizetype number(const QByteArray& token) {
-        const QByteArray entry = vocabularyEntry(token);
-        if (const qsizetype known = m_entries.indexOf(entry); known >= 0)
-            return known;
-        m_entries.append(entry);
-        return m_entries.size() - 1;
+        QByteArray entry;
+        for (const char byte : token)
+            entry += m_bytes.at(static_cast<quint8>(byte));
+        if (!m_entries.contains(entry))
+            m_entries.append(entry);
+        return m_entries.indexOf(entry);
     }
 
-    std::vector<qint32> types() const {
+    QList<qint32> types() const {
         constexpr qint32 normal = 1;
         constexpr qint32 control = 3;
-        std::vector<qint32> types(static_cast<std::size_t>(size()), normal);
-        std::fill(types.begin() + padding(), types.begin() + end() + 1, control);
+        QList<qint32> types(size(), normal);
+        std::fill(types.begin() + padding, types.begin() + end + 1, control);
         return types;
     }
 
 private:
+    QByteArrayList m_bytes;
     QByteArrayList m_entries;
 };
 
-struct Shape {
-    qsizetype width;
-    qsizetype feedForwardWidth;
-    qsizetype vocabularySize;
-    int blocks;
-};
+QList<float> zeros(qsizetype count) {
+    return QList<float>(count);
+}
 
-/// Blocks whose weights are all zero: they add nothing to what comes in.
-void addBlock(GgufWriter& writer, const Shape& shape, int number) {
-    const QByteArray prefix = "blk." + QByteArray::number(number) + '.';
-    const qsizetype width = shape.width;
-    const qsizetype feedForward = shape.feedForwardWidth;
-    const std::vector<float> ones(static_cast<std::size_t>(width), 1.0F);
-    const auto zeros = [](qsizetype count) {
-        return std::vector<float>(static_cast<std::size_t>(count));
-    };
+/// A block whose weights are all zero: it adds nothing to what comes in.
+void addBlock(GgufWriter& writer, const QByteArray& prefix, qsizetype width,
+              qsizetype feedForwardWidth) {
+    const QList<float> ones(width, 1.0F);
     writer.addTensor(prefix + "attn_norm.weight", width, ones);
     for (const auto* name : {"attn_q", "attn_k", "attn_v", "attn_output"})
         writer.addTensor(prefix + name + ".weight", width, zeros(width * width));
     writer.addTensor(prefix + "ffn_norm.weight", width, ones);
     for (const auto* name : {"ffn_gate", "ffn_up"})
-        writer.addTensor(prefix + name + ".weight", width, zeros(width * feedForward));
-    writer.addTensor(prefix + "ffn_down.weight", feedForward, zeros(width * feedForward));
-}
-
-void addTensors(GgufWriter& writer, const Shape& shape, const std::vector<qsizetype>& successors) {
-    const qsizetype width = shape.width;
-    const qsizetype vocabularySize = shape.vocabularySize;
-    const auto zeros = [](qsizetype count) {
-        return std::vector<float>(static_cast<std::size_t>(count));
-    };
-    const std::vector<float> ones(static_cast<std::size_t>(width), 1.0F);
-
-    // Token i is the i-th unit vector, so column i of the output tells what follows it.
-    std::vector<float> embedding = zeros(width * vocabularySize);
-    std::vector<float> output = zeros(width * vocabularySize);
-    for (qsizetype token = 0; token < vocabularySize; ++token) {
-        const qsizetype next = successors[static_cast<std::size_t>(token)];
-        embedding[static_cast<std::size_t>(token * width + token)] = 1.0F;
-        output[static_cast<std::size_t>(next * width + token)] = 5.0F;
-    }
-    writer.addTensor("token_embd.weight", width, std::move(embedding));
-    writer.addTensor("output_norm.weight", width, ones);
-    writer.addTensor("output.weight", width, std::move(output));
-    for (int block = 0; block < shape.blocks; ++block)
-        addBlock(writer, shape, block);
+        writer.addTensor(prefix + name + ".weight", width, zeros(width * feedForwardWidth));
+    writer.addTensor(prefix + "ffn_down.weight", feedForwardWidth, zeros(width * feedForwardWidth));
 }
 
 } // namespace
@@ -153,36 +202,32 @@ QByteArray replyOf(const TinyModel& model) {
 
 QByteArray modelFile(const TinyModel& model) {
     Vocabulary vocabulary;
-    std::vector<qsizetype> chain{vocabulary.number("\n")};
+    QList<qsizetype> chain{vocabulary.number("\n")};
     for (const QByteArray& token : model.tokens) {
         const qsizetype number = vocabulary.number(token);
-        if (std::find(chain.begin(), chain.end(), number) != chain.end())
+        if (chain.contains(number))
             throw std::invalid_argument("a token stands twice in the reply");
-        chain.push_back(number);
+        chain.append(number);
     }
+    QList<qsizetype> successors(vocabulary.size(), Vocabulary::end);
+    for (qsizetype i = 0; i + 1 < chain.size(); ++i)
+        successors[chain[i]] = chain[i + 1];
+    if (model.isEndless)
+        successors[chain.last()] = chain.at(1);
+
     const qsizetype enough = std::max(model.width, vocabulary.size());
     const qsizetype width = (enough + headSize - 1) / headSize * headSize;
-    const Shape shape{.width = width,
-                      .feedForwardWidth = model.blocks > 1 ? width * 11 / 4 : 32,
-                      .vocabularySize = vocabulary.size(),
-                      .blocks = model.blocks};
-
-    std::vector<qsizetype> successors(static_cast<std::size_t>(vocabulary.size()),
-                                      vocabulary.end());
-    for (std::size_t i = 0; i + 1 < chain.size(); ++i)
-        successors[static_cast<std::size_t>(chain[i])] = chain[i + 1];
-    if (model.isEndless && chain.size() > 1)
-        successors[static_cast<std::size_t>(chain.back())] = chain[1];
+    const qsizetype feedForwardWidth = model.blocks > 1 ? width * 11 / 4 : 32;
+    const auto heads = static_cast<quint32>(width / headSize);
 
     GgufWriter writer;
-    const auto heads = static_cast<quint32>(width / headSize);
     writer.add("general.architecture", QByteArray("llama"));
     writer.add("general.name", QByteArray("chain of tokens"));
     writer.add("llama.vocab_size", static_cast<quint32>(vocabulary.size()));
     writer.add("llama.context_length", model.contextLength);
     writer.add("llama.embedding_length", static_cast<quint32>(width));
-    writer.add("llama.block_count", static_cast<quint32>(shape.blocks));
-    writer.add("llama.feed_forward_length", static_cast<quint32>(shape.feedForwardWidth));
+    writer.add("llama.block_count", static_cast<quint32>(model.blocks));
+    writer.add("llama.feed_forward_length", static_cast<quint32>(feedForwardWidth));
     writer.add("llama.attention.head_count", heads);
     writer.add("llama.attention.head_count_kv", heads);
     writer.add("llama.attention.layer_norm_rms_epsilon", 1e-6F);
@@ -192,13 +237,25 @@ QByteArray modelFile(const TinyModel& model) {
     writer.add("tokenizer.ggml.pre", QByteArray("llama-bpe"));
     writer.add("tokenizer.ggml.tokens", vocabulary.entries());
     writer.add("tokenizer.ggml.token_type", vocabulary.types());
-    writer.add("tokenizer.ggml.merges", QByteArrayList{"t h"});
-    writer.add("tokenizer.ggml.bos_token_id", static_cast<quint32>(vocabulary.padding()));
-    writer.add("tokenizer.ggml.eos_token_id", static_cast<quint32>(vocabulary.end()));
-    writer.add("tokenizer.ggml.padding_token_id", static_cast<quint32>(vocabulary.padding()));
+    writer.add("tokenizer.ggml.merges", QList<QByteArray>{"t h"});
+    writer.add("tokenizer.ggml.bos_token_id", static_cast<quint32>(Vocabulary::padding));
+    writer.add("tokenizer.ggml.eos_token_id", static_cast<quint32>(Vocabulary::end));
+    writer.add("tokenizer.ggml.padding_token_id", static_cast<quint32>(Vocabulary::padding));
     writer.add("tokenizer.ggml.add_bos_token", false);
     writer.add("tokenizer.chat_template", QByteArray(chatTemplate));
-    addTensors(writer, shape, successors);
+
+    // Token i is the i-th unit vector, so column i of the output tells what follows it.
+    QList<float> embedding = zeros(width * vocabulary.size());
+    QList<float> output = embedding;
+    for (qsizetype token = 0; token < vocabulary.size(); ++token) {
+        embedding[token * width + token] = 1.0F;
+        output[successors[token] * width + token] = 5.0F;
+    }
+    writer.addTensor("token_embd.weight", width, embedding);
+    writer.addTensor("output_norm.weight", width, QList<float>(width, 1.0F));
+    writer.addTensor("output.weight", width, output);
+    for (int block = 0; block < model.blocks; ++block)
+        addBlock(writer, "blk." + QByteArray::number(block) + '.', width, feedForwardWidth);
     return writer.file();
 }
 

@@ -39,51 +39,19 @@ Script& Script::hold() {
     return *this;
 }
 
-Script Script::reply(int status, QByteArray body, QByteArray contentType) {
-    Script script;
-    script.head(status, {"Content-Type: " + contentType,
-                         "Content-Length: " + QByteArray::number(body.size())});
-    script.send(std::move(body));
-    return script;
+Script Script::reply(int status, const QByteArray& body, const QByteArray& contentType) {
+    return Script().send(httpReply(status, body, contentType));
 }
 
 Script Script::streamed(QByteArray body) {
-    Script script;
-    script.head(200, {"Content-Type: application/x-ndjson"});
-    script.send(std::move(body));
-    return script;
+    return Script().head(200, {"Content-Type: application/x-ndjson"}).send(std::move(body));
 }
 
-struct ScriptedServer::Exchange {
-    Exchange()
-        : gate(eventfd(0, EFD_CLOEXEC | EFD_SEMAPHORE)) {}
-    ~Exchange() { close(gate); }
+ScriptedServer::Exchange::Exchange()
+    : gate(eventfd(0, EFD_CLOEXEC | EFD_SEMAPHORE)) {}
 
-    RecordedRequest request;
-    int gate;
-    std::atomic<int> gatesReached = 0;
-    std::atomic<bool> clientClosed = false;
-    std::atomic<bool> finished = false;
-};
-
-ScriptedServer::ScriptedServer() = default;
-
-ScriptedServer::~ScriptedServer() {
-    m_server.stop();
-}
-
-bool ScriptedServer::listen(quint16 port) {
-    return m_server.listenOnPort(
-        port, [this](LoopbackConnection& c) { play(c); });
-}
-
-bool ScriptedServer::listen(const QString& path) {
-    return m_server.listenOnPath(
-        path, [this](LoopbackConnection& c) { play(c); });
-}
-
-void ScriptedServer::stop() {
-    m_server.stop();
+ScriptedServer::Exchange::~Exchange() {
+    close(gate);
 }
 
 void ScriptedServer::enqueue(Script script) {
@@ -93,10 +61,11 @@ void ScriptedServer::enqueue(Script script) {
 
 void ScriptedServer::setFallback(Script script) {
     const std::lock_guard lock(m_mutex);
-    m_fallback = std::make_unique<Script>(std::move(script));
+    m_fallback = std::move(script);
 }
 
 std::shared_ptr<ScriptedServer::Exchange> ScriptedServer::exchange(int index) const {
+    const std::lock_guard lock(m_mutex);
     // Made on first use, so that a test may open a gate before the request has arrived.
     const auto at = static_cast<size_t>(index);
     while (m_exchanges.size() <= at)
@@ -105,7 +74,6 @@ std::shared_ptr<ScriptedServer::Exchange> ScriptedServer::exchange(int index) co
 }
 
 void ScriptedServer::release(int request) {
-    const std::lock_guard lock(m_mutex);
     eventfd_write(exchange(request)->gate, 1);
 }
 
@@ -115,37 +83,21 @@ int ScriptedServer::requestCount() const {
 }
 
 RecordedRequest ScriptedServer::request(int index) const {
+    const auto asked = exchange(index);
     const std::lock_guard lock(m_mutex);
-    return exchange(index)->request;
-}
-
-bool ScriptedServer::clientClosed(int index) const {
-    const std::lock_guard lock(m_mutex);
-    return exchange(index)->clientClosed;
-}
-
-int ScriptedServer::gatesReached(int index) const {
-    const std::lock_guard lock(m_mutex);
-    return exchange(index)->gatesReached;
-}
-
-bool ScriptedServer::isFinished(int index) const {
-    const std::lock_guard lock(m_mutex);
-    return exchange(index)->finished;
+    return asked->request;
 }
 
 void ScriptedServer::play(LoopbackConnection& connection) {
     std::shared_ptr<Exchange> exchange;
-    Script script = Script::reply(501, "no script for this request", "text/plain");
+    Script script;
     {
         const std::lock_guard lock(m_mutex);
         const int index = m_requestCount++;
         exchange = this->exchange(index);
         exchange->request = connection.request();
-        if (static_cast<size_t>(index) < m_scripts.size())
-            script = m_scripts[static_cast<size_t>(index)];
-        else if (m_fallback)
-            script = *m_fallback;
+        const auto at = static_cast<size_t>(index);
+        script = at < m_scripts.size() ? m_scripts[at] : m_fallback;
     }
     bool going = true;
     for (const auto& step : script.m_steps) {

@@ -3,10 +3,9 @@
 
 #include "tests/support/LoopbackServer.h"
 
-#include <QByteArray>
-#include <QString>
+#include <QByteArrayList>
 
-#include <condition_variable>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <variant>
@@ -33,7 +32,8 @@ public:
     Script& hold();
 
     /// A whole reply of that status, its length given.
-    static Script reply(int status, QByteArray body, QByteArray contentType = "application/json");
+    static Script reply(int status, const QByteArray& body,
+                        const QByteArray& contentType = "application/json");
     /// A reply of status 200 whose body ends with the connection.
     static Script streamed(QByteArray body);
 
@@ -49,15 +49,18 @@ private:
 /// requests arrive, and remembers what it was asked. Every function may be called from any thread.
 class ScriptedServer {
 public:
-    ScriptedServer();
-    ~ScriptedServer();
-
     /// Listens on 127.0.0.1, on a free port when none is given.
-    bool listen(quint16 port = 0);
+    bool listen(quint16 port = 0) {
+        return m_server.listenOnPort(
+            port, [this](LoopbackConnection& c) { play(c); });
+    }
     /// Listens on a Unix socket at that path.
-    bool listen(const QString& path);
+    bool listen(const QString& path) {
+        return m_server.listenOnPath(
+            path, [this](LoopbackConnection& c) { play(c); });
+    }
     /// Takes the server down; every connection ends.
-    void stop();
+    void stop() { m_server.stop(); }
 
     quint16 port() const { return m_server.port(); }
     /// Why listen() failed.
@@ -74,20 +77,29 @@ public:
     int requestCount() const;
     RecordedRequest request(int index = 0) const;
     /// The client closed the connection of that request before its script had ended.
-    bool clientClosed(int index = 0) const;
+    bool clientClosed(int index = 0) const { return exchange(index)->clientClosed; }
     /// How many gates that request's script has come to, opened or not.
-    int gatesReached(int index = 0) const;
+    int gatesReached(int index = 0) const { return exchange(index)->gatesReached; }
     /// The script of that request has been played to its end, or the client has gone.
-    bool isFinished(int index = 0) const;
+    bool isFinished(int index = 0) const { return exchange(index)->finished; }
 
 private:
-    struct Exchange;
+    struct Exchange {
+        Exchange();
+        ~Exchange();
+
+        RecordedRequest request;
+        int gate;
+        std::atomic<int> gatesReached = 0;
+        std::atomic<bool> clientClosed = false;
+        std::atomic<bool> finished = false;
+    };
     void play(LoopbackConnection& connection);
     std::shared_ptr<Exchange> exchange(int index) const;
 
-    mutable std::mutex m_mutex;
+    mutable std::recursive_mutex m_mutex;
     std::vector<Script> m_scripts; // one a request, in order
-    std::unique_ptr<Script> m_fallback;
+    Script m_fallback = Script::reply(501, "no script for this request", "text/plain");
     mutable std::vector<std::shared_ptr<Exchange>> m_exchanges; // by the order of requests
     int m_requestCount = 0;
     LoopbackServer m_server; // last: its threads end before the rest goes

@@ -1,20 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/TestEngine.h"
 
-#include "Platform/Desktop/Linux/UniqueFd.h"
+#include "tests/support/Files.h"
+#include "tests/support/HttpFixture.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QStandardPaths>
-#include <QTest>
-
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 
 namespace tests {
 
@@ -22,20 +14,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void writeFile(const QString& path, const QByteArray& bytes) {
-    // A new file each time: a running engine keeps the old one.
-    QFile::remove(path);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s cannot be written", qPrintable(path));
-}
-
-QByteArray processStatus(qint64 process) {
+/// What the system tells of a process, behind its name; empty when it is not there.
+QByteArrayList processStatus(qint64 process) {
     QFile file(u"/proc/%1/stat"_s.arg(process));
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray line = file.readAll();
-    return line.mid(line.lastIndexOf(')') + 2); // the name may hold anything
+    return line.mid(line.lastIndexOf(')') + 2).split(' '); // the name may hold anything
 }
 
 } // namespace
@@ -44,7 +29,7 @@ std::optional<QString> engineProgram() {
     const QString chosen = qEnvironmentVariable("TELLWICK_TEST_ENGINE");
     if (!chosen.isEmpty())
         return chosen;
-    const QString name = platform::LlamaServerPaths::programName();
+    const QString name = u"llama-server"_s;
     QString found = QStandardPaths::findExecutable(name, {QStringLiteral(ENGINE_FOLDER)});
     if (found.isEmpty())
         found = QStandardPaths::findExecutable(name);
@@ -57,8 +42,16 @@ std::optional<QString> reasonToSkipEngineTests() {
     return u"llama-server is not installed (scripts/get-engine gets it)"_s;
 }
 
+QByteArray instructed(const QByteArray& text) {
+    return "<|im_start|>system\n" + text + "<|im_end|>\n";
+}
+
+QByteArray turn(const QByteArray& prompt) {
+    return "<|im_start|>user\n" + prompt + "<|im_end|>\n<|im_start|>assistant\n";
+}
+
 EngineFolders::EngineFolders() {
-    for (const QString& folder : {u"data/models"_s, u"bin"_s, u"prompts"_s})
+    for (const QString& folder : {u"bin"_s, u"prompts"_s})
         QDir().mkpath(path(folder));
     if (const auto program = engineProgram())
         QFile::link(*program, path(u"bin/llama-server"_s));
@@ -73,14 +66,16 @@ platform::LlamaServerPaths EngineFolders::pathsIn(const QString& folder) {
 }
 
 void EngineFolders::setModelFile(const QByteArray& bytes) const {
-    writeFile(path(u"data/models/on-device.gguf"_s), bytes);
+    // A new file each time: a running engine keeps the old one.
+    const QString file = path(u"data/models/on-device.gguf"_s);
+    QFile::remove(file);
+    writeBytes(file, bytes);
 }
 
 void EngineFolders::setEngineScript(const QByteArray& script) const {
-    const QString file = path(u"bin/llama-server"_s);
-    writeFile(file, "#!/bin/sh\nENGINE='" + engineProgram().value_or(QString()).toUtf8() + "'\n" +
-                        script);
-    QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    writeProgram(path(u"bin/llama-server"_s), "#!/bin/sh\nENGINE='" +
+                                                  engineProgram().value_or(QString()).toUtf8() +
+                                                  "'\n" + script);
 }
 
 void EngineFolders::recordPrompts() const {
@@ -90,46 +85,36 @@ void EngineFolders::recordPrompts() const {
 
 QByteArrayList EngineFolders::recordedPrompts() const {
     QByteArrayList prompts;
-    const QFileInfoList files = QDir(path(u"prompts"_s)).entryInfoList(QDir::Files, QDir::Name);
-    for (const QFileInfo& info : files) {
-        QFile file(info.filePath());
-        if (file.open(QIODevice::ReadOnly))
-            prompts.append(file.readAll());
-    }
+    for (const QFileInfo& info : QDir(path(u"prompts"_s)).entryInfoList(QDir::Files, QDir::Name))
+        prompts.append(bytesOf(info.filePath()));
     return prompts;
 }
 
 QByteArray EngineFolders::get(const QByteArray& target) const {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const QByteArray path = QFile::encodeName(socketPath());
-    std::copy(path.begin(), path.end(), address.sun_path);
-    const platform::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const QByteArray request = "GET " + target + " HTTP/1.0\r\n\r\n";
-    QByteArray response;
-    if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        send(socket.get(), request.constData(), static_cast<size_t>(request.size()),
-             MSG_NOSIGNAL) != request.size())
-        return response;
-    std::array<char, 4096> bytes{};
-    while (const ssize_t count = recv(socket.get(), bytes.data(), bytes.size(), 0)) {
-        if (count < 0)
-            break;
-        response.append(bytes.data(), count);
-    }
-    return response;
+    HttpFixture fixture;
+    const platform::HttpClient client(*fixture.network,
+                                      platform::HttpEndpoint::unixSocket(socketPath()));
+    const auto outcome = fixture.run(client.data(platform::HttpRequest(target)));
+    return outcome.value ? outcome.value->body : QByteArray();
 }
 
 QString outcomeOf(const std::shared_ptr<Heard>& heard) {
-    constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
-    if (!QTest::qWaitFor([&] { return heard->hasEnded; }, limit))
+    if (!QTest::qWaitFor([&] { return heard->hasEnded; }, processLimit))
         return u"no end"_s;
-    return heard->error ? u"Error: "_s + *heard->error : heard->text();
+    if (heard->error)
+        return u"Error: "_s + heard->errorText();
+    return heard->elements.isEmpty() ? QString() : heard->elements.constLast().toString();
 }
 
-bool hasSaid(const std::shared_ptr<Heard>& heard, int snapshots) {
-    constexpr int limit = 30'000;
-    return QTest::qWaitFor([&] { return heard->snapshots >= snapshots; }, limit);
+bool hasSaid(const std::shared_ptr<Heard>& heard, qsizetype snapshots) {
+    return QTest::qWaitFor([&] { return heard->elements.size() >= snapshots; }, processLimit);
+}
+
+bool everGrew(const Heard& heard) {
+    const auto doesNotGrow = [](const auto& earlier, const auto& later) {
+        return later.size() <= earlier.size() || !later.continues(earlier);
+    };
+    return std::ranges::adjacent_find(heard.elements, doesNotGrow) == heard.elements.end();
 }
 
 qint64 engineProcess() {
@@ -138,21 +123,17 @@ qint64 engineProcess() {
 
 QList<qint64> childrenOf(qint64 process) {
     QList<qint64> children;
-    const QStringList processes = QDir(u"/proc"_s).entryList(QDir::Dirs);
-    for (const QString& entry : processes) {
-        bool isNumber = false;
-        const qint64 candidate = entry.toLongLong(&isNumber);
-        if (!isNumber || !isRunning(candidate))
-            continue;
-        if (processStatus(candidate).split(' ').value(1).toLongLong() == process)
+    for (const QString& entry : QDir(u"/proc"_s).entryList({u"[1-9]*"_s}, QDir::Dirs)) {
+        const qint64 candidate = entry.toLongLong();
+        if (isRunning(candidate) && processStatus(candidate).value(1).toLongLong() == process)
             children.append(candidate);
     }
     return children;
 }
 
 bool isRunning(qint64 process) {
-    const QByteArray status = processStatus(process);
-    return !status.isEmpty() && !status.startsWith('Z');
+    const QByteArray state = processStatus(process).value(0);
+    return !state.isEmpty() && state != "Z";
 }
 
 } // namespace tests

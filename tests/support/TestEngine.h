@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Http/NetworkThread.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 #include "tests/support/ModelMaker.h"
-#include "tests/support/StreamProbe.h"
+#include "tests/support/TaskRunner.h"
 
 #include <QTemporaryDir>
 
@@ -17,6 +16,10 @@ std::optional<QString> engineProgram();
 
 /// Why tests of the real engine cannot run; nothing when they can, and nothing when they must.
 std::optional<QString> reasonToSkipEngineTests();
+
+// What the models' template makes of the instructions and of a turn.
+QByteArray instructed(const QByteArray& text);
+QByteArray turn(const QByteArray& prompt);
 
 /// Folders of a test's own with a model in them and the way to the engine.
 class EngineFolders {
@@ -43,7 +46,7 @@ public:
 
     /// Where the engine's socket is while there is one.
     QString socketPath() const { return path(QStringLiteral("run/engine.sock")); }
-    /// Asks the running engine by a connection of its own, and gives the whole response.
+    /// Asks the running engine by a connection of its own, and gives the response's body.
     QByteArray get(const QByteArray& target) const;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
@@ -51,6 +54,9 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+
+/// What has come of a reply so far.
+using Heard = Seen<platform::TextSnapshot>;
 
 /// The on-device model as the program uses it, and a conversation with it that is heard on the
 /// test's thread.
@@ -71,7 +77,9 @@ public:
         return hear(session->streamResponse(prompt, options));
     }
     std::shared_ptr<Heard> hear(platform::AsyncStream<platform::TextSnapshot> reply) {
-        return listen(*m_listeners, std::move(reply));
+        const auto heard = std::make_shared<Heard>();
+        m_listeners->start(consume(std::move(reply), heard));
+        return heard;
     }
     /// Nobody reads the replies any more that are under way.
     void stopHearing() { m_listeners.emplace(m_executor); }
@@ -93,7 +101,9 @@ public:
 /// Waits for the end of a reply and tells its text, or "Error: " and its error.
 QString outcomeOf(const std::shared_ptr<Heard>& heard);
 /// Waits for so many snapshots of a reply.
-bool hasSaid(const std::shared_ptr<Heard>& heard, int snapshots = 1);
+bool hasSaid(const std::shared_ptr<Heard>& heard, qsizetype snapshots = 1);
+/// Whether each snapshot went on from the one before.
+bool everGrew(const Heard& heard);
 
 /// The children of a process, zombies not counted.
 QList<qint64> childrenOf(qint64 process);

@@ -3,26 +3,25 @@
 #include "tests/support/ModelMaker.h"
 
 #include <QFile>
-#include <QTextStream>
 
-using namespace Qt::StringLiterals;
+#include <cstdio>
+#include <map>
 
 int main(int argc, char** argv) {
-    const QString kind = argc > 2 ? QString::fromLocal8Bit(argv[2]) : u"sentence"_s;
-    QTextStream errors(stderr);
-    if (argc < 2 || argc > 3 ||
-        (kind != u"sentence" && kind != u"endless" && kind != u"split" && kind != u"heavy")) {
-        errors << "usage: make-test-model FILE [sentence|endless|split|heavy]\n";
+    using tests::TinyModel;
+    const std::map<std::string, TinyModel (*)()> kinds{{"sentence", &TinyModel::sentence},
+                                                       {"endless", &TinyModel::endless},
+                                                       {"split", &TinyModel::splitCharacters},
+                                                       {"heavy", &TinyModel::heavy}};
+    const auto kind = kinds.find(argc > 2 ? argv[2] : "sentence");
+    if (argc < 2 || argc > 3 || kind == kinds.end()) {
+        std::fputs("usage: make-test-model FILE [sentence|endless|split|heavy]\n", stderr);
         return 2;
     }
-    const tests::TinyModel model = kind == u"endless" ? tests::TinyModel::endless()
-                                   : kind == u"heavy" ? tests::TinyModel::heavy()
-                                   : kind == u"split" ? tests::TinyModel::splitCharacters()
-                                                      : tests::TinyModel::sentence();
     QFile file(QString::fromLocal8Bit(argv[1]));
-    const QByteArray bytes = tests::modelFile(model);
+    const QByteArray bytes = tests::modelFile(kind->second());
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
-        errors << file.errorString() << '\n';
+        std::fprintf(stderr, "%s\n", qPrintable(file.errorString()));
         return 1;
     }
     return 0;

@@ -14,11 +14,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <csignal>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
+using tests::httpReply;
 using tests::LoopbackConnection;
 using tests::LoopbackServer;
 
@@ -35,12 +37,12 @@ const QString cannedReply =
     "Tell me if you would rather keep **one** empty line between paragraphs: that is a small change. 🙂"_s;
 
 struct Settings {
-    quint16 port = 11434;
-    int wordsPerSecond = 40;
-    int models = 3;
-    int latency = 300;
-    int hold = -1; ///< words after which a reply stands still; negative: none does
-    QStringList replies{cannedReply};
+    quint16 port = 0;
+    int wordsPerSecond = 0;
+    int models = 0;
+    int latency = 0; ///< milliseconds
+    int hold = 0;    ///< words after which a reply stands still; negative: none does
+    QStringList replies{};
 };
 
 /// One line for whoever watches.
@@ -61,59 +63,34 @@ QByteArray listing(int count) {
     for (int i = 0; i < count; ++i) {
         const auto& [name, size] = known[i % known.size()];
         const QString suffix = i < known.size() ? QString() : u"-%1"_s.arg(i);
-        models.append(QJsonObject{{u"name"_s, name + suffix},
-                                  {u"model"_s, name + suffix},
-                                  {u"modified_at"_s, u"2024-11-05T09:30:00Z"_s},
-                                  {u"size"_s, size}});
+        models.append(QJsonObject{{u"name"_s, name + suffix}, {u"size"_s, size}});
     }
     return compact({{u"models"_s, models}});
 }
 
-QByteArray chatLine(const QString& model, const QString& content, bool done) {
-    return compact(
-               {{u"model"_s, model},
-                {u"created_at"_s, u"2024-11-05T09:30:00Z"_s},
-                {u"message"_s, QJsonObject{{u"role"_s, u"assistant"_s}, {u"content"_s, content}}},
-                {u"done"_s, done}}) +
+QByteArray chatLine(const QString& content, bool done) {
+    return compact({{u"message"_s, QJsonObject{{u"content"_s, content}}}, {u"done"_s, done}}) +
            '\n';
 }
 
 /// The text in the pieces a model would send: each word with the blanks before it.
 QStringList words(const QString& text) {
+    static const QRegularExpression word(u"\\s*\\S+|\\s+$"_s);
     QStringList pieces;
-    qsizetype start = 0;
-    for (qsizetype i = 1; i <= text.size(); ++i) {
-        if (i == text.size() || (text[i].isSpace() && !text[i - 1].isSpace())) {
-            pieces.append(text.sliced(start, i - start));
-            start = i;
-        }
-    }
+    for (const auto& match : word.globalMatch(text))
+        pieces.append(match.captured());
     return pieces;
-}
-
-bool sendChunk(LoopbackConnection& connection, QByteArrayView bytes) {
-    QByteArray framed = QByteArray::number(bytes.size(), 16) + "\r\n";
-    framed.append(bytes);
-    return connection.send(framed + "\r\n");
-}
-
-void answer(LoopbackConnection& connection, int status, const QByteArray& body) {
-    connection.send("HTTP/1.1 " + QByteArray::number(status) +
-                    " \r\nContent-Type: application/json\r\nContent-Length: " +
-                    QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
 }
 
 void chat(LoopbackConnection& connection, const Settings& settings) {
     const auto request = QJsonDocument::fromJson(connection.request().body).object();
-    const QString model = request.value(u"model"_s).toString();
-    if (model.isEmpty() || !request.value(u"messages"_s).isArray()) {
-        answer(connection, 400, R"({"error":"missing request body"})");
+    if (request.value(u"model"_s).toString().isEmpty() || !request.value(u"messages"_s).isArray()) {
+        connection.send(httpReply(400, R"({"error":"missing request body"})"));
         return;
     }
     if (!connection.pause(std::chrono::milliseconds(settings.latency)))
         return;
-    connection.send("HTTP/1.1 200 OK\r\nContent-Type: application/x-ndjson\r\n"
-                    "Transfer-Encoding: chunked\r\n\r\n");
+    connection.send("HTTP/1.1 200 OK\r\nContent-Type: application/x-ndjson\r\n\r\n");
     // The question on its own, after the system prompt and two messages for each turn before it.
     const qsizetype turn = (request.value(u"messages"_s).toArray().size() - 1) / 2;
     int sent = 0;
@@ -123,48 +100,48 @@ void chat(LoopbackConnection& connection, const Settings& settings) {
             connection.holdUntilGone();
             return;
         }
-        if (!sendChunk(connection, chatLine(model, word, false)))
+        if (!connection.send(chatLine(word, false)))
             return;
         if (settings.wordsPerSecond > 0 &&
             !connection.pause(std::chrono::milliseconds(1000 / settings.wordsPerSecond)))
             return;
     }
-    if (sendChunk(connection, chatLine(model, QString(), true)) && sendChunk(connection, {}))
+    if (connection.send(chatLine(QString(), true)))
         say("answered");
 }
 
 void serve(LoopbackConnection& connection, const Settings& settings) {
     if (connection.request().target == "/api/tags") {
-        answer(connection, 200, listing(settings.models));
+        connection.send(httpReply(200, listing(settings.models)));
         say("listed");
     } else if (connection.request().target == "/api/chat" &&
                connection.request().method == "POST") {
         chat(connection, settings);
     } else {
-        answer(connection, 404, R"({"error":"not found"})");
+        connection.send(httpReply(404, R"({"error":"not found"})"));
     }
 }
 
 bool readSettings(Settings& settings) {
     QCommandLineParser parser;
     parser.addHelpOption();
-    const QCommandLineOption port(u"port"_s, u"Port on 127.0.0.1."_s, u"number"_s, u"11434"_s);
-    const QCommandLineOption rate(u"rate"_s, u"Words (tokens) a second."_s, u"number"_s, u"40"_s);
-    const QCommandLineOption models(u"models"_s, u"Models listed."_s, u"number"_s, u"3"_s);
-    const QCommandLineOption latency(u"latency"_s, u"Wait before a reply."_s, u"ms"_s, u"300"_s);
-    const QCommandLineOption hold(u"hold"_s, u"Words before a reply stands still."_s, u"number"_s,
-                                  u"-1"_s);
-    const QCommandLineOption reply(u"reply"_s, u"TextSnapshot of a reply."_s, u"file"_s);
-    parser.addOptions({port, rate, models, latency, hold, reply});
+    const auto number = [](const char* name, const char* description, int standard) {
+        return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
+                                  u"number"_s, QString::number(standard));
+    };
+    parser.addOptions({number("port", "Port on 127.0.0.1.", 11434),
+                       number("rate", "Words (tokens) a second.", 40),
+                       number("models", "Models listed.", 3),
+                       number("latency", "Milliseconds before a reply.", 300),
+                       number("hold", "Words before a reply stands still.", -1),
+                       {u"reply"_s, u"Text of a reply."_s, u"file"_s}});
     parser.process(*QCoreApplication::instance());
-    settings.port = parser.value(port).toUShort();
-    settings.wordsPerSecond = parser.value(rate).toInt();
-    settings.models = parser.value(models).toInt();
-    settings.latency = parser.value(latency).toInt();
-    settings.hold = parser.value(hold).toInt();
-    if (parser.isSet(reply))
-        settings.replies.clear();
-    for (const QString& name : parser.values(reply)) {
+    settings = {.port = parser.value(u"port"_s).toUShort(),
+                .wordsPerSecond = parser.value(u"rate"_s).toInt(),
+                .models = parser.value(u"models"_s).toInt(),
+                .latency = parser.value(u"latency"_s).toInt(),
+                .hold = parser.value(u"hold"_s).toInt()};
+    for (const QString& name : parser.values(u"reply"_s)) {
         QFile file(name);
         if (!file.open(QIODevice::ReadOnly)) {
             std::fprintf(stderr, "Cannot read %s.\n", qPrintable(name));
@@ -172,6 +149,8 @@ bool readSettings(Settings& settings) {
         }
         settings.replies.append(QString::fromUtf8(file.readAll()));
     }
+    if (settings.replies.isEmpty())
+        settings.replies.append(cannedReply);
     return true;
 }
 

@@ -3,10 +3,7 @@
 
 #include <fontconfig/fontconfig.h>
 
-namespace platform {
-
-// To be called by several threads at once is allowed: the later ones wait for the first.
-FontWarmUp::FontWarmUp()
-    : m_thread([] { FcInit(); }) {}
-
-} // namespace platform
+std::jthread platform::warmUpFonts() {
+    // To be called by several threads at once is allowed: the later ones wait for the first.
+    return std::jthread([] { FcInit(); });
+}

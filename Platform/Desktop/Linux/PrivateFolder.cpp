@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Desktop/Linux/PrivateFolder.h"
+#include "Platform/Desktop/PrivateFolder.h"
 
 #include <QFile>
 

@@ -54,56 +54,36 @@ std::optional<QColor> colorOf(const QVariant& value) {
                       .rgb());
 }
 
-} // namespace
+/// What the settings say; one that is not there, or not of the agreed type, says nothing.
+DesktopAppearance appearanceIn(const QMap<QString, QVariantMap>& settings) {
+    const auto setting = [&settings](const QString& group, const QString& key) {
+        return unwrapped(settings.value(group).value(key));
+    };
+    const auto colorScheme = valueOf<uint>(setting(appearanceGroup, u"color-scheme"_s));
+    const auto contrast = valueOf<uint>(setting(appearanceGroup, u"contrast"_s));
+    const auto reducedMotion = valueOf<uint>(setting(appearanceGroup, u"reduced-motion"_s));
+    const auto animations = valueOf<bool>(setting(gnomeGroup, u"enable-animations"_s));
+    bool hasDuration = false;
+    const double duration =
+        setting(plasmaGroup, u"AnimationDurationFactor"_s).toString().toDouble(&hasDuration);
 
-bool SettingsPortal::Values::take(const QString& group, const QString& key,
-                                  const QVariant& wrapped) {
-    const QVariant value = unwrapped(wrapped);
-    if (group == appearanceGroup) {
-        if (key == u"color-scheme")
-            colorScheme = valueOf<uint>(value);
-        else if (key == u"accent-color")
-            accent = colorOf(value);
-        else if (key == u"contrast")
-            contrast = valueOf<uint>(value);
-        else if (key == u"reduced-motion")
-            reducedMotion = valueOf<uint>(value);
-        else
-            return false;
-    } else if (group == gnomeGroup && key == u"enable-animations") {
-        enablesAnimations = valueOf<bool>(value);
-    } else if (group == plasmaGroup && key == u"AnimationDurationFactor") {
-        bool isNumber = false;
-        const double factor = value.toString().toDouble(&isNumber);
-        animationDuration = isNumber ? std::optional(factor) : std::nullopt;
-    } else {
-        return false;
-    }
-    return true;
-}
-
-DesktopAppearance SettingsPortal::Values::appearance() const {
     DesktopAppearance result;
-    if (colorScheme == 1U)
-        result.isDark = true;
-    else if (colorScheme == 2U)
-        result.isDark = false;
-    result.accent = accent;
-    if (reducedMotion || enablesAnimations || animationDuration) {
+    if (colorScheme == 1U || colorScheme == 2U)
+        result.isDark = colorScheme == 1U;
+    result.accent = colorOf(setting(appearanceGroup, u"accent-color"_s));
+    if (reducedMotion || animations || hasDuration)
         result.reducesMotion =
-            reducedMotion == 1U || enablesAnimations == false || animationDuration == 0.0;
-    }
+            reducedMotion == 1U || animations == false || (hasDuration && duration == 0);
     if (contrast)
         result.increasesContrast = contrast == 1U;
     return result;
 }
 
-SettingsPortal::SettingsPortal(Connect connect)
-    : m_connect(std::move(connect)) {}
+} // namespace
 
-void SettingsPortal::start(Changed changed) {
+void SettingsPortal::start(const std::optional<QDBusConnection>& bus, Changed changed) {
     m_changed = std::move(changed);
-    m_bus = m_connect();
+    m_bus = bus;
     if (!m_bus)
         return;
     // First listen, then ask: no change can fall between the two.
@@ -135,22 +115,16 @@ void SettingsPortal::takeAnswer() {
     m_asked = nullptr;
     if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
         return;
-    const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst());
-    m_values = {};
-    for (auto group = groups.begin(); group != groups.end(); ++group)
-        for (auto entry = group->begin(); entry != group->end(); ++entry)
-            m_values.take(group.key(), entry.key(), entry.value());
-    tell();
+    m_settings = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst());
+    m_changed(appearanceIn(m_settings));
 }
 
 void SettingsPortal::settingChanged(const QString& group, const QString& key,
                                     const QDBusVariant& value) {
-    if (m_values.take(group, key, value.variant()))
-        tell();
-}
-
-void SettingsPortal::tell() {
-    m_changed(m_values.appearance());
+    const DesktopAppearance before = appearanceIn(m_settings);
+    m_settings[group].insert(key, value.variant());
+    if (const DesktopAppearance now = appearanceIn(m_settings); now != before)
+        m_changed(now);
 }
 
 } // namespace platform

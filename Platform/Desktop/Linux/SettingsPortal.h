@@ -23,16 +23,14 @@ class SettingsPortal final : public QObject {
     Q_OBJECT
 
 public:
-    /// Gives the connection to ask on, or none; called by start().
-    using Connect = std::function<std::optional<QDBusConnection>()>;
     using Changed = std::function<void(const DesktopAppearance&)>;
-
-    explicit SettingsPortal(Connect connect);
 
     /// Asks, without waiting for the answer, and tells `changed` the answer and every change after
     /// it, as long as this lives. Where there is nobody to ask, `changed` is never called. Called
     /// once.
-    void start(Changed changed);
+    ///
+    /// @param bus the connection to ask on; none where there is no bus.
+    void start(const std::optional<QDBusConnection>& bus, Changed changed);
 
     /// Tells at once, without waiting, an answer that has already come and would otherwise be told
     /// by a later turn of the event loop.
@@ -42,29 +40,13 @@ private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:
-    /// The portal's values as they are; none: not told, or not of the agreed type.
-    struct Values {
-        std::optional<uint> colorScheme;
-        std::optional<QColor> accent;
-        std::optional<uint> contrast;
-        std::optional<uint> reducedMotion;
-        std::optional<bool> enablesAnimations;
-        std::optional<double> animationDuration;
-
-        /// Takes over one value; false if the key is none of ours.
-        bool take(const QString& group, const QString& key, const QVariant& value);
-        DesktopAppearance appearance() const;
-    };
-
     void ask();
     void takeAnswer();
-    void tell();
 
-    Connect m_connect;
     std::optional<QDBusConnection> m_bus;
     Changed m_changed;
     QDBusPendingCallWatcher* m_asked = nullptr; // owned as a child
-    Values m_values;
+    QMap<QString, QVariantMap> m_settings;      // what was told last, by group and key
 };
 
 } // namespace platform

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/SingleInstance.h"
 
-#include "Platform/Desktop/Linux/PrivateFolder.h"
-
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QSocketNotifier>
@@ -15,7 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <thread>
-#include <vector>
 
 namespace platform {
 
@@ -34,7 +31,7 @@ constexpr qsizetype longestToken = 4096;
 constexpr std::chrono::milliseconds betweenAttempts{10};
 
 /// More starts than these at one moment are no user's.
-constexpr size_t maximumPeers = 32;
+constexpr qsizetype maximumPeers = 32;
 
 UniqueFd makeSocket() {
     return UniqueFd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -86,123 +83,75 @@ bool handOver(const PrivateFolder& folder, const QByteArray& token,
 
 } // namespace
 
-class SingleInstance::Implementation {
-public:
-    explicit Implementation(QStringList folders)
-        : m_folders(std::move(folders)) {}
-    Implementation(const Implementation&) = delete;
-    Implementation& operator=(const Implementation&) = delete;
-    ~Implementation() {
-        // While the lock is still ours: afterwards it could be the next instance's socket.
-        if (m_listener)
-            m_folder->remove(socketName);
-    }
+SingleInstance::SingleInstance(const QStringList& folders)
+    : m_folder(PrivateFolder::open(folders)) {}
 
-    Claim claim(const QByteArray& token, std::chrono::milliseconds limit) {
-        m_folder = PrivateFolder::open(m_folders);
-        if (!m_folder)
-            return Claim::First;
-        const QDeadlineTimer deadline(limit);
-        while (true) {
-            m_lock = m_folder->takeLock(lockName);
-            if (m_lock) {
-                listenForOthers();
-                return Claim::First;
-            }
-            if (handOver(*m_folder, token, deadline))
-                return Claim::HandedOver;
-            if (deadline.hasExpired())
-                return Claim::Unanswered;
-            // The other one has the lock but no socket yet, or no socket any more.
-            std::this_thread::sleep_for(betweenAttempts);
-        }
-    }
-
-    void onActivated(std::function<void(const QByteArray&)> activated) {
-        m_activated = std::move(activated);
-        if (!m_listener)
-            return;
-        m_notifier = std::make_unique<QSocketNotifier>(m_listener.get(), QSocketNotifier::Read);
-        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
-                         [this] { accept(); });
-    }
-
-private:
-    /// Another start, until its request has come.
-    struct Peer {
-        explicit Peer(UniqueFd file)
-            : socket(std::move(file))
-            , notifier(socket.get(), QSocketNotifier::Read) {}
-
-        UniqueFd socket;
-        QSocketNotifier notifier;
-    };
-
-    void listenForOthers() {
-        m_folder->remove(socketName); // of an instance that was killed
-        UniqueFd listener = makeSocket();
-        if (listener && atSocket(*m_folder, listener, &bind) && listen(listener.get(), 8) == 0)
-            m_listener = std::move(listener);
-    }
-
-    void accept() {
-        UniqueFd socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (!socket || !isOwnPeer(socket.get()))
-            return;
-        if (m_peers.size() >= maximumPeers)
-            m_peers.erase(m_peers.begin());
-        auto& peer = m_peers.emplace_back(std::make_unique<Peer>(std::move(socket)));
-        QObject::connect(&peer->notifier, &QSocketNotifier::activated, &peer->notifier,
-                         [this, raw = peer.get()] { read(raw); });
-    }
-
-    void read(Peer* peer) {
-        QByteArray packet(request.size() + longestToken, Qt::Uninitialized);
-        const ssize_t size =
-            recv(peer->socket.get(), packet.data(), static_cast<size_t>(packet.size()), 0);
-        if (size < 0 && (errno == EAGAIN || errno == EINTR))
-            return;
-        packet.truncate(std::max(size, ssize_t{0}));
-        const bool isRequest = packet.startsWith(request);
-        if (isRequest)
-            sendPacket(peer->socket.get(), answer.toByteArray());
-        remove(peer);
-        if (isRequest)
-            m_activated(packet.mid(request.size()));
-    }
-
-    /// The notifier is the caller, so it lives on for a while.
-    void remove(Peer* peer) {
-        const auto found = std::find_if(m_peers.begin(), m_peers.end(),
-                                        [peer](const auto& each) { return each.get() == peer; });
-        peer->notifier.setEnabled(false);
-        peer->socket = {};
-        m_done = std::move(*found);
-        m_peers.erase(found);
-    }
-
-    QStringList m_folders;
-    std::optional<PrivateFolder> m_folder;
-    UniqueFd m_lock;
-    UniqueFd m_listener;
-    std::function<void(const QByteArray&)> m_activated;
-    std::unique_ptr<QSocketNotifier> m_notifier;
-    std::vector<std::unique_ptr<Peer>> m_peers;
-    std::unique_ptr<Peer> m_done;
-};
-
-SingleInstance::SingleInstance(QStringList folders)
-    : m_implementation(std::make_unique<Implementation>(std::move(folders))) {}
-
-SingleInstance::~SingleInstance() = default;
+SingleInstance::~SingleInstance() {
+    // While the lock is still ours: afterwards it could be the next instance's socket.
+    if (m_listener)
+        m_folder->remove(socketName);
+}
 
 SingleInstance::Claim SingleInstance::claim(const QByteArray& token,
                                             std::chrono::milliseconds limit) {
-    return m_implementation->claim(token, limit);
+    if (!m_folder)
+        return Claim::First;
+    const QDeadlineTimer deadline(limit);
+    while (true) {
+        m_lock = m_folder->takeLock(lockName);
+        if (m_lock) {
+            listenForOthers();
+            return Claim::First;
+        }
+        if (handOver(*m_folder, token, deadline))
+            return Claim::HandedOver;
+        if (deadline.hasExpired())
+            return Claim::Unanswered;
+        // The other one has the lock but no socket yet, or no socket any more.
+        std::this_thread::sleep_for(betweenAttempts);
+    }
 }
 
-void SingleInstance::onActivated(std::function<void(const QByteArray& token)> activated) {
-    m_implementation->onActivated(std::move(activated));
+void SingleInstance::onActivated(std::function<void(const QByteArray&)> activated) {
+    m_activated = std::move(activated);
+    if (!m_listener)
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(m_listener.get(), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [this] { accept(); });
+}
+
+void SingleInstance::listenForOthers() {
+    m_folder->remove(socketName); // of an instance that was killed
+    UniqueFd listener = makeSocket();
+    if (listener && atSocket(*m_folder, listener, &bind) && listen(listener.get(), 8) == 0)
+        m_listener = std::move(listener);
+}
+
+void SingleInstance::accept() {
+    UniqueFd socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (!socket || !isOwnPeer(socket.get()))
+        return;
+    if (m_notifier->children().size() >= maximumPeers)
+        delete m_notifier->children().constFirst();
+    auto* peer = new QSocketNotifier(socket.get(), QSocketNotifier::Read, m_notifier.get());
+    QObject::connect(peer, &QSocketNotifier::activated, peer,
+                     [this, peer, owned = std::move(socket)] { read(*peer); });
+}
+
+void SingleInstance::read(QSocketNotifier& peer) {
+    const auto socket = static_cast<int>(peer.socket());
+    QByteArray packet(request.size() + longestToken, Qt::Uninitialized);
+    const ssize_t size = recv(socket, packet.data(), static_cast<size_t>(packet.size()), 0);
+    if (size < 0 && (errno == EAGAIN || errno == EINTR))
+        return;
+    peer.setEnabled(false);
+    peer.deleteLater(); // it is the sender of the signal that led here
+    packet.truncate(std::max(size, ssize_t{0}));
+    if (!packet.startsWith(request))
+        return;
+    sendPacket(socket, answer.toByteArray());
+    m_activated(packet.mid(request.size()));
 }
 
 } // namespace platform

@@ -25,20 +25,6 @@ namespace {
 constexpr qsizetype maximumOutput = 65'536;
 constexpr int longestEnd = 500; // milliseconds
 
-QByteArrayList changedEnvironment(const EngineProcess::EnvironmentChanges& changes) {
-    QByteArrayList variables;
-    for (char** variable = environ; *variable; ++variable) {
-        const QByteArray entry(*variable);
-        if (std::none_of(changes.hiddenPrefixes.begin(), changes.hiddenPrefixes.end(),
-                         [&](const QByteArray& prefix) { return entry.startsWith(prefix); }))
-            variables.append(entry);
-    }
-    for (const QByteArray& entry : changes.defaults)
-        if (!qEnvironmentVariableIsSet(entry.left(entry.indexOf('=')).constData()))
-            variables.append(entry);
-    return variables;
-}
-
 std::vector<char*> pointers(QByteArrayList& texts) {
     std::vector<char*> pointers;
     for (QByteArray& text : texts)
@@ -116,13 +102,12 @@ int signalOf(const siginfo_t& end) {
 
 std::unique_ptr<EngineProcess> EngineProcess::start(const QString& program,
                                                     const QStringList& arguments,
-                                                    const EnvironmentChanges& changes) {
+                                                    QByteArrayList environment) {
     QByteArrayList argumentTexts{QFile::encodeName(program)};
     for (const QString& argument : arguments)
         argumentTexts.append(QFile::encodeName(argument));
-    QByteArrayList environmentTexts = changedEnvironment(changes);
     const std::vector<char*> argumentPointers = pointers(argumentTexts);
-    const std::vector<char*> environmentPointers = pointers(environmentTexts);
+    const std::vector<char*> environmentPointers = pointers(environment);
 
     UniqueFd output(memfd_create("engine-output", MFD_CLOEXEC));
     std::array<int, 2> pipeEnds{-1, -1};

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Desktop/Linux/UniqueFd.h"
+#include "Platform/Desktop/UniqueFd.h"
 
-#include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 
@@ -28,17 +28,10 @@ namespace platform {
 /// One thread at a time. Nothing here waits, but for the moment that the destructor allows.
 class EngineProcess {
 public:
-    struct EnvironmentChanges {
-        /// Variables whose names begin in one of these ways are left out.
-        QByteArrayList hiddenPrefixes;
-        /// "NAME=value"; counts where the program has no variable of that name.
-        QByteArrayList defaults;
-    };
-
     /// Starts the program (an absolute path) without waiting for anything it does. The environment
-    /// is the program's own, as changed. None when it cannot be started at all.
+    /// is as "NAME=value". None when it cannot be started at all.
     static std::unique_ptr<EngineProcess>
-    start(const QString& program, const QStringList& arguments, const EnvironmentChanges& changes);
+    start(const QString& program, const QStringList& arguments, QByteArrayList environment);
 
     EngineProcess(const EngineProcess&) = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;

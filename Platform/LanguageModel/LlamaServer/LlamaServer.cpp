@@ -3,7 +3,6 @@
 
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/SleepFor.h"
-#include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
 
 #include <signal.h>
 

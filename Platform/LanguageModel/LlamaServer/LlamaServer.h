@@ -2,9 +2,10 @@
 #pragma once
 
 #include "Platform/Concurrency/Task.h"
-#include "Platform/Desktop/Linux/PrivateFolder.h"
+#include "Platform/Desktop/PrivateFolder.h"
 #include "Platform/Http/HttpClient.h"
 #include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
+#include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"

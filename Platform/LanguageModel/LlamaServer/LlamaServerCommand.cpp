@@ -1,61 +1,62 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 
+#include <QRegularExpression>
+
+#include <unistd.h>
+
 namespace platform {
 
 using namespace Qt::StringLiterals;
 
-LlamaServerCommand::LlamaServerCommand(int contextSize, std::chrono::seconds idleTime) {
-    m_options = {
-        // Two replies at once: one that nobody reads any more and the one that is wanted. They
-        // share
-        // the room for tokens instead of having half of it each.
-        {{{u"--parallel"_s, u"2"_s}}},
-        {{{u"--kv-unified"_s}, {}}},
-        {{{u"--ctx-size"_s, QString::number(contextSize)}}},
-        // Conversations stay in their slot; a store of old ones would only take memory.
-        {{{u"--cache-ram"_s, u"0"_s}, {}}},
-        {{{u"--sleep-idle-seconds"_s, QString::number(idleTime.count())}, {}}},
-        {{{u"--offline"_s}, {}}},
-        {{{u"--no-ui"_s}, {u"--no-webui"_s}, {}}},
-        {{{u"--no-slots"_s}, {}}},
-        {{{u"--jinja"_s}, {}}},
-        {{{u"--reasoning"_s, u"off"_s}, {u"--reasoning-budget"_s, u"0"_s}, {}}},
-        // Errors only: they tell why a start failed.
-        {{{u"--log-verbosity"_s, u"1"_s}, {}}},
-    };
-}
+LlamaServerCommand::LlamaServerCommand(int contextSize, std::chrono::seconds idleTime)
+    : m_options{
+          // Two replies at once: one that nobody reads any more and the one that is wanted. They
+          // share the room for tokens instead of having half of it each.
+          {u"--parallel 2"_s},
+          {u"--kv-unified"_s, u""_s},
+          {u"--ctx-size %1"_s.arg(contextSize)},
+          // Conversations stay in their slot; a store of old ones would only take memory.
+          {u"--cache-ram 0"_s, u""_s},
+          {u"--sleep-idle-seconds %1"_s.arg(idleTime.count()), u""_s},
+          {u"--offline"_s, u""_s},
+          {u"--no-ui"_s, u"--no-webui"_s, u""_s},
+          {u"--no-slots"_s, u""_s},
+          {u"--jinja"_s, u""_s},
+          {u"--reasoning off"_s, u"--reasoning-budget 0"_s, u""_s},
+          // Errors only: they tell why a start failed.
+          {u"--log-verbosity 1"_s, u""_s},
+      } {}
 
-EngineProcess::EnvironmentChanges LlamaServerCommand::environment() {
-    return {.hiddenPrefixes = {"LLAMA_"}, .defaults = {"OMP_WAIT_POLICY=passive"}};
+QByteArrayList LlamaServerCommand::environment() {
+    QByteArrayList variables;
+    for (char** variable = environ; *variable; ++variable)
+        if (!QByteArrayView(*variable).startsWith("LLAMA_"))
+            variables.append(*variable);
+    if (!qEnvironmentVariableIsSet("OMP_WAIT_POLICY"))
+        variables.append("OMP_WAIT_POLICY=passive");
+    return variables;
 }
 
 QStringList LlamaServerCommand::arguments(const QString& modelFile,
                                           const QString& socketPath) const {
     QStringList arguments{u"--model"_s, modelFile, u"--host"_s, socketPath};
-    for (const Option& option : m_options)
-        arguments += option.spellings[option.current];
+    for (const QStringList& spellings : m_options)
+        arguments += spellings.constFirst().split(u' ', Qt::SkipEmptyParts);
     return arguments;
 }
 
 bool LlamaServerCommand::adapt(const QByteArray& complaint) {
     if (!complaint.contains("argument"))
         return false;
-    for (Option& option : m_options) {
-        const QStringList& spelling = option.spellings[option.current];
-        if (spelling.isEmpty() || option.current + 1 == option.spellings.size())
-            continue;
+    for (QStringList& spellings : m_options) {
         // The name must stand alone: one option's name may begin another's.
-        const QByteArray name = spelling.first().toUtf8();
-        const qsizetype position = complaint.indexOf(name);
-        if (position < 0)
-            continue;
-        const char next =
-            position + name.size() < complaint.size() ? complaint.at(position + name.size()) : '\n';
-        if (next == '-' || std::isalnum(static_cast<unsigned char>(next)))
-            continue;
-        ++option.current;
-        return true;
+        const QString name = spellings.constFirst().section(u' ', 0, 0);
+        if (spellings.size() > 1 &&
+            QString::fromUtf8(complaint).contains(QRegularExpression(name + u"(?![-\\w])"_s))) {
+            spellings.removeFirst();
+            return true;
+        }
     }
     return false;
 }

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
-
-#include <QByteArray>
-#include <QString>
+#include <QByteArrayList>
 #include <QStringList>
 
 #include <chrono>
@@ -23,10 +20,10 @@ public:
     /// @param contextSize the room for one conversation, in tokens.
     LlamaServerCommand(int contextSize, std::chrono::seconds idleTime);
 
-    /// The program takes options from variables too: it gets none of the user's. And its threads
-    /// wait for each other asleep: waiting busily they take the processors from one another and
-    /// from the window as soon as anything else runs (five times slower then, measured).
-    static EngineProcess::EnvironmentChanges environment();
+    /// The variables for the program, as "NAME=value". It takes options from variables too: it gets
+    /// none of the user's. And its threads wait for each other asleep: waiting busily they take the
+    /// processors from one another and from the window as soon as anything else runs.
+    static QByteArrayList environment();
 
     QStringList arguments(const QString& modelFile, const QString& socketPath) const;
 
@@ -35,14 +32,9 @@ public:
     bool adapt(const QByteArray& complaint);
 
 private:
-    /// One thing asked of the program, in all the ways of saying it, the newest first. The last may
-    /// be empty.
-    struct Option {
-        std::vector<QStringList> spellings;
-        std::size_t current = 0;
-    };
-
-    std::vector<Option> m_options;
+    /// Each thing asked of the program in the ways of saying it that it may yet take, the newest
+    /// first; where it does without, the last is empty.
+    std::vector<QStringList> m_options;
 };
 
 /// The room for a conversation on a machine with that much memory, in tokens.

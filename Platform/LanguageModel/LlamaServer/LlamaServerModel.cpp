@@ -36,10 +36,11 @@ std::shared_ptr<LanguageModelSession> LlamaServerModel::makeSession(const QStrin
     return std::make_shared<LlamaServerSession>(m_server, m_scope, instructions);
 }
 
-std::unique_ptr<SystemLanguageModel>
-makeSystemLanguageModel(const SystemLanguageModelContext& context) {
-    return std::make_unique<LlamaServerModel>(
-        context.network, LlamaServerPaths::of(context.directories, context.programFolder));
+std::unique_ptr<SystemLanguageModel> makeSystemLanguageModel(NetworkThread& network,
+                                                             const UserDirectories& directories,
+                                                             const QString& programFolder) {
+    return std::make_unique<LlamaServerModel>(network,
+                                              LlamaServerPaths::of(directories, programFolder));
 }
 
 } // namespace platform

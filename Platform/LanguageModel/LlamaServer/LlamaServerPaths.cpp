@@ -29,10 +29,6 @@ QString LlamaServerPaths::modelFileName() {
     return u"models/on-device.gguf"_s;
 }
 
-QString LlamaServerPaths::programName() {
-    return u"llama-server"_s;
-}
-
 LlamaServerPaths LlamaServerPaths::of(const UserDirectories& directories,
                                       const QString& ownFolder) {
     return {.dataFolders = directories.dataFolders(),
@@ -52,7 +48,7 @@ std::optional<QString> LlamaServerPaths::modelFile() const {
 }
 
 std::optional<QString> LlamaServerPaths::program() const {
-    const QString path = QStandardPaths::findExecutable(programName(), programFolders);
+    const QString path = QStandardPaths::findExecutable(u"llama-server"_s, programFolders);
     return path.isEmpty() ? std::nullopt : std::optional(path);
 }
 

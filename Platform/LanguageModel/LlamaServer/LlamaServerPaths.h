@@ -12,8 +12,6 @@ namespace platform {
 struct LlamaServerPaths {
     /// The model's file, under a data folder.
     static QString modelFileName();
-    /// The engine's program.
-    static QString programName();
 
     /// The folders of this user on this machine.
     ///

@@ -11,17 +11,6 @@ namespace platform {
 
 using Kind = LlamaServerError::Kind;
 
-namespace {
-
-Task<QByteArray> wholeBody(HttpBody body) {
-    QByteArray bytes;
-    while (const auto line = co_await body.nextLine())
-        bytes += *line;
-    co_return bytes;
-}
-
-} // namespace
-
 struct LlamaServerSession::Conversation {
     std::shared_ptr<LlamaServer> server;
     QString instructions;
@@ -61,8 +50,12 @@ Task<void> LlamaServerSession::answer(std::shared_ptr<Conversation> conversation
     TextBuilder text;
     bool isComplete = false;
     try {
-        if (body.status() != 200)
-            throw LlamaServerError(readChatFailure(co_await wholeBody(std::move(body))));
+        if (body.status() != 200) {
+            QByteArray failure;
+            while (const auto line = co_await body.nextLine())
+                failure += *line;
+            throw LlamaServerError(readChatFailure(failure));
+        }
         while (const auto line = co_await body.nextLine()) {
             const ChatEvent event = readChatEvent(*line);
             if (event.failure)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/Platform/Desktop/Linux/PrivateBus.h"
 
+#include "tests/support/Files.h"
+
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
@@ -21,10 +23,7 @@ PrivateBus::PrivateBus() {
     m_daemon.start(daemonProgram(), {u"--config-file=" SCRIPTS_FOLDER "/session-bus.conf"_s,
                                      u"--address=unix:dir="_s + m_folder.path(), u"--nofork"_s,
                                      u"--print-address"_s});
-    while (!m_daemon.canReadLine() && m_daemon.waitForReadyRead(5000)) {
-    }
-    if (m_daemon.canReadLine())
-        m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
+    m_address = QString::fromUtf8(tests::lineOf(m_daemon));
 }
 
 PrivateBus::~PrivateBus() {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Desktop/Linux/PrivateFolder.h"
+#include "Platform/Desktop/PrivateFolder.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <signal.h>
@@ -21,10 +20,11 @@ private Q_SLOTS:
 
     void aMissingFolderIsMadeForTheUserAlone() {
         QVERIFY(PrivateFolder::open({in(u"made"_s)}));
-        QVERIFY(PrivateFolder::open({in(u"made"_s)}));
-        struct stat status {};
-        QCOMPARE(lstat(QFile::encodeName(in(u"made"_s)).constData(), &status), 0);
-        QCOMPARE(status.st_mode & 07777U, 0700U);
+        const auto folder = PrivateFolder::open({in(u"made"_s)});
+        QVERIFY(folder);
+        QVERIFY(folder->takeLock("lock"));
+        QCOMPARE(modeOf(in(u"made"_s)), 0700U);
+        QCOMPARE(modeOf(in(u"made/lock"_s)), 0600U);
     }
 
     void whatIsNotPrivateIsPassedOver_data() {
@@ -45,9 +45,8 @@ private Q_SLOTS:
                     QFile::setPermissions(in(u"elsewhere"_s), QFile::ReadOwner | QFile::ExeOwner));
             QVERIFY(QFile::link(in(u"elsewhere"_s), path));
         } else if (kind == u"a file") {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            QVERIFY(file.setPermissions(QFile::ReadOwner));
+            tests::writeBytes(path, {});
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
         } else {
             path += u"/none"_s;
         }
@@ -92,8 +91,7 @@ private Q_SLOTS:
         const QString socket = folder->socketPath("engine.sock");
         QVERIFY(socket.size() < 100);
         QVERIFY(!socket.contains(u','));
-        QFile file(socket);
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        tests::writeBytes(socket, {});
         QVERIFY(QFile::exists(path + u"/engine.sock"_s));
         folder->remove("engine.sock");
         folder->remove("engine.sock");
@@ -101,6 +99,11 @@ private Q_SLOTS:
     }
 
 private:
+    static unsigned modeOf(const QString& path) {
+        struct stat status {};
+        return lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U
+                                                                        : 0;
+    }
     QString in(const QString& name) const { return m_parent->filePath(name); }
 
     std::unique_ptr<QTemporaryDir> m_parent;

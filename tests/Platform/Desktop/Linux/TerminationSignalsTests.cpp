@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/TerminationSignals.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
-#include <QProcess>
 #include <QThread>
 
 #include <signal.h>
 
 using namespace platform;
+using namespace tests;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int watchdog = 20000;
-
-QByteArray lineOf(QProcess& process) {
-    while (!process.canReadLine() && process.waitForReadyRead(watchdog)) {
-    }
-    return process.readLine().trimmed();
+/// Runs the helper program, which has said that it is ready.
+void start(QProcess& process, const QStringList& arguments = {}) {
+    process.start(QStringLiteral(UNTIL_TERMINATED), arguments);
+    QCOMPARE(lineOf(process), "ready");
 }
 
 void send(const QProcess& process, int number) {
@@ -39,11 +38,10 @@ private Q_SLOTS:
     void aSignalEndsTheProgramInItsNormalWay() {
         QFETCH(int, number);
         QProcess process;
-        process.start(QStringLiteral(UNTIL_TERMINATED), QStringList());
-        QCOMPARE(lineOf(process), "ready");
+        start(process);
         send(process, number);
         QCOMPARE(lineOf(process), "quitting");
-        QVERIFY(process.waitForFinished(watchdog));
+        QVERIFY(process.waitForFinished(processLimit));
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 7);
     }
@@ -69,25 +67,23 @@ private Q_SLOTS:
 
     void aSecondInterruptEndsTheProgramAtOnce() {
         QProcess process;
-        process.start(QStringLiteral(UNTIL_TERMINATED), {u"stay"_s});
-        QCOMPARE(lineOf(process), "ready");
+        start(process, {u"stay"_s});
         send(process, SIGINT);
         QCOMPARE(lineOf(process), "quitting");
         send(process, SIGINT);
-        QVERIFY(process.waitForFinished(watchdog));
+        QVERIFY(process.waitForFinished(processLimit));
         QCOMPARE(process.exitStatus(), QProcess::CrashExit);
     }
 
     void furtherTerminationsLetTheProgramFinish() {
         QProcess process;
-        process.start(QStringLiteral(UNTIL_TERMINATED), {u"stay"_s});
-        QCOMPARE(lineOf(process), "ready");
+        start(process, {u"stay"_s});
         for (const int number : {SIGTERM, SIGTERM, SIGHUP})
             send(process, number);
         QCOMPARE(lineOf(process), "quitting");
         send(process, SIGTERM);
         send(process, SIGKILL); // ends it for the test; had SIGTERM done it, the exit would tell
-        QVERIFY(process.waitForFinished(watchdog));
+        QVERIFY(process.waitForFinished(processLimit));
         QCOMPARE(process.exitCode(), SIGKILL);
     }
 
@@ -122,7 +118,7 @@ private Q_SLOTS:
         const TerminationSignals signals([] {});
         QProcess child;
         child.start(u"sh"_s, {u"-c"_s, u"kill -TERM $$; echo survived"_s});
-        QVERIFY(child.waitForFinished(watchdog));
+        QVERIFY(child.waitForFinished(processLimit));
         QCOMPARE(child.exitStatus(), QProcess::CrashExit);
         QCOMPARE(child.readAll(), QByteArray());
     }

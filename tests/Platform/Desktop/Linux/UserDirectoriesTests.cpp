@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/UserDirectories.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
-#include <QFile>
 #include <QMap>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <unistd.h>
@@ -34,48 +32,39 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("data");
         QTest::addColumn<QStringList>("runtime");
         const QString home = u"/R/home/.local/share"_s;
-        const QStringList usual{home, u"/usr/local/share"_s, u"/usr/share"_s};
+        const QStringList system{u"/usr/local/share"_s, u"/usr/share"_s};
         const QStringList temporary{u"/tmp"_s};
-        const auto row = [](const char* name, const Variables& variables, const QStringList& data,
+        const auto row = [](const char* name, const QStringList& values, const QStringList& data,
                             const QStringList& runtime) {
+            Variables variables;
+            for (const QString& value : values)
+                variables.insert(value.section(u'=', 0, 0), value.section(u'=', 1));
             QTest::newRow(name) << variables << data << runtime;
         };
-        row("nothing set", {}, usual, temporary);
+        row("nothing set", {}, QStringList{home} + system, temporary);
         row("all empty",
-            {{u"XDG_DATA_HOME"_s, u""_s},
-             {u"XDG_DATA_DIRS"_s, u""_s},
-             {u"XDG_RUNTIME_DIR"_s, u""_s},
-             {u"TMPDIR"_s, u""_s}},
-            usual, temporary);
+            {u"XDG_DATA_HOME="_s, u"XDG_DATA_DIRS="_s, u"XDG_RUNTIME_DIR="_s, u"TMPDIR="_s},
+            QStringList{home} + system, temporary);
         row("all set",
-            {{u"XDG_DATA_HOME"_s, u"/R/data"_s},
-             {u"XDG_DATA_DIRS"_s, u"/R/a:/R/b/c"_s},
-             {u"XDG_RUNTIME_DIR"_s, u"/R/run"_s},
-             {u"TMPDIR"_s, u"/R/tmp"_s}},
+            {u"XDG_DATA_HOME=/R/data"_s, u"XDG_DATA_DIRS=/R/a:/R/b/c"_s,
+             u"XDG_RUNTIME_DIR=/R/run"_s, u"TMPDIR=/R/tmp"_s},
             {u"/R/data"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
         row("relative",
-            {{u"XDG_DATA_HOME"_s, u"data"_s},
-             {u"XDG_DATA_DIRS"_s, u"a:../b:./c"_s},
-             {u"XDG_RUNTIME_DIR"_s, u"run"_s},
-             {u"TMPDIR"_s, u"tmp"_s}},
-            usual, temporary);
-        row("some relative", {{u"XDG_DATA_DIRS"_s, u"a:/R/b::c:/R/d"_s}},
-            {home, u"/R/b"_s, u"/R/d"_s}, temporary);
-        row("a tilde is no home", {{u"XDG_DATA_HOME"_s, u"~/data"_s}}, usual, temporary);
+            {u"XDG_DATA_HOME=data"_s, u"XDG_DATA_DIRS=a:../b:./c"_s, u"XDG_RUNTIME_DIR=run"_s,
+             u"TMPDIR=tmp"_s},
+            QStringList{home} + system, temporary);
+        row("some relative", {u"XDG_DATA_DIRS=a:/R/b::c:/R/d"_s}, {home, u"/R/b"_s, u"/R/d"_s},
+            temporary);
+        row("a tilde is no home", {u"XDG_DATA_HOME=~/data"_s}, QStringList{home} + system,
+            temporary);
         row("a colon is part of a name",
-            {{u"XDG_DATA_HOME"_s, u"/R/x:y"_s},
-             {u"XDG_RUNTIME_DIR"_s, u"/R/run:1"_s},
-             {u"TMPDIR"_s, u"/R/tmp:/R/2"_s}},
-            {u"/R/x:y"_s, u"/usr/local/share"_s, u"/usr/share"_s},
-            {u"/R/run:1"_s, u"/R/tmp:/R/2"_s});
+            {u"XDG_DATA_HOME=/R/x:y"_s, u"XDG_RUNTIME_DIR=/R/run:1"_s, u"TMPDIR=/R/tmp:/R/2"_s},
+            QStringList{u"/R/x:y"_s} + system, {u"/R/run:1"_s, u"/R/tmp:/R/2"_s});
         row("unclean",
-            {{u"XDG_DATA_HOME"_s, u"/R/data/../other//x/"_s},
-             {u"XDG_DATA_DIRS"_s, u"/R/a/:/R/b//c/."_s},
-             {u"XDG_RUNTIME_DIR"_s, u"/R/run/"_s},
-             {u"TMPDIR"_s, u"/R//tmp/"_s}},
+            {u"XDG_DATA_HOME=/R/data/../other//x/"_s, u"XDG_DATA_DIRS=/R/a/:/R/b//c/."_s,
+             u"XDG_RUNTIME_DIR=/R/run/"_s, u"TMPDIR=/R//tmp/"_s},
             {u"/R/other/x"_s, u"/R/a"_s, u"/R/b/c"_s}, {u"/R/run"_s, u"/R/tmp"_s});
-        row("blanks and letters",
-            {{u"XDG_DATA_HOME"_s, u"/R/mein Ordner/ä"_s}, {u"XDG_DATA_DIRS"_s, u"/R/a b"_s}},
+        row("blanks and letters", {u"XDG_DATA_HOME=/R/mein Ordner/ä"_s, u"XDG_DATA_DIRS=/R/a b"_s},
             {u"/R/mein Ordner/ä"_s, u"/R/a b"_s}, temporary);
     }
     void foldersFollowTheVariables() {
@@ -113,12 +102,10 @@ private Q_SLOTS:
         for (const QString& folder : directories.dataFolders()) {
             if (!folder.startsWith(m_root->path()))
                 continue;
-            QVERIFY(QDir().mkpath(folder + u"/models"_s));
-            QFile model(folder + u"/models/on-device.gguf"_s);
-            QVERIFY(model.open(QIODevice::WriteOnly) && model.write("x") == 1);
-            model.close();
+            const QString model = folder + u"/models/on-device.gguf"_s;
+            tests::writeBytes(model, "x");
             QCOMPARE(run(u"get-model"_s, {}, variables), 0);
-            QVERIFY(model.remove());
+            QVERIFY(QFile::remove(model));
         }
     }
 

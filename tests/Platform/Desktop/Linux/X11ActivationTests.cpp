@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/WindowActivation.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QWindow>
 
 #include <cstdlib>
@@ -13,15 +13,14 @@
 #include <xcb/xcb.h>
 
 using namespace platform;
+using namespace tests;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int watchdog = 20000;
-
-struct Free {
-    void operator()(void* reply) const { std::free(reply); }
-};
+/// What the display's library hands over to be freed.
+template <class Reply>
+using Owned = std::unique_ptr<Reply, decltype([](void* reply) { std::free(reply); })>;
 
 /// A client of the display that looks on.
 class Onlooker {
@@ -43,7 +42,7 @@ public:
     std::optional<uint32_t> activeWindow() const { return number(m_root, "_NET_ACTIVE_WINDOW"); }
 
     std::optional<uint32_t> number(xcb_window_t window, const char* property) const {
-        const std::unique_ptr<xcb_get_property_reply_t, Free> reply(xcb_get_property_reply(
+        const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(
             m_connection,
             xcb_get_property(m_connection, 0, window, atom(property), XCB_ATOM_ANY, 0, 1),
             nullptr));
@@ -56,8 +55,7 @@ public:
 
     /// Takes in what was sent to everybody until now.
     void look() {
-        while (const std::unique_ptr<xcb_generic_event_t, Free> event{
-            xcb_poll_for_event(m_connection)})
+        while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(m_connection)})
             if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE)
                 take(*reinterpret_cast<const xcb_client_message_event_t*>(event.get()));
     }
@@ -69,7 +67,7 @@ public:
 
 private:
     xcb_atom_t atom(const char* name) const {
-        const std::unique_ptr<xcb_intern_atom_reply_t, Free> reply(xcb_intern_atom_reply(
+        const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
             m_connection,
             xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(std::strlen(name)), name),
             nullptr));
@@ -120,17 +118,17 @@ private Q_SLOTS:
         m_window = std::make_unique<QWindow>();
         m_window->setGeometry(0, 0, 400, 300);
         m_window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), processLimit);
         m_foreign = std::make_unique<QProcess>();
         m_foreign->start(QStringLiteral(FOREIGN_WINDOW), QStringList());
-        QVERIFY(m_foreign->waitForReadyRead(watchdog)); // it has the focus
-        QTRY_VERIFY_WITH_TIMEOUT(!isActive(), watchdog);
+        QVERIFY(m_foreign->waitForReadyRead(processLimit)); // it has the focus
+        QTRY_VERIFY_WITH_TIMEOUT(!isActive(), processLimit);
     }
 
     void cleanup() {
         if (m_foreign) {
             m_foreign->closeWriteChannel();
-            m_foreign->waitForFinished(watchdog);
+            m_foreign->waitForFinished(processLimit);
         }
         m_foreign.reset();
         m_window.reset();
@@ -149,16 +147,16 @@ private Q_SLOTS:
         if (token.endsWith("_TIME"))
             token += serverTime();
         activateWindow(*m_window, token);
-        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-        QTRY_VERIFY_WITH_TIMEOUT(m_window->isActive(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), processLimit);
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->isActive(), processLimit);
     }
 
     void aMinimisedWindowGetsTheFocus() {
         m_window->showMinimized();
-        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isExposed(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isExposed(), processLimit);
         activateWindow(*m_window, "launcher-1_TIME" + serverTime());
-        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
-        QTRY_VERIFY_WITH_TIMEOUT(m_window->isExposed(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), processLimit);
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->isExposed(), processLimit);
     }
 
     void theTimeOfTheUsersActionIsTold() {
@@ -166,14 +164,14 @@ private Q_SLOTS:
         activateWindow(*m_window, "launcher-1_TIME" + time);
         QTRY_COMPARE_WITH_TIMEOUT(
             m_onlooker->number(static_cast<xcb_window_t>(m_window->winId()), "_NET_WM_USER_TIME"),
-            time.toUInt(), watchdog);
+            time.toUInt(), processLimit);
         m_onlooker->look();
         QCOMPARE(m_onlooker->wish(), std::pair(1U, time.toUInt()));
     }
 
     void aStartWithoutATimeIsTheUsersAction() {
         activateWindow(*m_window, {});
-        QTRY_VERIFY_WITH_TIMEOUT(isActive(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(isActive(), processLimit);
         m_onlooker->look();
         QCOMPARE(m_onlooker->wish(), std::pair(2U, 0U));
     }
@@ -197,7 +195,7 @@ private Q_SLOTS:
             m_onlooker->look();
             return m_onlooker->startupInformation().contains('\0');
         };
-        QTRY_VERIFY_WITH_TIMEOUT(hasCome(), watchdog);
+        QTRY_VERIFY_WITH_TIMEOUT(hasCome(), processLimit);
         QCOMPARE(QByteArray(m_onlooker->startupInformation().constData()), message);
     }
 

@@ -21,10 +21,6 @@ int main(int argc, char* argv[]) {
     });
     window.show();
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, &application, [] {
-        char byte = 0;
-        if (read(STDIN_FILENO, &byte, 1) <= 0)
-            QCoreApplication::quit();
-    });
+    QObject::connect(&input, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     return QGuiApplication::exec();
 }

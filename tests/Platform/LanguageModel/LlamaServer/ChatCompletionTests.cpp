@@ -54,40 +54,32 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<QString>("content");
         QTest::addColumn<bool>("isComplete");
-        QTest::newRow("a part of the reply")
-            << QByteArray(
-                   R"(data: {"choices":[{"finish_reason":null,"delta":{"content":" fox"}}]})")
-            << u" fox"_s << false;
-        QTest::newRow("no blank after the colon")
-            << QByteArray(R"(data:{"choices":[{"delta":{"content":"a"}}]})") << u"a"_s << false;
-        QTest::newRow("content null")
-            << QByteArray(R"(data: {"choices":[{"delta":{"role":"assistant","content":null}}]})")
-            << QString() << false;
-        QTest::newRow("no content")
-            << QByteArray(R"(data: {"choices":[{"finish_reason":"stop","delta":{}}]})") << QString()
-            << true;
-        QTest::newRow("content with the end")
-            << QByteArray(
-                   R"(data: {"choices":[{"finish_reason":"length","delta":{"content":"!"}}]})")
-            << u"!"_s << true;
-        QTest::newRow("thoughts are not the reply")
-            << QByteArray(R"(data: {"choices":[{"delta":{"reasoning_content":"hmm"}}]})")
-            << QString() << false;
-        QTest::newRow("no choices") << QByteArray(R"(data: {"choices":[]})") << QString() << false;
-        QTest::newRow("the end mark") << QByteArray("data: [DONE]") << QString() << false;
-        QTest::newRow("keep-alive") << QByteArray(": ping") << QString() << false;
-        QTest::newRow("empty") << QByteArray() << QString() << false;
-        QTest::newRow("another field") << QByteArray("event: message") << QString() << false;
-        QTest::newRow("a byte order mark first")
-            << QByteArray("data: {\"choices\":[{\"delta\":{\"content\":\"\xEF\xBB\xBFx\"}}]}")
-            << u"\uFEFFx"_s << false;
-        QTest::newRow("what cannot be held in another key")
-            << QByteArray(
-                   R"(data: {"x":1e999,"choices":[{"logprobs":"\ud800","delta":{"content":"a"}}]})")
-            << u"a"_s << false;
-        QTest::newRow("escapes")
-            << QByteArray(R"(data: {"choices":[{"delta":{"content":"\u2028\ud83e\udd8a\n"}}]})")
-            << u"\u2028\U0001F98A\n"_s << false;
+        const auto line = [](const char* name, const QByteArray& bytes, const QString& content = {},
+                             bool isComplete = false) {
+            QTest::newRow(name) << bytes << content << isComplete;
+        };
+        const auto choice = [&](const char* name, const QByteArray& members,
+                                const QString& content = {}, bool isComplete = false) {
+            line(name, "data: {\"choices\":[{" + members + "}]}", content, isComplete);
+        };
+        choice("a part of the reply", R"("finish_reason":null,"delta":{"content":" fox"})",
+               u" fox"_s);
+        choice("content null", R"("delta":{"role":"assistant","content":null})");
+        choice("no content", R"("finish_reason":"stop","delta":{})", {}, true);
+        choice("content with the end", R"("finish_reason":"length","delta":{"content":"!"})",
+               u"!"_s, true);
+        choice("thoughts are not the reply", R"("delta":{"reasoning_content":"hmm"})");
+        choice("a byte order mark first", "\"delta\":{\"content\":\"\xEF\xBB\xBFx\"}",
+               u"\uFEFFx"_s);
+        choice("escapes", R"("delta":{"content":"\u2028\ud83e\udd8a\n"})", u"\u2028\U0001F98A\n"_s);
+        choice("what cannot be held in another key",
+               R"("x":1e999,"logprobs":"\ud800","delta":{"content":"a"})", u"a"_s);
+        line("no blank after the colon", R"(data:{"choices":[{"delta":{"content":"a"}}]})", u"a"_s);
+        line("no choices", R"(data: {"choices":[]})");
+        line("the end mark", "data: [DONE]");
+        line("keep-alive", ": ping");
+        line("empty", "");
+        line("another field", "event: message");
     }
     void eachLineIsReadForWhatItTells() {
         QFETCH(QByteArray, line);
@@ -117,31 +109,30 @@ private Q_SLOTS:
 
     void errorsAreTold_data() {
         QTest::addColumn<QByteArray>("error");
-        QTest::addColumn<int>("kind");
+        QTest::addColumn<Kind>("kind");
         QTest::newRow("context, by its type")
             << QByteArray(R"({"code":400,"message":"too much","type":"exceed_context_size_error"})")
-            << int(Kind::ConversationTooLong);
+            << Kind::ConversationTooLong;
         QTest::newRow("context, by its message")
             << QByteArray(
                    R"({"code":500,"message":"Context size has been exceeded.","type":"server_error"})")
-            << int(Kind::ConversationTooLong);
+            << Kind::ConversationTooLong;
         QTest::newRow("anything else")
             << QByteArray(R"({"code":500,"message":"Compute error.","type":"server_error"})")
-            << int(Kind::NoAnswer);
-        QTest::newRow("not an object") << QByteArray(R"("no")") << int(Kind::NoAnswer);
+            << Kind::NoAnswer;
+        QTest::newRow("not an object") << QByteArray(R"("no")") << Kind::NoAnswer;
     }
     void errorsAreTold() {
         QFETCH(QByteArray, error);
-        QFETCH(int, kind);
-        const ChatEvent event = readChatEvent("data: {\"error\":" + error + '}');
-        QVERIFY(event.failure);
-        QCOMPARE(int(*event.failure), kind);
-        QCOMPARE(int(readChatFailure("{\"error\":" + error + '}')), kind);
+        QFETCH(Kind, kind);
+        const QByteArray body = "{\"error\":" + error + '}';
+        QVERIFY(readChatEvent("data: " + body).failure == kind);
+        QVERIFY(readChatFailure(body) == kind);
     }
 
     void anErrorBodyIsReadOrStandsForAnUnknownFailure() {
-        QCOMPARE(int(readChatFailure("<html></html>")), int(Kind::NoAnswer));
-        QCOMPARE(int(readChatFailure(QByteArray())), int(Kind::NoAnswer));
+        QVERIFY(readChatFailure("<html></html>") == Kind::NoAnswer);
+        QVERIFY(readChatFailure(QByteArray()) == Kind::NoAnswer);
     }
 };
 

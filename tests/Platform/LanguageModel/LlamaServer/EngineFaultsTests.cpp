@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "tests/support/Files.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
 #include <QDeadlineTimer>
-#include <QFile>
 
 #include <signal.h>
 
@@ -214,11 +214,7 @@ private:
         return m_chat->ask(u"Hello"_s);
     }
 
-    QByteArray contents(const QString& name) const {
-        QFile file(m_folders->path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
+    QByteArray contents(const QString& name) const { return bytesOf(m_folders->path(name)); }
     qsizetype requests(const char* target) const { return contents(u"requests"_s).count(target); }
 
     const QString m_reply = QString::fromUtf8(replyOf(TinyModel::sentence()));
@@ -253,10 +249,10 @@ int standIn(const QByteArray& health, const QByteArray& turn, const QString& rec
         const QByteArray& plan = isTurn ? turn : health;
         switch (plan.at(std::min((isTurn ? turnsAsked : healthAsked)++, plan.size() - 1))) {
         case 'r':
-            c.send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}");
+            c.send(httpReply(200, "{}"));
             return;
         case 'l':
-            c.send("HTTP/1.1 503 Loading\r\nContent-Length: 2\r\n\r\n{}");
+            c.send(httpReply(503, "{}"));
             return;
         case 'm':
             c.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nx");

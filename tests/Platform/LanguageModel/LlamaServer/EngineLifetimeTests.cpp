@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "tests/support/Files.h"
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
 
 #include <signal.h>
 
@@ -15,8 +12,6 @@ using namespace tests;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int limit = 30'000; // milliseconds; the machine may be busy with other tests
 
 // A wrapper that stays, with the real engine as its child.
 constexpr auto stayingScript = "\"$ENGINE\" \"$@\"\nexit $?\n";
@@ -31,11 +26,6 @@ QByteArrayList openSockets(qint64 process) {
             sockets.append(target.mid(mark + 8).chopped(1).toUtf8());
     }
     return sockets;
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// A process and all that it has started.
@@ -91,8 +81,7 @@ private Q_SLOTS:
         const QByteArrayList sockets = openSockets(engine);
         QVERIFY(!sockets.isEmpty());
         for (const char* table : {"tcp", "tcp6", "udp", "udp6"}) {
-            const QByteArray lines =
-                contents(u"/proc/%1/net/"_s.arg(engine) + QLatin1String(table));
+            const QByteArray lines = bytesOf(u"/proc/%1/net/"_s.arg(engine) + QLatin1String(table));
             for (const QByteArray& socket : sockets)
                 QVERIFY2(!lines.contains(' ' + socket + ' '), table);
         }
@@ -142,15 +131,15 @@ private Q_SLOTS:
         const QList<qint64> family = familyOf(children.constFirst());
         QVERIFY(isRunning(family.constFirst()));
         kill(static_cast<pid_t>(program.processId()), signal);
-        QVERIFY(program.waitForFinished(limit));
-        QTRY_VERIFY_WITH_TIMEOUT(!isAnyRunning(family), limit);
+        QVERIFY(program.waitForFinished(processLimit));
+        QTRY_VERIFY_WITH_TIMEOUT(!isAnyRunning(family), processLimit);
     }
 
     void whatAKilledProgramLeftIsNotInTheWay() {
         QProcess program;
         QVERIFY(startProgram(program));
         program.kill();
-        QVERIFY(program.waitForFinished(limit));
+        QVERIFY(program.waitForFinished(processLimit));
         QVERIFY(QFile::exists(m_folders->socketPath()));
 
         EngineChat chat(m_folders->paths());
@@ -171,7 +160,7 @@ private Q_SLOTS:
         EngineChat second(m_folders->paths());
         QCOMPARE(outcomeOf(second.ask(u"Hello"_s)),
                  u"Error: The program that runs the on-device model could not be started."_s);
-        QVERIFY(hasSaid(heard, heard->snapshots + 1));
+        QVERIFY(hasSaid(heard, heard->elements.size() + 1));
     }
 
     void idleForLongEnoughTheEngineSleepsAndWakesByItself() {
@@ -183,7 +172,7 @@ private Q_SLOTS:
             return m_folders->get("/props").replace(" ", "").contains("\"is_sleeping\":true");
         };
         QVERIFY(!isAsleep());
-        QTRY_VERIFY_WITH_TIMEOUT(isAsleep(), limit);
+        QTRY_VERIFY_WITH_TIMEOUT(isAsleep(), processLimit);
         QCOMPARE(outcomeOf(chat.ask(u"Again"_s)), reply);
         QCOMPARE(engineProcess(), engine);
     }
@@ -193,7 +182,7 @@ private:
     bool startProgram(QProcess& program) const {
         program.start(QCoreApplication::applicationFilePath(),
                       {u"EngineLifetimeTests"_s, u"--chat"_s, m_folders->path(QString())});
-        return program.waitForReadyRead(limit) && program.readLine() == "answering\n";
+        return lineOf(program) == "answering";
     }
 
     std::optional<EngineFolders> m_folders;

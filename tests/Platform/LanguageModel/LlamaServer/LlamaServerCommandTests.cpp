@@ -9,7 +9,7 @@ class LlamaServerCommandTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_command = LlamaServerCommand(8'192, std::chrono::minutes(5)); }
+    void init() { m_command.emplace(8'192, std::chrono::minutes(5)); }
 
     void theOptionsKeepTheEngineToItself() {
         for (const auto* part : {"--model /m.gguf ", "--host /run/e.sock ", "--offline ",
@@ -20,22 +20,22 @@ private Q_SLOTS:
     }
 
     void aRefusedOptionIsReplacedByItsOlderSpelling() {
-        QVERIFY(m_command.adapt("error: invalid argument: --no-ui\n"));
+        QVERIFY(m_command->adapt("error: invalid argument: --no-ui\n"));
         QVERIFY(arguments().contains(u"--no-webui "));
         QVERIFY(!arguments().contains(u"--no-ui "));
-        QVERIFY(m_command.adapt("error while handling argument \"--reasoning\": unknown value"));
+        QVERIFY(m_command->adapt("error while handling argument \"--reasoning\": unknown value"));
         QVERIFY(arguments().contains(u"--reasoning-budget 0 "));
         QVERIFY(!arguments().contains(u"--reasoning off"));
     }
 
     void whatHasNoOlderSpellingIsLeftOut() {
-        QVERIFY(m_command.adapt("error: invalid argument: --cache-ram"));
+        QVERIFY(m_command->adapt("error: invalid argument: --cache-ram"));
         QVERIFY(!arguments().contains(u"--cache-ram"));
-        QVERIFY(!m_command.adapt("error: invalid argument: --cache-ram"));
+        QVERIFY(!m_command->adapt("error: invalid argument: --cache-ram"));
     }
 
     void anOptionWhoseNameBeginsAnothersIsNotMistakenForIt() {
-        QVERIFY(!m_command.adapt("error: invalid argument: --reasoning-format"));
+        QVERIFY(!m_command->adapt("error: invalid argument: --reasoning-format"));
         QVERIFY(arguments().contains(u"--reasoning off "));
     }
 
@@ -51,8 +51,24 @@ private Q_SLOTS:
     void aComplaintAboutSomethingElseChangesNothing() {
         QFETCH(QByteArray, complaint);
         const QString before = arguments();
-        QVERIFY(!m_command.adapt(complaint));
+        QVERIFY(!m_command->adapt(complaint));
         QCOMPARE(arguments(), before);
+    }
+
+    void theUsersOwnSettingsOfTheEngineDoNotReachIt() {
+        qputenv("LLAMA_ARG_N_PREDICT", "2");
+        qputenv("OTHER", "2");
+        qunsetenv("OMP_WAIT_POLICY");
+        const QByteArrayList variables = LlamaServerCommand::environment();
+        QVERIFY(!variables.contains("LLAMA_ARG_N_PREDICT=2"));
+        QVERIFY(variables.contains("OTHER=2"));
+        QVERIFY(variables.contains("OMP_WAIT_POLICY=passive"));
+    }
+
+    void itsThreadsWaitAsTheUserWants() {
+        qputenv("OMP_WAIT_POLICY", "active");
+        QVERIFY(LlamaServerCommand::environment().contains("OMP_WAIT_POLICY=active"));
+        QVERIFY(!LlamaServerCommand::environment().contains("OMP_WAIT_POLICY=passive"));
     }
 
     void aMachineWithMoreMemoryHoldsLongerConversations() {
@@ -63,10 +79,10 @@ private Q_SLOTS:
 
 private:
     QString arguments() const {
-        return m_command.arguments(u"/m.gguf"_s, u"/run/e.sock"_s).join(u' ') + u' ';
+        return m_command->arguments(u"/m.gguf"_s, u"/run/e.sock"_s).join(u' ') + u' ';
     }
 
-    LlamaServerCommand m_command{8'192, std::chrono::minutes(5)};
+    std::optional<LlamaServerCommand> m_command;
 };
 
 TELLWICK_TEST(LlamaServerCommandTests, EventLoop)

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
+#include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
@@ -12,8 +11,16 @@
 #include <limits>
 
 using namespace platform;
+using namespace tests;
 using namespace Qt::StringLiterals;
 using Reason = SystemLanguageModel::Availability::UnavailableReason;
+
+namespace {
+
+const auto ownModel = u"home/chat/models/on-device.gguf"_s;
+const auto systemModel = u"system/chat/models/on-device.gguf"_s;
+
+} // namespace
 
 class LlamaServerPathsTests final : public QObject {
     Q_OBJECT
@@ -43,28 +50,26 @@ private Q_SLOTS:
         QFETCH(int, modelSize);
         QFETCH(bool, hasEngine);
         if (modelSize > 0)
-            write(u"home/chat/models/on-device.gguf"_s, QByteArray(modelSize, 'x'));
+            write(ownModel, QByteArray(modelSize, 'x'));
         if (hasEngine)
-            writeProgram(u"bin/llama-server"_s);
+            writeEngine(u"bin"_s);
         const auto reason = m_paths.availability().unavailableReason();
         QTEST(reason ? toText(*reason) : QString(), "reason");
     }
 
     void whatIsPutThereOrTakenAwayCountsAtTheNextQuestion() {
-        writeProgram(u"bin/llama-server"_s);
+        writeEngine(u"bin"_s);
         QVERIFY(!m_paths.availability().isAvailable());
-        write(u"home/chat/models/on-device.gguf"_s);
+        write(ownModel);
         QVERIFY(m_paths.availability().isAvailable());
         QFile::remove(in(u"bin/llama-server"_s));
         QVERIFY(m_paths.availability().unavailableReason() == Reason::appleIntelligenceNotEnabled);
     }
 
     void aLinkToTheModelServes() {
-        write(u"elsewhere.gguf"_s);
-        QDir().mkpath(in(u"home/chat/models"_s));
-        const QString link = in(u"home/chat/models/on-device.gguf"_s);
-        QVERIFY(QFile::link(in(u"elsewhere.gguf"_s), link));
-        QCOMPARE(m_paths.modelFile().value(), link);
+        write(u"home/chat/models/elsewhere.gguf"_s);
+        QVERIFY(QFile::link(u"elsewhere.gguf"_s, in(ownModel)));
+        QCOMPARE(m_paths.modelFile().value(), in(ownModel));
     }
 
     void whatIsNoModelFileIsPassedOver_data() {
@@ -74,7 +79,7 @@ private Q_SLOTS:
     }
     void whatIsNoModelFileIsPassedOver() {
         QFETCH(QString, kind);
-        const QString path = in(u"home/chat/models/on-device.gguf"_s);
+        const QString path = in(ownModel);
         QDir().mkpath(in(u"home/chat/models"_s));
         if (kind == u"a dangling link")
             QVERIFY(QFile::link(in(u"nowhere"_s), path));
@@ -83,29 +88,29 @@ private Q_SLOTS:
         else if (kind == u"a pipe")
             QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
         else
-            write(u"home/chat/models/on-device.gguf"_s, QByteArray());
+            write(ownModel, QByteArray());
         QVERIFY(!m_paths.modelFile());
 
-        write(u"system/chat/models/on-device.gguf"_s);
-        QCOMPARE(m_paths.modelFile().value(), in(u"system/chat/models/on-device.gguf"_s));
+        write(systemModel);
+        QCOMPARE(m_paths.modelFile().value(), in(systemModel));
     }
 
     void theUsersOwnFileComesBeforeTheSystems() {
-        write(u"home/chat/models/on-device.gguf"_s);
-        write(u"system/chat/models/on-device.gguf"_s);
-        QCOMPARE(m_paths.modelFile().value(), in(u"home/chat/models/on-device.gguf"_s));
+        write(ownModel);
+        write(systemModel);
+        QCOMPARE(m_paths.modelFile().value(), in(ownModel));
     }
 
     void theApplicationsOwnEngineComesBeforePath() {
-        writeProgram(u"bin/llama-server"_s);
-        writeProgram(u"libexec/llama-server"_s);
+        writeEngine(u"bin"_s);
+        writeEngine(u"libexec"_s);
         QCOMPARE(m_paths.program().value(), in(u"libexec/llama-server"_s));
     }
 
     void anEngineThatMayNotBeRunIsPassedOver() {
         write(u"libexec/llama-server"_s);
         QVERIFY(!m_paths.program());
-        writeProgram(u"bin/llama-server"_s);
+        writeEngine(u"bin"_s);
         QCOMPARE(m_paths.program().value(), in(u"bin/llama-server"_s));
     }
 
@@ -119,8 +124,8 @@ private Q_SLOTS:
     }
 
     void aQuestionCostsWellUnderAMillisecond() {
-        write(u"system/chat/models/on-device.gguf"_s);
-        writeProgram(u"bin/llama-server"_s);
+        write(systemModel);
+        writeEngine(u"bin"_s);
         for (int i = 0; i < 10; ++i)
             m_paths.programFolders.prepend(in(u"empty%1"_s.arg(i)));
         // The quickest of many: the machine may be busy.
@@ -137,15 +142,10 @@ private Q_SLOTS:
 private:
     QString in(const QString& path) const { return m_folder->filePath(path); }
     void write(const QString& path, const QByteArray& bytes = "x") const {
-        QDir().mkpath(QFileInfo(in(path)).path());
-        QFile file(in(path));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        writeBytes(in(path), bytes);
     }
-
-    void writeProgram(const QString& path) const {
-        write(path, "#!/bin/sh\n");
-        QFile::setPermissions(in(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    void writeEngine(const QString& folder) const {
+        writeProgram(in(folder + u"/llama-server"_s), "#!/bin/sh\n");
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -22,14 +22,6 @@ const QString busy = u"Error: The on-device model is still answering your previo
 const QString tooLong = u"Error: This conversation is longer than the on-device model can hold. "
                         u"Start a new chat to go on."_s;
 
-QByteArray instructed(const QByteArray& text) {
-    return "<|im_start|>system\n" + text + "<|im_end|>\n";
-}
-
-QByteArray turn(const QByteArray& text) {
-    return "<|im_start|>user\n" + text + "<|im_end|>\n<|im_start|>assistant\n";
-}
-
 } // namespace
 
 /// Conversations with the real engine.
@@ -50,15 +42,15 @@ private Q_SLOTS:
     void aReplyArrivesInGrowingSnapshots() {
         const auto heard = m_chat->ask(u"Hello"_s);
         QCOMPARE(outcomeOf(heard), m_reply);
-        QCOMPARE(heard->snapshots, TinyModel::sentence().tokens.size());
-        QVERIFY(heard->everGrew);
+        QCOMPARE(heard->elements.size(), TinyModel::sentence().tokens.size());
+        QVERIFY(everGrew(*heard));
     }
 
     void charactersSplitOverTokensArriveWhole() {
         m_folders->setModel(TinyModel::splitCharacters());
         const auto heard = m_chat->ask(u"Hello"_s);
         QCOMPARE(outcomeOf(heard), u"\u00e9\U0001F98A"_s);
-        QCOMPARE(heard->snapshots, 2);
+        QCOMPARE(heard->elements.size(), 2);
     }
 
     void threeTurnsInOneSessionReadOnlyWhatIsNew() {
@@ -101,8 +93,8 @@ private Q_SLOTS:
         QVERIFY(hasSaid(first));
         const auto second = m_chat->ask(u"Again"_s);
         QCOMPARE(outcomeOf(second), busy);
-        QCOMPARE(second->snapshots, 0);
-        QVERIFY(hasSaid(first, first->snapshots + 1));
+        QCOMPARE(second->elements.size(), 0);
+        QVERIFY(hasSaid(first, first->elements.size() + 1));
     }
 
     void twoSessionsAnswerAtOnce() {
@@ -112,7 +104,7 @@ private Q_SLOTS:
         m_chat->begin();
         const auto second = m_chat->ask(u"Hello"_s);
         QVERIFY(hasSaid(second, 10));
-        QVERIFY(hasSaid(first, first->snapshots + 1));
+        QVERIFY(hasSaid(first, first->elements.size() + 1));
     }
 
     void aReplyThatNobodyReadsIsAnsweredAndRemembered() {
@@ -142,8 +134,8 @@ private Q_SLOTS:
         m_folders->setModel(model);
         const auto heard = m_chat->ask(u"Hello"_s);
         QVERIFY(!outcomeOf(heard).startsWith(u"Error"));
-        QVERIFY(heard->snapshots > 300);
-        QVERIFY(heard->snapshots < 512);
+        QVERIFY(heard->elements.size() > 300);
+        QVERIFY(heard->elements.size() < 512);
         QCOMPARE(answerTo(u"Again"_s), tooLong);
     }
 

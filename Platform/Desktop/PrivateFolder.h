@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Desktop/Linux/UniqueFd.h"
+#include "Platform/Desktop/UniqueFd.h"
 
 #include <QString>
 #include <QStringList>
