@@ -6,8 +6,6 @@
 
 #include <QWidget>
 
-class QLayout;
-
 namespace tellwick {
 
 /// What the application is, what it promises and what it cannot do. Static; shown in a sheet, which
@@ -18,18 +16,10 @@ class AboutView final : public QWidget {
 public:
     static constexpr int width = 400;
 
-    explicit AboutView(const Environment& environment, QWidget* parent = nullptr);
+    explicit AboutView(const Environment& environment);
 
     /// The last line but one: a link to `website` where that is an address, else its plain text.
     static QWidget* websiteLine(const Environment& environment, const QString& website);
-
-private:
-    QLayout* header();
-    QLayout* description();
-    QLayout* limitations();
-    QLayout* footer();
-
-    const Environment& m_environment;
 };
 
 /// A symbol and a line of text, in a list of such rows.
@@ -38,7 +28,7 @@ class AboutRow final : public QWidget {
 
 public:
     AboutRow(const platform::Theme& theme, const QString& icon, const QString& text,
-             platform::ColorRole color = platform::ColorRole::Accent);
+             platform::ColorRole color);
 };
 
 } // namespace tellwick

@@ -2,26 +2,25 @@
 #include "Tellwick/Interface/ChatView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/PullDownButton.h"
-#include "Platform/Widgets/Scrolling/LazyColumn.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
-#include "Tellwick/Interface/GreetingBubble.h"
-#include "Tellwick/Interface/ModeBar.h"
+#include "Tellwick/Interface/MessageList.h"
 #include "Tellwick/Interface/ModelsView.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QShortcut>
-#include <QStackedLayout>
 
 namespace tellwick {
 
@@ -31,6 +30,7 @@ using platform::ColorRole;
 using platform::Label;
 using platform::observe;
 using platform::Panel;
+using platform::Surface;
 using platform::TextStyle;
 using platform::Theme;
 
@@ -56,17 +56,34 @@ QStringView withoutBlanks(QStringView text) {
 ChatView::ChatView(const Environment& environment, ChatViewModel& vm, QWidget* parent)
     : QWidget(parent)
     , m_environment(environment)
-    , m_vm(&vm)
-    , m_rows(environment, *m_vm) {
+    , m_vm(vm) {
     body();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* send = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+        connect(send, &QShortcut::activated, this, [this] { m_vm.send(); });
+    }
+    showWhile(
+        m_showingAbout,
+        [this] {
+            return Panel::sheet(m_environment.theme, u"About"_s, new AboutView(m_environment),
+                                AboutView::width);
+        });
+    showWhile(
+        m_showingModels,
+        [this] {
+            return Panel::popover(m_environment.theme, u"Models"_s,
+                                  new ModelsView(m_environment, m_vm.modelManager),
+                                  ModelsView::width, m_menuButton);
+        });
+    showWhile(m_vm.availabilityError, [this] {
+        return Panel::alert(m_environment.theme, u"Apple Intelligence Unavailable"_s,
+                            *m_vm.availabilityError.value(), u"OK"_s);
+    });
 }
 
-ChatView::~ChatView() = default;
-
 void ChatView::body() {
-    auto* header = new platform::HeaderBar(m_environment.theme);
-    header->setTitle(AppConfig::appName());
-    observe(header, [this, header] { header->setSubtitle(m_vm->modelManager.selectedSubtitle()); });
+    auto* header = new platform::HeaderBar(m_environment.theme, AppConfig::appName());
+    observe(header, [this, header] { header->setSubtitle(m_vm.modelManager.selectedSubtitle()); });
     newChatButton(*header);
     menuButton(*header);
 
@@ -78,11 +95,6 @@ void ChatView::body() {
     stack->addWidget(new platform::Divider(m_environment.theme));
     stack->addWidget(modeBar());
     stack->addWidget(inputBar());
-
-    keyboardShortcuts();
-    aboutSheet();
-    modelsPopover();
-    availabilityAlert();
 }
 
 void ChatView::newChatButton(platform::HeaderBar& placement) {
@@ -90,22 +102,19 @@ void ChatView::newChatButton(platform::HeaderBar& placement) {
         new Button(m_environment.theme, Button::Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
     button->setSymbolPoints(toolbarIconSize);
     button->setToolTip(u"New Chat (Ctrl+N)"_s);
-    const auto newChat = [this] {
-        m_vm->newChat();
+    button->setAction([this] {
+        m_vm.newChat();
         focusField();
-    };
-    button->setAction(newChat);
-    observe(button, [this, button] { button->setEnabled(canStartNewChat()); });
+    });
+    observe(button, [this, button] {
+        button->setEnabled(!m_vm.messages.value().isEmpty() || m_vm.isGenerating.value());
+    });
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_N), this);
-    connect(shortcut, &QShortcut::activated, this, [this, newChat] {
-        if (canStartNewChat() && !m_environment.overlays.isPresenting())
-            newChat();
+    connect(shortcut, &QShortcut::activated, button, [this, button] {
+        if (!m_environment.overlays.isPresenting())
+            button->click();
     });
     placement.addTrailing(button);
-}
-
-bool ChatView::canStartNewChat() const {
-    return !m_vm->messages.value().isEmpty() || m_vm->isGenerating.value();
 }
 
 void ChatView::menuButton(platform::HeaderBar& placement) {
@@ -121,47 +130,8 @@ void ChatView::menuButton(platform::HeaderBar& placement) {
 }
 
 QWidget* ChatView::messageList() {
-    auto* list = new QWidget;
-    auto* stack = new QStackedLayout(list);
-    auto* empty = new platform::ScrollArea(m_environment.theme);
-    auto* column = new platform::LazyColumn(m_environment.theme, m_rows);
-    column->setAccessibleName(u"Conversation"_s);
-    stack->addWidget(empty);
-    stack->addWidget(column);
-
-    // What the last run showed: the list follows changes, and does not scroll when it first
-    // appears.
-    struct Shown {
-        qsizetype count = 0;
-        platform::TextSnapshot lastText;
-    };
-    const auto shown = std::make_shared<std::optional<Shown>>();
-    observe(list, [this, empty, column, stack, shown] {
-        const QList<ChatMessage>& messages = m_vm->messages.value();
-        if (messages.isEmpty() && !empty->content())
-            empty->setContent(emptyState());
-        stack->setCurrentWidget(messages.isEmpty() ? static_cast<QWidget*>(empty) : column);
-        column->reload();
-        Shown now{messages.size(),
-                  messages.isEmpty() ? platform::TextSnapshot() : messages.last().content};
-        const auto before = std::exchange(*shown, std::move(now));
-        if (!before || messages.isEmpty())
-            return;
-        if (before->count != messages.size())
-            column->scrollToEnd(true);
-        // A scroll that is under way follows the growing end by itself.
-        else if (!(before->lastText == messages.last().content) && !column->isScrollingToEnd())
-            column->scrollToEnd(false);
-    });
-    // A reply is read out when it is whole, not word by word.
-    observe(column, [this, column, wasGenerating = false]() mutable {
-        const bool isGenerating = m_vm->isGenerating.value();
-        const bool hasEnded = std::exchange(wasGenerating, isGenerating) && !isGenerating;
-        const qsizetype last = hasEnded ? m_rows.count() - 1 : -1;
-        if (QWidget* bubble = last >= 0 ? column->widgetOf(last) : nullptr)
-            platform::announce(bubble, m_rows.accessibleName(last));
-    });
-    return list;
+    return new MessageList(
+        m_environment, m_vm, [this] { return emptyState(); });
 }
 
 QWidget* ChatView::emptyState() {
@@ -179,27 +149,32 @@ QWidget* ChatView::emptyState() {
     const auto centred = [column](QWidget* widget) {
         column->addWidget(widget, 0, Qt::AlignHCenter);
     };
-    const auto label = [&theme](const QString& text, TextStyle style, ColorRole role) {
-        auto* made = new Label(theme, text, style);
-        made->setColorRole(role);
-        return made;
-    };
 
-    auto* brain = label({}, TextStyle::Body, ColorRole::SecondaryLabel);
+    auto* brain = new Label(theme, {}, TextStyle::Body, ColorRole::SecondaryLabel);
     brain->setIcon(u"brain"_s, 52);
     centred(brain);
-    auto* name = label(AppConfig::appName(), TextStyle::Title2, ColorRole::Label);
-    name->setWeight(QFont::Medium);
-    name->setHeading(true);
+    auto* name =
+        new Label(theme, AppConfig::appName(), TextStyle::Title2, ColorRole::Label, QFont::Medium);
+    name->setHeading();
     centred(name);
-    centred(label(AppConfig::tagline(), TextStyle::Subheadline, ColorRole::SecondaryLabel));
+    centred(
+        new Label(theme, AppConfig::tagline(), TextStyle::Subheadline, ColorRole::SecondaryLabel));
 
+    auto* welcome = new Label(theme, AppConfig::welcomeMessage(), TextStyle::Body);
+    welcome->setWrapping(true);
+    welcome->setAlignment(Qt::AlignHCenter);
+    auto* bubble = new Surface(theme, ColorRole::GreetingBubble, Theme::greetingRadius);
+    auto* inside = new QVBoxLayout(bubble);
+    inside->setContentsMargins(Theme::bubblePaddingX, Theme::bubblePaddingY, Theme::bubblePaddingX,
+                               Theme::bubblePaddingY);
+    inside->addWidget(welcome);
     auto* greeting = new QVBoxLayout;
     greeting->setContentsMargins(24, 8, 24, 0);
-    greeting->addWidget(new GreetingBubble(theme, AppConfig::welcomeMessage()));
+    greeting->addWidget(bubble);
     column->addLayout(greeting);
 
-    auto* model = label(AppConfig::modelLabel(), TextStyle::Caption, ColorRole::TertiaryLabel);
+    auto* model =
+        new Label(theme, AppConfig::modelLabel(), TextStyle::Caption, ColorRole::TertiaryLabel);
     model->setIcon(u"cpu"_s);
     centred(model);
     column->addSpacing(4);
@@ -215,9 +190,9 @@ QWidget* ChatView::writingModeChips() {
     row->setContentsMargins(24, 0, 24, 0);
     for (const AppConfig::WritingMode& mode : AppConfig::writingModes()) {
         auto* chip = new Button(m_environment.theme, Button::Look::Chip, mode.label, mode.icon);
-        chip->setAction([this, mode] { m_vm->setMode(mode); });
+        chip->setAction([this, mode] { m_vm.setMode(mode); });
         observe(chip, [this, chip, mode] {
-            const auto& active = m_vm->activeMode.value();
+            const auto& active = m_vm.activeMode.value();
             chip->setChecked(active && active->id() == mode.id());
         });
         row->addWidget(chip);
@@ -229,16 +204,28 @@ QWidget* ChatView::writingModeChips() {
 }
 
 QWidget* ChatView::modeBar() {
-    auto* bar = new ModeBar(m_environment.theme);
-    bar->onClear([this] {
-        m_vm->clearMode();
+    const Theme& theme = m_environment.theme;
+    auto* bar = new Surface(theme, ColorRole::ModeBar);
+    auto* label = new Label(theme, {}, TextStyle::Caption, ColorRole::Accent, QFont::Medium);
+    auto* clear = new Button(theme, Button::Look::Disc, u"Clear mode"_s, u"xmark.circle.fill"_s);
+    clear->setSymbolOpacity(0.75);
+    clear->setAction([this] {
+        m_vm.clearMode();
         focusField();
     });
-    observe(bar, [this, bar] {
-        const auto& mode = m_vm->activeMode.value();
-        const bool isShown = mode && m_vm->messages.value().isEmpty();
-        if (isShown)
-            bar->setMode(*mode);
+    auto* row = new QHBoxLayout(bar);
+    row->setSpacing(Theme::defaultSpacing);
+    row->setContentsMargins(16, 8, 16, 8);
+    row->addWidget(label);
+    row->addStretch(1);
+    row->addWidget(clear);
+    observe(bar, [this, bar, label] {
+        const auto& mode = m_vm.activeMode.value();
+        const bool isShown = mode && m_vm.messages.value().isEmpty();
+        if (isShown) {
+            label->setText(mode->label);
+            label->setIcon(mode->icon);
+        }
         bar->setVisible(isShown);
     });
     return bar;
@@ -253,21 +240,21 @@ QWidget* ChatView::inputBar() {
     m_field = new platform::GrowingTextField(m_environment.theme);
     m_field->setPlaceholderText(u"Message"_s);
     m_field->setAccessibleName(u"Message"_s);
-    m_field->onTextEdited([this](const QString& text) { m_vm->draft = text; });
-    m_field->onSubmit([this] { m_vm->send(); });
+    m_field->onTextEdited([this](const QString& text) { m_vm.draft = text; });
+    m_field->onSubmit([this] { m_vm.send(); });
     m_field->onContextMenu([this](QPoint position) { openEditMenu(position); });
-    observe(m_field, [this] { m_field->setText(m_vm->draft.value()); });
+    observe(m_field, [this] { m_field->setText(m_vm.draft.value()); });
 
     auto* button = new Button(m_environment.theme, Button::Look::Disc, {});
     button->setSymbolPoints(sendIconSize);
     button->setAction([this] {
-        if (m_vm->isGenerating.value())
-            m_vm->stop();
+        if (m_vm.isGenerating.value())
+            m_vm.stop();
         else
-            m_vm->send();
+            m_vm.send();
     });
     observe(button, [this, button] {
-        const bool isGenerating = m_vm->isGenerating.value();
+        const bool isGenerating = m_vm.isGenerating.value();
         button->setIcon(isGenerating ? u"stop.circle.fill"_s : u"arrow.up.circle.fill"_s);
         button->setName(isGenerating ? u"Stop"_s : u"Send"_s);
         button->setColorRole(sendButtonColor());
@@ -287,7 +274,7 @@ void ChatView::openEditMenu(QPoint globalPosition) {
     }
     if (m_field->canPaste())
         entries.push_back({u"Paste"_s, {}, [this] { m_field->paste(); }});
-    if (!m_vm->draft.value().isEmpty())
+    if (!m_vm.draft.value().isEmpty())
         entries.push_back({u"Select All"_s, {}, [this] { m_field->selectAll(); }});
     if (!entries.empty())
         m_environment.overlays.present(std::make_unique<platform::Menu>(
@@ -295,77 +282,30 @@ void ChatView::openEditMenu(QPoint globalPosition) {
 }
 
 ColorRole ChatView::sendButtonColor() const {
-    if (m_vm->isGenerating.value())
+    if (m_vm.isGenerating.value())
         return ColorRole::Red;
-    return withoutBlanks(m_vm->draft.value()).isEmpty() ? ColorRole::SecondaryLabel
-                                                        : ColorRole::Accent;
+    return withoutBlanks(m_vm.draft.value()).isEmpty() ? ColorRole::SecondaryLabel
+                                                       : ColorRole::Accent;
 }
 
-void ChatView::keyboardShortcuts() {
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* send = new QShortcut(QKeySequence(Qt::CTRL | key), this);
-        connect(send, &QShortcut::activated, this, [this] { m_vm->send(); });
-    }
-}
-
-void ChatView::aboutSheet() {
-    showWhile(
-        m_showingAbout,
-        [this] {
-            return Panel::sheet(m_environment.theme, u"About"_s, new AboutView(m_environment),
-                                AboutView::width);
-        });
-}
-
-void ChatView::modelsPopover() {
-    showWhile(
-        m_showingModels,
-        [this] {
-            return Panel::popover(m_environment.theme, u"Models"_s,
-                                  new ModelsView(m_environment, m_vm->modelManager),
-                                  ModelsView::width, m_menuButton);
-        });
-}
-
-void ChatView::showWhile(platform::Observed<bool>& flag,
-                         std::function<std::unique_ptr<Panel>()> make) {
+template <class State, class Make>
+void ChatView::showWhile(platform::Observed<State>& state, Make make) {
     observe(
         this,
-        [this, &flag, make = std::move(make), panel = QPointer<Panel>()]() mutable {
-            if (flag.value() == !panel.isNull())
+        [this, &state, make, panel = QPointer<Panel>(), shown = State()]() mutable {
+            const State& wanted = state.value();
+            if (wanted && panel && shown == wanted)
                 return;
-            if (panel) {
-                m_environment.overlays.dismiss(panel);
+            m_environment.overlays.dismiss(panel);
+            if (!wanted)
                 return;
-            }
+            shown = wanted;
             panel = m_environment.overlays.present(
                 make(),
-                [this, &flag] {
-                    flag = false;
-                    focusField();
-                });
-        });
-}
-
-void ChatView::availabilityAlert() {
-    observe(
-        this,
-        [this, alert = QPointer<Panel>(), shown = QString()]() mutable {
-            const std::optional<QString>& error = m_vm->availabilityError.value();
-            if (error && alert && shown == *error)
-                return;
-            if (alert)
-                m_environment.overlays.dismiss(alert);
-            if (!error)
-                return;
-            shown = *error;
-            alert = m_environment.overlays.present(
-                Panel::alert(m_environment.theme, u"Apple Intelligence Unavailable"_s, shown,
-                             u"OK"_s),
-                [this, told = shown] {
-                    // Another error may be what has closed it, and wants an alert of its own.
-                    if (m_vm->availabilityError.value() == told)
-                        m_vm->availabilityError = std::nullopt;
+                [this, &state, shown] {
+                    // Another state may be what has closed it, and wants a panel of its own.
+                    if (state.value() == shown)
+                        state = State();
                     focusField();
                 });
         });

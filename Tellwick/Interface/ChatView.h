@@ -4,19 +4,12 @@
 #include "Platform/Observation/Observed.h"
 #include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Interface/Environment.h"
-#include "Tellwick/Interface/MessageRows.h"
 
-#include <QPointer>
 #include <QWidget>
-
-#include <functional>
-#include <memory>
 
 namespace platform {
 class GrowingTextField;
 class HeaderBar;
-class LazyColumn;
-class Panel;
 class PullDownButton;
 } // namespace platform
 
@@ -34,7 +27,6 @@ class ChatView final : public QWidget {
 
 public:
     ChatView(const Environment& environment, ChatViewModel& vm, QWidget* parent = nullptr);
-    ~ChatView() override;
 
     /// The colour of the send button: red while generating, the accent when there is something to
     /// send, else the secondary colour.
@@ -56,22 +48,16 @@ private:
     void newChatButton(platform::HeaderBar& placement);
     void menuButton(platform::HeaderBar& placement);
 
-    bool canStartNewChat() const;
     void openEditMenu(QPoint globalPosition);
-    void keyboardShortcuts();
-    void aboutSheet();
-    void modelsPopover();
-    /// Keeps a panel open while the flag is set; to close the panel clears it.
-    void showWhile(platform::Observed<bool>& flag,
-                   std::function<std::unique_ptr<platform::Panel>()> make);
-    void availabilityAlert();
+    /// Keeps a panel open while the state is set, and another one when it is set to something else;
+    /// to close the panel clears it.
+    template <class State, class Make>
+    void showWhile(platform::Observed<State>& state, Make make);
 
     const Environment& m_environment;
-    ChatViewModel* const m_vm;
+    ChatViewModel& m_vm;
     platform::Observed<bool> m_showingAbout{false};
     platform::Observed<bool> m_showingModels{false};
-
-    MessageRows m_rows;
     platform::GrowingTextField* m_field = nullptr;
     platform::PullDownButton* m_menuButton = nullptr;
 };

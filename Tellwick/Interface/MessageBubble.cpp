@@ -27,10 +27,6 @@ using platform::Theme;
 
 namespace {
 
-bool isFromUser(const ChatMessage& message) {
-    return message.role() == ChatMessage::Role::user;
-}
-
 /// A cheap test that spares most texts the parser.
 bool looksLikeMarkdown(QStringView content) {
     static constexpr std::array<QStringView, 5> markers{u"**", u"__", u"*", u"`", u"["};
@@ -39,7 +35,8 @@ bool looksLikeMarkdown(QStringView content) {
 }
 
 bool isMarkdown(const ChatMessage& message) {
-    return !isFromUser(message) && looksLikeMarkdown(message.content.view());
+    return message.role() == ChatMessage::Role::assistant &&
+           looksLikeMarkdown(message.content.view());
 }
 
 } // namespace
@@ -86,19 +83,18 @@ void MessageBubble::copyContent() const {
 void MessageBubble::openContextMenu(QPoint globalPosition) {
     if (m_message.content.isEmpty())
         return;
-    std::vector<platform::MenuEntry> entries{
-        {u"Copy"_s, u"doc.on.doc"_s, [this] { copyContent(); }}};
+    const platform::MenuEntry copy{u"Copy"_s, u"doc.on.doc"_s, [this] { copyContent(); }};
     m_environment.overlays.present(std::make_unique<platform::Menu>(
-        m_environment.theme, u"Message"_s, std::move(entries), globalPosition));
+        m_environment.theme, u"Message"_s, std::vector{copy}, globalPosition));
 }
 
 QString MessageBubble::spokenText(const ChatMessage& message) {
-    const QString speaker =
-        tellwick::isFromUser(message) ? u"You: "_s : AppConfig::appName() + ": "_L1;
-    return platform::speakable(speaker +
-                               (isMarkdown(message)
-                                    ? platform::InlineMarkdown::parse(message.content.view()).text
-                                    : message.content.toString()));
+    const bool isUser = message.role() == ChatMessage::Role::user;
+    const QString speaker = isUser ? u"You"_s : AppConfig::appName();
+    const QString text = isMarkdown(message)
+                             ? platform::InlineMarkdown::parse(message.content.view()).text
+                             : message.content.toString();
+    return platform::speakable(speaker + ": "_L1 + text);
 }
 
 QSize MessageBubble::textSize(int width) const {

@@ -5,8 +5,6 @@
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
-#include "Tellwick/Backends/ModelManager.h"
-#include "Tellwick/Interface/ModelRow.h"
 
 #include <QBoxLayout>
 #include <QShowEvent>
@@ -22,13 +20,27 @@ using platform::observe;
 using platform::TextStyle;
 using platform::Theme;
 
-ModelsView::ModelsView(const Environment& environment, ModelManager& modelManager, QWidget* parent)
-    : QWidget(parent)
-    , m_environment(environment)
+void ModelRow::show(const ModelBackend& backend, bool isSelected, std::function<void()> onSelect) {
+    const ModelInfo& info = backend.info();
+    setName(info.name());
+    setDetail(info.detail.value_or(QString()));
+    setSelected(isSelected);
+    setAction(std::move(onSelect));
+    // That a model cannot be used matters more than that it is the chosen one.
+    if (!backend.isAvailable())
+        setMark({u"Unavailable"_s, {}, ColorRole::Orange});
+    else if (isSelected)
+        setMark({u"Selected"_s, u"checkmark"_s, ColorRole::Accent});
+    else
+        setMark({});
+}
+
+ModelsView::ModelsView(const Environment& environment, ModelManager& modelManager)
+    : m_environment(environment)
     , m_modelManager(modelManager) {
-    auto* title = new Label(environment.theme, u"Models"_s, TextStyle::Body);
-    title->setWeight(QFont::DemiBold);
-    title->setHeading(true);
+    auto* title = new Label(environment.theme, u"Models"_s, TextStyle::Body, ColorRole::Label,
+                            QFont::DemiBold);
+    title->setHeading();
     auto* column = new QVBoxLayout(this);
     column->setSpacing(12);
     column->setContentsMargins(Theme::defaultPadding, 14, Theme::defaultPadding,
@@ -72,13 +84,11 @@ InsetSection* ModelsView::onDeviceSection() {
     auto* section = new InsetSection(m_environment.theme, u"Apple Intelligence"_s,
                                      u"Default on-device model. Private, offline, no setup "
                                      u"needed."_s);
-    const auto backend = m_modelManager.aiBackend;
-    auto* row = new ModelRow(m_environment.theme, *backend, false, {});
-    section->setRows({row});
-    observe(row, [this, row, backend] {
+    auto* row = new ModelRow(m_environment.theme);
+    section->addRow(row);
+    observe(row, [this, row] {
         static_cast<void>(m_modelManager.isRefreshing.value()); // a good moment to look again
-        row->show(*backend, m_modelManager.selectedID.value() == backend->info().id(),
-                  [this, backend] { m_modelManager.select(backend); });
+        showIn(*row, m_modelManager.aiBackend);
     });
     return section;
 }
@@ -88,30 +98,26 @@ InsetSection* ModelsView::otherModelsSection() {
         new InsetSection(m_environment.theme, u"Other Models"_s,
                          u"For advanced users. Manage and download models via the Ollama app."_s);
     section->setHeaderItem(refreshButton());
-    if (m_modelManager.ollamaBackends.value().isEmpty()) {
-        section->setRows({emptyListNotice()});
-        return section;
+    QList<ModelRow*> rows(m_modelManager.ollamaBackends.value().size());
+    for (ModelRow*& row : rows) {
+        row = new ModelRow(m_environment.theme);
+        section->addRow(row);
     }
-    observe(section, [this, section] {
+    if (rows.isEmpty())
+        section->addRow(emptyListNotice());
+    observe(section, [this, rows] {
         const auto& backends = m_modelManager.ollamaBackends.value();
-        QList<QWidget*> rows = section->rows();
         // The list is about to be made anew when the number changes.
-        if (!rows.isEmpty() && rows.size() != backends.size())
-            return;
-        const bool isNew = rows.isEmpty();
-        for (qsizetype i = 0; i < backends.size(); ++i) {
-            const auto backend = backends[i];
-            const bool isSelected = m_modelManager.selectedID.value() == backend->info().id();
-            const auto select = [this, backend] { m_modelManager.select(backend); };
-            if (isNew)
-                rows.append(new ModelRow(m_environment.theme, *backend, isSelected, select));
-            else
-                static_cast<ModelRow*>(rows[i])->show(*backend, isSelected, select);
-        }
-        if (isNew)
-            section->setRows(rows);
+        for (qsizetype i = 0; rows.size() == backends.size() && i < rows.size(); ++i)
+            showIn(*rows[i], backends[i]);
     });
     return section;
+}
+
+void ModelsView::showIn(ModelRow& row, const ModelManager::Backend& backend) {
+    row.show(
+        *backend, m_modelManager.selectedID.value() == backend->info().id(),
+        [this, backend] { m_modelManager.select(backend); });
 }
 
 QWidget* ModelsView::refreshButton() {
@@ -133,15 +139,13 @@ QWidget* ModelsView::emptyListNotice() {
     auto* row = new QHBoxLayout(notice);
     row->setSpacing(10);
     row->setContentsMargins(14, 4 + 6, 14, 4 + 6); // as the rows that may stand in its place
-    auto* icon = new Label(theme, {}, TextStyle::Body);
+    auto* icon = new Label(theme, {}, TextStyle::Body, ColorRole::SecondaryLabel);
     icon->setIcon(u"info.circle"_s);
-    icon->setColorRole(ColorRole::SecondaryLabel);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     texts->addWidget(new Label(theme, u"No Ollama models found"_s, TextStyle::Subheadline));
-    auto* hint = new Label(theme, u"Start Ollama and tap ↺ to refresh."_s, TextStyle::Caption);
-    hint->setColorRole(ColorRole::SecondaryLabel);
-    texts->addWidget(hint);
+    texts->addWidget(new Label(theme, u"Start Ollama and tap ↺ to refresh."_s, TextStyle::Caption,
+                               ColorRole::SecondaryLabel));
     row->addWidget(icon);
     row->addLayout(texts, 1);
     return notice;

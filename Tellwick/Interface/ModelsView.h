@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Widgets/Controls/ListRow.h"
+#include "Tellwick/Backends/ModelManager.h"
 #include "Tellwick/Interface/Environment.h"
 
 #include <QWidget>
@@ -11,7 +13,17 @@ class InsetSection;
 
 namespace tellwick {
 
-class ModelManager;
+/// One model in the list: its name, its detail where it has one, and at the trailing end
+/// "Unavailable" or the checkmark of the selection. The whole row is one button.
+class ModelRow final : public platform::ListRow {
+    Q_OBJECT
+
+public:
+    using ListRow::ListRow;
+
+    /// Shows a model, or the same in another state.
+    void show(const ModelBackend& backend, bool isSelected, std::function<void()> onSelect);
+};
 
 /// The models that can answer, and the choice among them: the on-device model first, then those of
 /// the local server, with a button that reads the server's list again. Shown in a popover, which
@@ -22,8 +34,7 @@ class ModelsView final : public QWidget {
 public:
     static constexpr int width = 360;
 
-    ModelsView(const Environment& environment, ModelManager& modelManager,
-               QWidget* parent = nullptr);
+    ModelsView(const Environment& environment, ModelManager& modelManager);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -34,6 +45,7 @@ private:
     platform::InsetSection* otherModelsSection();
     QWidget* refreshButton();
     QWidget* emptyListNotice();
+    void showIn(ModelRow& row, const ModelManager::Backend& backend);
 
     const Environment& m_environment;
     ModelManager& m_modelManager;

@@ -1,23 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Tellwick/Interface/TellwickApp.h"
 
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Desktop/AppearanceSettings.h"
 #include "Platform/Desktop/FontWarmUp.h"
 #include "Platform/Desktop/SingleInstance.h"
-#include "Platform/Desktop/TerminationSignals.h"
-#include "Platform/Desktop/UrlOpener.h"
-#include "Platform/Desktop/UserDirectories.h"
 #include "Platform/Desktop/WindowActivation.h"
-#include "Platform/Http/NetworkThread.h"
 #include "Platform/LanguageModel/MakeSystemLanguageModel.h"
 #include "Platform/Observation/Observer.h"
-#include "Platform/Store/ModelContext.h"
-#include "Platform/Widgets/Look/Theme.h"
 #include "Tellwick/Backends/OllamaBackend.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
-#include "Tellwick/Interface/ContentView.h"
 
 #include <QApplication>
 #include <QShortcut>
@@ -35,76 +26,46 @@ constexpr auto applicationFolder = "tellwick"_L1;
 
 } // namespace
 
-/// Every object of the program, in the order of making; they end in the opposite order. The window
-/// goes first, with the conversation and its tasks, then what those use.
-struct TellwickApp::Parts {
-    explicit Parts(QApplication& application);
-
-    std::unique_ptr<ChatViewModel> makeViewModel();
-
-    // The desktop.
-    platform::AppearanceSettings appearance;
-    platform::Theme theme;
-    platform::UrlOpener urlOpener;
-    platform::UserDirectories directories;
-    QObject observers;
-
-    // What the conversation stands on.
-    platform::MainExecutor mainExecutor;
-    platform::NetworkThread network;
-    const std::unique_ptr<platform::SystemLanguageModel> systemModel;
-    platform::ModelContainer container;
-    platform::ModelContext context;
-
-    ContentView window;
-    platform::TerminationSignals terminationSignals;
-};
-
-TellwickApp::Parts::Parts(QApplication& application)
-    : directories(platform::UserDirectories::ofThisUser(applicationFolder))
-    , systemModel(platform::makeSystemLanguageModel(network, directories,
-                                                    QCoreApplication::applicationDirPath()))
-    , container(conversationStore(directories.dataHome()))
-    , context(container)
-    , window({theme, urlOpener}, [this] { return makeViewModel(); })
-    , terminationSignals([] { QCoreApplication::quit(); }) {
-    appearance.start();
-    theme.setBodyFont(application.font());
-    platform::observe(
-        &observers,
-        [this] {
-            theme.setDark(appearance.isDark());
-            theme.setAccent(appearance.accent());
-            theme.motion().setEnabled(!appearance.reducesMotion());
-        });
-    QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &observers,
-                     [this, &application] { theme.setBodyFont(application.font()); });
-    auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);
-    QObject::connect(quit, &QShortcut::activated, &application, &QCoreApplication::quit);
-    window.resize(defaultWidth, defaultHeight);
-}
-
-std::unique_ptr<ChatViewModel> TellwickApp::Parts::makeViewModel() {
-    const ModelManager::Sources models{*systemModel, network.scope(),
-                                       [this] { return OllamaBackend::discover(network); },
-                                       [this](const OllamaModelEntry& entry) {
-                                           return std::make_shared<OllamaBackend>(entry, network);
-                                       }};
-    return std::make_unique<ChatViewModel>(context, models, mainExecutor);
-}
-
 TellwickApp::TellwickApp(QApplication& application)
-    : m_parts(std::make_unique<Parts>(application)) {}
+    : m_directories(platform::UserDirectories::ofThisUser(applicationFolder))
+    , m_systemModel(platform::makeSystemLanguageModel(m_network, m_directories,
+                                                      QCoreApplication::applicationDirPath()))
+    , m_container(conversationStore(m_directories.dataHome()))
+    , m_context(m_container)
+    , m_window({m_theme, m_urlOpener}, [this] { return makeViewModel(); })
+    , m_terminationSignals([] { QCoreApplication::quit(); }) {
+    m_appearance.start();
+    m_theme.setBodyFont(application.font());
+    platform::observe(
+        &m_observers,
+        [this] {
+            m_theme.setDark(m_appearance.isDark());
+            m_theme.setAccent(m_appearance.accent());
+            m_theme.motion().setEnabled(!m_appearance.reducesMotion());
+        });
+    QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &m_observers,
+                     [this, &application] { m_theme.setBodyFont(application.font()); });
+    auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &m_window);
+    QObject::connect(quit, &QShortcut::activated, &application, &QCoreApplication::quit);
+    m_window.resize(defaultWidth, defaultHeight);
+}
 
-TellwickApp::~TellwickApp() = default;
+std::unique_ptr<ChatViewModel> TellwickApp::makeViewModel() {
+    const ModelManager::Sources models{*m_systemModel, m_network.scope(),
+                                       [this] { return OllamaBackend::discover(m_network); },
+                                       [this](const OllamaModelEntry& entry) {
+                                           return std::make_shared<OllamaBackend>(entry, m_network);
+                                       }};
+    return std::make_unique<ChatViewModel>(m_context, models, m_mainExecutor);
+}
 
 void TellwickApp::openWindow(const QByteArray& activationToken) {
-    m_parts->appearance.settle();
-    platform::flushObservers(&m_parts->observers);
-    if (m_parts->window.isVisible())
-        platform::activateWindow(*m_parts->window.windowHandle(), activationToken);
+    m_appearance.settle();
+    platform::flushObservers(&m_observers);
+    if (m_window.isVisible())
+        platform::activateWindow(*m_window.windowHandle(), activationToken);
     else
-        m_parts->window.show();
+        m_window.show();
 }
 
 int TellwickApp::main(int argc, char** argv) {

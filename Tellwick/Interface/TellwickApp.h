@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <memory>
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Desktop/AppearanceSettings.h"
+#include "Platform/Desktop/TerminationSignals.h"
+#include "Platform/Desktop/UrlOpener.h"
+#include "Platform/Desktop/UserDirectories.h"
+#include "Platform/Http/NetworkThread.h"
+#include "Platform/LanguageModel/SystemLanguageModel.h"
+#include "Platform/Store/ModelContext.h"
+#include "Platform/Widgets/Look/Theme.h"
+#include "Tellwick/Interface/ContentView.h"
 
 class QApplication;
-class QByteArray;
 
 namespace tellwick {
 
@@ -21,15 +29,28 @@ public:
     static int main(int argc, char** argv);
 
     explicit TellwickApp(QApplication& application);
-    ~TellwickApp();
 
     /// Shows the window, or brings it to the front.
     /// @param activationToken what the desktop gave to the start that asks for it; may be empty.
     void openWindow(const QByteArray& activationToken);
 
 private:
-    struct Parts;
-    std::unique_ptr<Parts> m_parts;
+    std::unique_ptr<ChatViewModel> makeViewModel();
+
+    // Every object of the program, in the order of making; they end in the opposite order. The
+    // window goes first, with the conversation and its tasks, then what those use.
+    platform::AppearanceSettings m_appearance;
+    platform::Theme m_theme;
+    platform::UrlOpener m_urlOpener;
+    platform::UserDirectories m_directories;
+    QObject m_observers;
+    platform::MainExecutor m_mainExecutor;
+    platform::NetworkThread m_network;
+    const std::unique_ptr<platform::SystemLanguageModel> m_systemModel;
+    platform::ModelContainer m_container;
+    platform::ModelContext m_context;
+    ContentView m_window;
+    platform::TerminationSignals m_terminationSignals;
 };
 
 } // namespace tellwick

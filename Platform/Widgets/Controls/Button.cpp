@@ -54,9 +54,8 @@ Style styleOf(Button::Look look) {
 
 } // namespace
 
-Button::Button(const Theme& theme, Look look, const QString& name, QString icon, QWidget* parent)
-    : QAbstractButton(parent)
-    , m_theme(theme)
+Button::Button(const Theme& theme, Look look, const QString& name, QString icon)
+    : m_theme(theme)
     , m_look(look)
     , m_icon(std::move(icon))
     , m_role(styleOf(look).color)

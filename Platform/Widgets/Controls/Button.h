@@ -30,8 +30,7 @@ public:
     };
 
     /// `name` is the text; of a symbol alone it is for assistive technology and the tool tip.
-    Button(const Theme& theme, Look look, const QString& name, QString icon = {},
-           QWidget* parent = nullptr);
+    Button(const Theme& theme, Look look, const QString& name, QString icon = {});
 
     /// What a press does, by pointer, key or assistive technology. Replaces the former action.
     void setAction(std::function<void()> action) { m_action = std::move(action); }

@@ -16,9 +16,9 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextDocumentFragment>
+#include <QtMath>
 
 #include <algorithm>
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -62,9 +62,8 @@ QAccessibleInterface* makeViewportAccessible(const QString&, QObject* object) {
 
 } // namespace
 
-GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
-    : QPlainTextEdit(parent)
-    , m_theme(theme)
+GrowingTextField::GrowingTextField(const Theme& theme)
+    : m_theme(theme)
     , m_bar(new OverlayScrollBar(theme, this)) {
     QAccessible::installFactory(makeViewportAccessible); // once for all fields
     setFrameShape(QFrame::NoFrame);
@@ -97,20 +96,18 @@ GrowingTextField::GrowingTextField(const Theme& theme, QWidget* parent)
         m_bar->flash();
     });
     connect(m_bar, &QAbstractSlider::valueChanged, lines, &QScrollBar::setValue);
-    observe(this, [this] { applyTheme(); });
-}
-
-void GrowingTextField::applyTheme() {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Base, Qt::transparent);
-    colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
-    colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::SecondaryLabel));
-    colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
-    colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
-    setPalette(colours);
-    setFont(m_theme.font(TextStyle::Body));
-    fitHeight();
-    update();
+    observe(this, [this] {
+        QPalette colours = palette();
+        colours.setColor(QPalette::Base, Qt::transparent);
+        colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
+        colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::SecondaryLabel));
+        colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
+        colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
+        setPalette(colours);
+        setFont(m_theme.font(TextStyle::Body));
+        fitHeight();
+        update();
+    });
 }
 
 // Text
@@ -126,9 +123,8 @@ QString GrowingTextField::text() const {
 void GrowingTextField::setText(const QString& text) {
     if (text == this->text())
         return;
-    if (m_isComposing)
+    if (!composition().isEmpty())
         QGuiApplication::inputMethod()->reset();
-    m_isComposing = false;
     m_isSetting = true;
     breakLinesFor(text);
     setPlainText(text);
@@ -155,10 +151,8 @@ void GrowingTextField::insertFromMimeData(const QMimeData* source) {
 
 /// Lines break between words, but anywhere in a text with a word of thousands of characters.
 void GrowingTextField::breakLinesFor(QStringView text) {
-    const QTextOption::WrapMode mode =
-        hasLongWord(text) ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
-    if (wordWrapMode() != mode)
-        setWordWrapMode(mode);
+    setWordWrapMode(hasLongWord(text) ? QTextOption::WrapAnywhere
+                                      : QTextOption::WrapAtWordBoundaryOrAnywhere);
 }
 
 /// Text that begins in a script read from the right lies right.
@@ -179,31 +173,25 @@ void GrowingTextField::alignText() {
 
 /// How far the first lines reach; looks at no more of the text than these.
 GrowingTextField::Extent GrowingTextField::extent() const {
-    Extent extent;
+    qreal height = 0;
+    int room = maximumLines;
     const QAbstractTextDocumentLayout* layout = document()->documentLayout();
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        const qreal height = layout->blockBoundingRect(block).height(); // lays it out, too
+        const qreal whole = layout->blockBoundingRect(block).height(); // lays it out, too
         const int lines = std::max(1, block.layout()->lineCount());
-        if (extent.lines + lines > maximumLines) {
-            const int room = maximumLines - extent.lines;
-            if (room > 0) {
-                const QTextLine last = block.layout()->lineAt(room - 1);
-                extent.height += last.y() + last.height();
-            }
-            extent.lines = maximumLines;
-            extent.isWhole = false;
-            return extent;
+        if (lines > room) {
+            const QTextLine last = room > 0 ? block.layout()->lineAt(room - 1) : QTextLine();
+            return {last.isValid() ? height + last.y() + last.height() : height, false};
         }
-        extent.lines += lines;
-        extent.height += height;
+        room -= lines;
+        height += whole;
     }
-    return extent;
+    return {height, true};
 }
 
 QSize GrowingTextField::sizeHint() const {
     const qreal line = QFontMetricsF(font()).lineSpacing();
-    const auto content = static_cast<int>(std::ceil(std::max(line, extent().height)));
-    return {200, content + 2 * Theme::fieldPaddingY};
+    return {200, qCeil(std::max(line, extent().height)) + 2 * Theme::fieldPaddingY};
 }
 
 QSize GrowingTextField::minimumSizeHint() const {
@@ -231,32 +219,34 @@ void GrowingTextField::resizeEvent(QResizeEvent* event) {
 
 // Keyboard
 
+QString GrowingTextField::composition() const {
+    return textCursor().block().layout()->preeditAreaText();
+}
+
 void GrowingTextField::inputMethodEvent(QInputMethodEvent* event) {
-    m_isComposing = !event->preeditString().isEmpty();
     QPlainTextEdit::inputMethodEvent(event);
     fitHeight();
 }
 
 void GrowingTextField::commitComposition() {
     QGuiApplication::inputMethod()->commit();
-    if (!m_isComposing)
+    if (composition().isEmpty())
         return;
     // The input method left it to the field.
     QInputMethodEvent commit;
-    commit.setCommitString(textCursor().block().layout()->preeditAreaText());
+    commit.setCommitString(composition());
     inputMethodEvent(&commit);
 }
 
 void GrowingTextField::handleReturn(QKeyEvent* event) {
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     if (modifiers == Qt::NoModifier) {
-        if (m_isComposing)
+        if (!composition().isEmpty())
             commitComposition();
         else if (m_submit)
             m_submit();
     } else if (modifiers == Qt::ShiftModifier || modifiers == Qt::AltModifier) {
-        if (m_isComposing)
-            commitComposition();
+        commitComposition();
         textCursor().insertBlock();
         ensureCursorVisible();
     } else {
@@ -265,22 +255,14 @@ void GrowingTextField::handleReturn(QKeyEvent* event) {
 }
 
 void GrowingTextField::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
+    const int key = event->key();
+    const bool isPage = key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+    if (key == Qt::Key_Return || key == Qt::Key_Enter)
         handleReturn(event);
-        return;
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-        if (verticalScrollBar()->maximum() == 0) {
-            event->ignore();
-            return;
-        }
-        break;
-    default:
-        break;
-    }
-    QPlainTextEdit::keyPressEvent(event);
+    else if (isPage && verticalScrollBar()->maximum() == 0)
+        event->ignore();
+    else
+        QPlainTextEdit::keyPressEvent(event);
 }
 
 void GrowingTextField::focusInEvent(QFocusEvent* event) {
@@ -304,18 +286,14 @@ void GrowingTextField::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 bool GrowingTextField::event(QEvent* event) {
-    if (event->type() == QEvent::Paint) {
-        paintBackground(); // what lies around the viewport, and under it
-        return true;
-    }
-    return QPlainTextEdit::event(event);
-}
-
-void GrowingTextField::paintBackground() {
+    if (event->type() != QEvent::Paint)
+        return QPlainTextEdit::event(event);
+    // What lies around the viewport, and under it.
     QPainter painter(this);
     fillRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::Field));
     if (m_showsFocusRing && hasFocus())
         paintFocusRing(painter, m_theme, rect(), Theme::fieldRadius);
+    return true;
 }
 
 } // namespace platform

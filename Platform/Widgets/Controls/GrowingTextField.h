@@ -23,7 +23,7 @@ class GrowingTextField : public QPlainTextEdit {
 public:
     static constexpr int maximumLines = 6;
 
-    explicit GrowingTextField(const Theme& theme, QWidget* parent = nullptr);
+    explicit GrowingTextField(const Theme& theme);
 
     /// The text, its lines separated by LF; a composition that is not committed is none of it.
     QString text() const;
@@ -58,17 +58,16 @@ protected:
 
 private:
     struct Extent {
-        int lines = 0;
-        qreal height = 0;
-        bool isWhole = true; // there is nothing beyond
+        qreal height;
+        bool isWhole; // there is nothing beyond
     };
 
     void alignText();
     void breakLinesFor(QStringView text);
-    void applyTheme();
-    void paintBackground();
     Extent extent() const;
     void fitHeight();
+    /// What the input method shows in the text while it composes.
+    QString composition() const;
     void commitComposition();
     void handleReturn(QKeyEvent* event);
 
@@ -77,7 +76,6 @@ private:
     std::function<void(const QString&)> m_edited;
     std::function<void()> m_submit;
     std::function<void(QPoint)> m_openContextMenu;
-    bool m_isComposing = false;
     bool m_isSetting = false;
     bool m_showsFocusRing = false;
     int m_height = 0; // of the last size hint

@@ -12,22 +12,19 @@
 
 namespace platform {
 
-HeaderBar::HeaderBar(const Theme& theme, QWidget* parent)
-    : QWidget(parent)
-    , m_theme(theme)
-    , m_title(new Label(theme, {}, TextStyle::Body, this))
-    , m_subtitle(new Label(theme, {}, TextStyle::Subheadline, this))
+HeaderBar::HeaderBar(const Theme& theme, const QString& title)
+    : m_theme(theme)
+    , m_subtitle(new Label(theme, {}, TextStyle::Subheadline, ColorRole::SecondaryLabel))
     , m_trailing(new QHBoxLayout) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_title->setWeight(QFont::DemiBold);
-    m_title->setHeading(true);
-    m_subtitle->setColorRole(ColorRole::SecondaryLabel);
+    auto* heading = new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold);
+    heading->setHeading();
     m_subtitle->hide();
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(1);
     texts->addStretch();
-    texts->addWidget(m_title);
+    texts->addWidget(heading);
     texts->addWidget(m_subtitle);
     texts->addStretch();
     m_trailing->setSpacing(2);
@@ -38,10 +35,6 @@ HeaderBar::HeaderBar(const Theme& theme, QWidget* parent)
     row->addLayout(m_trailing);
 
     observe(this, [this] { setMinimumHeight(static_cast<int>(m_theme.scaled(50))); });
-}
-
-void HeaderBar::setTitle(const QString& title) {
-    m_title->setText(title);
 }
 
 void HeaderBar::setSubtitle(const QString& subtitle) {

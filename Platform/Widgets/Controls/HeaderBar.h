@@ -17,9 +17,8 @@ class HeaderBar final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit HeaderBar(const Theme& theme, QWidget* parent = nullptr);
+    HeaderBar(const Theme& theme, const QString& title);
 
-    void setTitle(const QString& title);
     /// Empty: none, and the title stands alone in the middle of the bar's height.
     void setSubtitle(const QString& subtitle);
 
@@ -32,7 +31,6 @@ protected:
 
 private:
     const Theme& m_theme;
-    Label* m_title;
     Label* m_subtitle;
     QHBoxLayout* m_trailing;
 };

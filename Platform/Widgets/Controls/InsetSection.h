@@ -3,7 +3,6 @@
 
 #include "Platform/Widgets/Look/Theme.h"
 
-#include <QList>
 #include <QWidget>
 
 class QHBoxLayout;
@@ -16,19 +15,16 @@ class InsetSection final : public QWidget {
     Q_OBJECT
 
 public:
-    InsetSection(const Theme& theme, const QString& header, const QString& footer,
-                 QWidget* parent = nullptr);
+    InsetSection(const Theme& theme, const QString& header, const QString& footer);
 
     /// Puts a widget at the trailing end of the heading. Takes ownership.
     void setHeaderItem(QWidget* item);
-    /// Shows these rows in this order, once. Takes ownership.
-    void setRows(const QList<QWidget*>& rows);
-    const QList<QWidget*>& rows() const { return m_rows; }
+    /// Adds a row below the others. Takes ownership.
+    void addRow(QWidget* row);
 
 private:
     QHBoxLayout* m_headerRow;
     QWidget* m_card;
-    QList<QWidget*> m_rows;
 };
 
 } // namespace platform

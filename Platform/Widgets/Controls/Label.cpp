@@ -5,27 +5,26 @@
 
 #include <QPainter>
 #include <QStyle>
+#include <QtMath>
 
 #include <algorithm>
-#include <cmath>
 
 namespace platform {
 
-Label::Label(const Theme& theme, const QString& text, TextStyle style, QWidget* parent)
-    : QLabel(parent)
-    , m_theme(theme)
-    , m_style(style) {
+Label::Label(const Theme& theme, const QString& text, TextStyle style, ColorRole role,
+             QFont::Weight weight)
+    : m_theme(theme)
+    , m_style(style)
+    , m_weight(weight) {
     setTextFormat(Qt::PlainText);
     setText(text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    observe(this, [this] { applyTheme(); });
-}
-
-void Label::applyTheme() {
-    setFont(m_theme.font(m_style, m_weight));
-    QPalette colors;
-    colors.setColor(QPalette::WindowText, m_theme.color(m_role));
-    setPalette(colors);
+    observe(this, [this, role] {
+        setFont(m_theme.font(m_style, m_weight));
+        QPalette colors;
+        colors.setColor(QPalette::WindowText, m_theme.color(role));
+        setPalette(colors);
+    });
 }
 
 void Label::setIcon(const QString& icon, qreal points) {
@@ -37,16 +36,6 @@ void Label::setIcon(const QString& icon, qreal points) {
     }
     updateGeometry();
     update();
-}
-
-void Label::setWeight(QFont::Weight weight) {
-    m_weight = weight;
-    applyTheme();
-}
-
-void Label::setColorRole(ColorRole role) {
-    m_role = role;
-    applyTheme();
 }
 
 void Label::setWrapping(bool isWrapping) {
@@ -67,7 +56,7 @@ IconAndText Label::line() const {
     return line;
 }
 
-QSizeF Label::layOut(QTextLayout& layout, qreal width) const {
+QSize Label::layOut(QTextLayout& layout, qreal width) const {
     auto text = this->text();
     text.replace(u'\n', QChar::LineSeparator);
     layout.setText(text);
@@ -87,23 +76,21 @@ QSizeF Label::layOut(QTextLayout& layout, qreal width) const {
         size.setWidth(std::max(size.width(), line.naturalTextWidth()));
     }
     layout.endLayout();
-    return size;
+    return {qCeil(size.width()), qCeil(size.height())};
 }
 
 int Label::heightForWidth(int width) const {
     if (!wordWrap())
         return sizeHint().height();
     QTextLayout layout;
-    return static_cast<int>(std::ceil(layOut(layout, width).height()));
+    return layOut(layout, width).height();
 }
 
 QSize Label::sizeHint() const {
     if (!wordWrap())
         return line().size();
     QTextLayout layout;
-    const auto size = layOut(layout, QWIDGETSIZE_MAX);
-    return {static_cast<int>(std::ceil(size.width())) + 1,
-            static_cast<int>(std::ceil(size.height()))};
+    return layOut(layout, QWIDGETSIZE_MAX) + QSize(1, 0);
 }
 
 QSize Label::minimumSizeHint() const {

@@ -18,16 +18,15 @@ class Label final : public QLabel, public AccessibleElement {
     Q_OBJECT
 
 public:
-    Label(const Theme& theme, const QString& text, TextStyle style, QWidget* parent = nullptr);
+    Label(const Theme& theme, const QString& text, TextStyle style,
+          ColorRole role = ColorRole::Label, QFont::Weight weight = QFont::Normal);
 
     const QString& icon() const { return m_icon; }
     /// Shows a symbol as large as the text, or as a font of so many points; not for wrapped text.
     void setIcon(const QString& icon, qreal points = 0);
-    void setWeight(QFont::Weight weight);
-    void setColorRole(ColorRole role);
     void setWrapping(bool isWrapping);
-    /// Whether the label is a heading to assistive technology.
-    void setHeading(bool isHeading) { m_isHeading = isHeading; }
+    /// Makes it a heading to assistive technology.
+    void setHeading() { m_isHeading = true; }
 
     bool hasHeightForWidth() const override { return wordWrap(); }
     int heightForWidth(int width) const override;
@@ -43,16 +42,14 @@ protected:
 
 private:
     bool isSymbolAlone() const { return text().isEmpty() && !m_icon.isEmpty(); }
-    void applyTheme();
     IconAndText line() const;
     /// Breaks the text into lines of a width; gives the block's size.
-    QSizeF layOut(QTextLayout& layout, qreal width) const;
+    QSize layOut(QTextLayout& layout, qreal width) const;
     Qt::LayoutDirection direction() const;
 
     const Theme& m_theme;
     const TextStyle m_style;
-    QFont::Weight m_weight = QFont::Normal;
-    ColorRole m_role = ColorRole::Label;
+    const QFont::Weight m_weight;
     QString m_icon;
     qreal m_points = 0;
     bool m_isHeading = false;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/ListRow.h"
 
-#include "Platform/Widgets/Look/Painting.h"
-
 #include <QPainter>
 #include <QStyle>
 
@@ -21,8 +19,8 @@ using namespace Qt::StringLiterals;
 
 } // namespace
 
-ListRow::ListRow(const Theme& theme, QWidget* parent)
-    : Button(theme, Look::ListRow, {}, {}, parent) {}
+ListRow::ListRow(const Theme& theme)
+    : Button(theme, Look::ListRow, {}) {}
 
 void ListRow::setDetail(const QString& detail) {
     if (detail != m_detail) {
@@ -64,47 +62,50 @@ QString ListRow::accessibleDetail() const {
 }
 
 QSize ListRow::sizeHint() const {
-    const auto title = iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
-    auto size = title.size();
+    auto size = title().size();
     if (!m_detail.isEmpty()) {
-        const auto detail =
-            iconAndText(theme(), {}, m_detail, TextStyle::Caption, QFont::Normal).size();
-        size = QSize(std::max(size.width(), detail.width()),
-                     size.height() + lineGap + detail.height());
+        const auto below = detail().size();
+        size =
+            QSize(std::max(size.width(), below.width()), size.height() + lineGap + below.height());
     }
     const auto minimum = static_cast<int>(theme().scaled(24)); // of a row without a detail
     return {size.width() + 2 * paddingX, std::max(size.height(), minimum) + 2 * paddingY};
 }
 
+IconAndText ListRow::title() const {
+    return iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
+}
+
+IconAndText ListRow::detail() const {
+    return iconAndText(theme(), {}, m_detail, TextStyle::Caption, QFont::Normal);
+}
+
 void ListRow::paintContent(QPainter& painter) const {
-    auto area = rect().adjusted(paddingX, paddingY, -paddingX, -paddingY);
-    const auto visual = [&](const QRect& part) {
-        return QStyle::visualRect(layoutDirection(), rect(), part);
+    const auto show = [&](const IconAndText& line, const QRect& part, ColorRole role) {
+        line.paint(painter, theme(), QStyle::visualRect(layoutDirection(), rect(), part),
+                   theme().color(role), layoutDirection());
     };
+    auto area = rect().adjusted(paddingX, paddingY, -paddingX, -paddingY);
     if (m_mark != Mark()) {
-        auto mark =
-            iconAndText(theme(), m_mark.icon, m_mark.text, TextStyle::Caption, QFont::Normal);
-        if (m_mark.text.isEmpty())
+        const bool isText = m_mark.icon.isEmpty();
+        auto mark = iconAndText(theme(), m_mark.icon, isText ? m_mark.name : QString(),
+                                TextStyle::Caption, QFont::Normal);
+        if (!isText)
             mark.iconSize = theme().symbolSize(TextStyle::Body);
-        auto place = area;
-        place.setLeft(std::max(area.left(), area.right() + 1 - mark.size().width()));
-        const auto color = theme().color(m_mark.color);
-        mark.paint(painter, theme(), visual(place), color, layoutDirection());
-        area.setRight(place.left() - markGap);
+        auto end = area;
+        end.setLeft(std::max(area.left(), area.right() + 1 - mark.size().width()));
+        show(mark, end, m_mark.color);
+        area.setRight(end.left() - markGap);
     }
-    const auto primary = theme().color(ColorRole::Label);
-    const auto title = iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
-    if (m_detail.isEmpty()) {
-        title.paint(painter, theme(), visual(area), primary, layoutDirection());
-        return;
+    const auto title = this->title();
+    if (!m_detail.isEmpty()) {
+        const auto detail = this->detail();
+        const auto top = area.top() + title.size().height();
+        show(detail, {area.left(), top + lineGap, area.width(), detail.size().height()},
+             ColorRole::SecondaryLabel);
+        area.setBottom(top - 1);
     }
-    const auto secondary = theme().color(ColorRole::SecondaryLabel);
-    const auto detail = iconAndText(theme(), {}, m_detail, TextStyle::Caption, QFont::Normal);
-    auto line = area;
-    line.setHeight(title.size().height());
-    title.paint(painter, theme(), visual(line), primary, layoutDirection());
-    line = QRect(area.left(), line.bottom() + 1 + lineGap, area.width(), detail.size().height());
-    detail.paint(painter, theme(), visual(line), secondary, layoutDirection());
+    show(title, area, ColorRole::Label);
 }
 
 } // namespace platform

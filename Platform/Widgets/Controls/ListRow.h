@@ -11,18 +11,17 @@ class ListRow : public Button {
     Q_OBJECT
 
 public:
-    /// What stands at the trailing end: a text or a symbol. `name` is what it means to assistive
-    /// technology, after the detail.
+    /// What stands at the trailing end: a symbol or, without one, its name, which assistive
+    /// technology says after the detail.
     struct Mark {
-        QString text;
+        QString name;
         QString icon;
         ColorRole color = ColorRole::SecondaryLabel;
-        QString name;
 
         bool operator==(const Mark&) const = default;
     };
 
-    explicit ListRow(const Theme& theme, QWidget* parent = nullptr);
+    explicit ListRow(const Theme& theme);
 
     /// Empty: the name stands alone.
     void setDetail(const QString& detail);
@@ -39,6 +38,9 @@ protected:
     void paintContent(QPainter& painter) const override;
 
 private:
+    IconAndText title() const;
+    IconAndText detail() const;
+
     QString m_detail;
     Mark m_mark;
     bool m_isSelected = false;

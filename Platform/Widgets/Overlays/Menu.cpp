@@ -30,11 +30,11 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
     for (auto& entry : entries) {
         if (entry.title.isEmpty()) {
             column()->addSpacing(padding);
-            column()->addWidget(new Divider(theme, this));
+            column()->addWidget(new Divider(theme));
             column()->addSpacing(padding);
             continue;
         }
-        auto* row = new Button(theme, Button::Look::MenuRow, entry.title, entry.icon, this);
+        auto* row = new Button(theme, Button::Look::MenuRow, entry.title, entry.icon);
         row->setAction([this, action = std::move(entry.action)] {
             dismiss();
             if (action)
@@ -46,7 +46,7 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
 }
 
 Button* Menu::rowAt(QPoint global) const {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [global](const Button* row) {
+    const auto found = std::ranges::find_if(m_rows, [global](const Button* row) {
         return row->rect().contains(row->mapFromGlobal(global));
     });
     return found == m_rows.end() ? nullptr : *found;
@@ -75,8 +75,7 @@ void Menu::focusRow(qsizetype index) {
 }
 
 void Menu::keyPressEvent(QKeyEvent* event) {
-    const auto focused = std::find_if(m_rows.begin(), m_rows.end(),
-                                      [](const Button* row) { return row->hasFocus(); });
+    const auto focused = std::ranges::find_if(m_rows, &Button::hasFocus);
     const auto index = focused == m_rows.end() ? -1 : std::distance(m_rows.begin(), focused);
     switch (event->key()) {
     case Qt::Key_Down:

@@ -72,15 +72,6 @@ Panel* OverlayHost::top() const {
     return m_shown.empty() ? nullptr : m_shown.back().panel;
 }
 
-bool OverlayHost::isDimmed() const {
-    return std::any_of(
-        m_shown.begin(), m_shown.end(),
-        [](const Shown& shown) {
-            return shown.panel->kind() == Panel::Kind::Sheet ||
-                   shown.panel->kind() == Panel::Kind::Alert;
-        });
-}
-
 Qt::FocusReason OverlayHost::focusReason() const {
     // Opened from the keyboard, the panel shows at once where the keyboard is.
     return m_lastInputWasKey ? Qt::TabFocusReason : Qt::PopupFocusReason;
@@ -96,18 +87,17 @@ void OverlayHost::add(Panel* panel, std::function<void()> onDismissed) {
     panel->raise();
     panel->initialFocus()->setFocus(focusReason());
     fadeScrim();
-    animateIn(*panel);
+    animateIn(panel);
     QAccessibleEvent event(panel, openingEvent(panel->kind()));
     QAccessible::updateAccessibility(&event);
 }
 
 void OverlayHost::dismiss(Panel* panel) {
-    const auto isIt = [panel](const Shown& shown) { return shown.panel == panel; };
-    while (std::any_of(m_shown.begin(), m_shown.end(), isIt)) {
+    while (std::ranges::find(m_shown, panel, &Shown::panel) != m_shown.end()) {
         const auto gone = std::move(m_shown.back());
         m_shown.pop_back();
         gone.panel->m_host = nullptr;
-        animateOut(*gone.panel);
+        animateOut(gone.panel);
         giveFocusBack(gone);
         gone.panel->hide();
         gone.panel->deleteLater();
@@ -129,33 +119,27 @@ void OverlayHost::giveFocusBack(const Shown& gone) {
         m_shown.back().panel->setFocus(focusReason());
 }
 
-void OverlayHost::pressedOutside() {
-    if (auto* panel = top(); panel != nullptr && panel->kind() != Panel::Kind::Alert)
-        dismiss(panel);
-}
-
-void OverlayHost::animateIn(Panel& panel) {
+void OverlayHost::animateIn(Panel* panel) {
     const auto time = m_theme.motion().duration(openingTime);
     if (time == time.zero())
         return;
-    auto* effect = new QGraphicsOpacityEffect(&panel);
-    effect->setOpacity(0);
-    panel.setGraphicsEffect(effect);
-    auto* moving = &panel;
-    const auto step = [this, moving, effect](qreal share) {
+    auto* effect = new QGraphicsOpacityEffect(panel);
+    panel->setGraphicsEffect(effect);
+    const auto step = [panel, effect](qreal share) {
         effect->setOpacity(share);
-        moving->fit();
-        moving->move(moving->pos() + QPoint(0, qRound((1 - share) * rise)));
+        panel->fit();
+        panel->move(panel->pos() + QPoint(0, qRound((1 - share) * rise)));
     };
-    animate(moving, time, step, [moving] { moving->setGraphicsEffect(nullptr); });
+    animate(panel, time, step, [panel] { panel->setGraphicsEffect(nullptr); });
     step(0);
 }
 
-void OverlayHost::animateOut(Panel& panel) {
+void OverlayHost::animateOut(Panel* panel) {
     const auto time = m_theme.motion().duration(closingTime);
-    if (time == time.zero() || !panel.isVisible())
+    if (time == time.zero() || !panel->isVisible())
         return;
-    const auto snapshot = std::make_shared<Snapshot>(Snapshot{panel.grab(), panel.geometry(), 1.0});
+    const auto snapshot =
+        std::make_shared<Snapshot>(Snapshot{panel->grab(), panel->geometry(), 1.0});
     m_fading.push_back(snapshot);
     animate(
         this, time,
@@ -171,7 +155,11 @@ void OverlayHost::animateOut(Panel& panel) {
 
 void OverlayHost::fadeScrim() {
     const auto from = m_scrim;
-    const auto to = isDimmed() ? 1.0 : 0.0;
+    const bool isDimmed = std::ranges::any_of(m_shown, [](const Shown& shown) {
+        const auto kind = shown.panel->kind();
+        return kind == Panel::Kind::Sheet || kind == Panel::Kind::Alert;
+    });
+    const auto to = isDimmed ? 1.0 : 0.0;
     delete m_scrimAnimation.data();
     if (from == to)
         return;
@@ -220,7 +208,8 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
 
 void OverlayHost::mousePressEvent(QMouseEvent* event) {
     event->accept();
-    pressedOutside();
+    if (auto* panel = top(); panel != nullptr && panel->kind() != Panel::Kind::Alert)
+        dismiss(panel);
 }
 
 void OverlayHost::wheelEvent(QWheelEvent* event) {

@@ -45,9 +45,6 @@ public:
     /// The panel on top; none: null.
     Panel* top() const;
 
-    /// A click beside the panel on top.
-    void pressedOutside();
-
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -69,11 +66,10 @@ private:
 
     void add(Panel* panel, std::function<void()> onDismissed);
     void giveFocusBack(const Shown& gone);
-    void animateIn(Panel& panel);
-    void animateOut(Panel& panel);
+    void animateIn(Panel* panel);
+    void animateOut(Panel* panel);
     void fadeScrim();
     void updateVisibility();
-    bool isDimmed() const;
     Qt::FocusReason focusReason() const;
 
     const Theme& m_theme;

@@ -55,8 +55,8 @@ std::unique_ptr<Panel> Panel::popover(const Theme& theme, const QString& title, 
 std::unique_ptr<Panel> Panel::sheet(const Theme& theme, const QString& title, QWidget* content,
                                     int width) {
     std::unique_ptr<Panel> panel(new Panel(theme, Kind::Sheet, title, nullptr));
-    auto* close = new Button(theme, Button::Look::Disc, u"Close"_s, u"xmark.circle.fill"_s,
-                             panel.get()); // made first: Tab enters here
+    auto* close = new Button(theme, Button::Look::Disc, u"Close"_s, u"xmark.circle.fill"_s);
+    close->setParent(panel.get()); // first: Tab enters here
     close->setSymbolPoints(closePoints);
     close->setSymbolOpacity(0.75);
     close->setAction([sheet = panel.get()] { sheet->dismiss(); });
@@ -69,15 +69,13 @@ std::unique_ptr<Panel> Panel::sheet(const Theme& theme, const QString& title, QW
 std::unique_ptr<Panel> Panel::alert(const Theme& theme, const QString& title,
                                     const QString& message, const QString& button) {
     std::unique_ptr<Panel> panel(new Panel(theme, Kind::Alert, title, nullptr));
-    panel->m_message = message;
+    panel->setAccessibleDescription(message);
     auto* texts = new QWidget;
     auto* column = new QVBoxLayout(texts);
     column->setContentsMargins(alertPadding, alertPadding, alertPadding, 0);
     column->setSpacing(8);
-    auto* heading = new Label(theme, title, TextStyle::Body, texts);
-    heading->setWeight(QFont::DemiBold);
-    auto* body = new Label(theme, message, TextStyle::Subheadline, texts);
-    for (auto* label : {heading, body}) {
+    for (auto* label : {new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold),
+                        new Label(theme, message, TextStyle::Subheadline)}) {
         label->setWrapping(true);
         label->setAlignment(Qt::AlignHCenter);
         column->addWidget(label);
@@ -124,12 +122,12 @@ QRect Panel::place(const QRect& area) {
     if (m_kind == Kind::Popover)
         return placeAtAnchor(area);
     const auto room = area.size() - 2 * freeSides;
-    const auto wantedWidth =
+    const auto wanted =
         m_kind == Kind::Alert ? static_cast<int>(m_theme.scaled(alertWidth)) : m_width;
-    const auto width = std::min(wantedWidth, room.width());
-    const auto* foot = m_column->itemAt(1);
-    const auto footHeight = foot == nullptr ? 0 : foot->sizeHint().height();
-    const auto height = m_scroll->heightForWidth(width) + footHeight;
+    const auto width = std::min(wanted, room.width());
+    auto height = m_scroll->heightForWidth(width);
+    if (const auto* foot = m_column->itemAt(1))
+        height += foot->sizeHint().height();
     QRect body(0, 0, width, std::min(height, room.height()));
     body.moveCenter(area.center());
     return body;
@@ -219,12 +217,7 @@ void Panel::keyPressEvent(QKeyEvent* event) {
 }
 
 void Panel::mousePressEvent(QMouseEvent* event) {
-    if (!outline().contains(event->position()) && m_host != nullptr)
-        m_host->pressedOutside();
-}
-
-void Panel::wheelEvent(QWheelEvent* event) {
-    event->accept();
+    event->setAccepted(outline().contains(event->position())); // what is beside is the host's
 }
 
 // Painting

@@ -57,7 +57,6 @@ public:
     QAccessible::Role accessibleRole() const override;
     /// The keyboard stays inside.
     void addAccessibleState(QAccessible::State& state) const override { state.modal = true; }
-    QString accessibleDetail() const override { return m_message; }
 
 protected:
     Panel(const Theme& theme, Kind kind, const QString& title, QWidget* anchor);
@@ -72,7 +71,6 @@ protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     bool focusNextPrevChild(bool next) override;
@@ -98,7 +96,6 @@ private:
     QPointer<QWidget> m_anchor;
     ScrollArea* m_scroll = nullptr;
     Button* m_button = nullptr; // that closes the panel
-    QString m_message;
     int m_width = 0;
     int m_tip = 0; // where the arrow points, in pixels from the body's left edge
     bool m_isBelow = true;

@@ -6,14 +6,15 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace platform {
 
 PullDownButton::PullDownButton(const Theme& theme, const QString& name, const QString& icon,
-                               OverlayHost& host, std::function<std::vector<MenuEntry>()> entries,
-                               QWidget* parent)
-    : Button(theme, Look::Icon, name, icon, parent)
+                               OverlayHost& host, std::function<std::vector<MenuEntry>()> entries)
+    : Button(theme, Look::Icon, name, icon)
     , m_host(host)
     , m_entries(std::move(entries)) {}
 
@@ -60,16 +61,12 @@ void PullDownButton::performAccessibleAction(const QString& /*name*/) {
 }
 
 void PullDownButton::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Space:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Down:
+    constexpr std::array<int, 4> opening{Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter,
+                                         Qt::Key_Down};
+    if (std::ranges::find(opening, event->key()) != opening.end())
         openMenuAtFirst();
-        break;
-    default:
+    else
         Button::keyPressEvent(event);
-    }
 }
 
 void PullDownButton::mousePressEvent(QMouseEvent* event) {
@@ -77,15 +74,17 @@ void PullDownButton::mousePressEvent(QMouseEvent* event) {
         openMenu();
 }
 
+Button* PullDownButton::rowUnder(const QMouseEvent* event) const {
+    return m_menu == nullptr ? nullptr : m_menu->rowAt(event->globalPosition().toPoint());
+}
+
 void PullDownButton::mouseMoveEvent(QMouseEvent* event) {
-    auto* row = m_menu == nullptr ? nullptr : m_menu->rowAt(event->globalPosition().toPoint());
-    if (row != nullptr && !row->hasFocus())
+    if (auto* row = rowUnder(event))
         row->setFocus(Qt::MouseFocusReason);
 }
 
 void PullDownButton::mouseReleaseEvent(QMouseEvent* event) {
-    auto* row = m_menu == nullptr ? nullptr : m_menu->rowAt(event->globalPosition().toPoint());
-    if (row != nullptr)
+    if (auto* row = rowUnder(event))
         row->click();
 }
 

@@ -21,7 +21,7 @@ class PullDownButton final : public Button {
 public:
     /// The host outlives the button's use. `entries` is asked each time the menu opens.
     PullDownButton(const Theme& theme, const QString& name, const QString& icon, OverlayHost& host,
-                   std::function<std::vector<MenuEntry>()> entries, QWidget* parent = nullptr);
+                   std::function<std::vector<MenuEntry>()> entries);
 
     QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
     void addAccessibleState(QAccessible::State& state) const override;
@@ -38,6 +38,8 @@ private:
     void openMenu();
     void openMenuAtFirst();
     void setMenu(Menu* menu);
+    /// The row of the open menu that a pressed pointer has been drawn to; none: null.
+    Button* rowUnder(const QMouseEvent* event) const;
 
     OverlayHost& m_host;
     std::function<std::vector<MenuEntry>()> m_entries;

@@ -32,7 +32,7 @@ constexpr unsigned tabKey = 0xff09;
 constexpr unsigned escapeKey = 0xff1b;
 
 /// Toggle buttons, which Qt 6.4 cannot name on the bus.
-const auto chipRole = u"push button"_s;
+constexpr auto chipRole = BusElement::Role::PushButton;
 
 /// Lists two models; sends a reply word by word, each when the event is raised.
 void serve(LoopbackConnection& connection, int words) {
@@ -54,6 +54,9 @@ void serve(LoopbackConnection& connection, int words) {
 
 class AccessibilityBusTests final : public QObject {
     Q_OBJECT
+
+    using Role = BusElement::Role;
+    using State = BusElement::State;
 
 public Q_SLOTS:
     void propertyChanged(const QDBusMessage& message) {
@@ -100,7 +103,7 @@ private Q_SLOTS:
         };
         EVENTUALLY(!window().isNull());
         m_window = window();
-        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+        EVENTUALLY(find(Role::Text, u"Message"_s).is(State::Focused));
         m_announced.clear();
     }
 
@@ -113,107 +116,101 @@ private Q_SLOTS:
 
     void theWindowTellsItsTitleAndItsSubtitle() {
         QCOMPARE(m_window.name(), u"Tellwick"_s);
-        QCOMPARE(m_window.role(), u"frame"_s);
-        QVERIFY(m_window.is(u"active"_s));
-        QVERIFY(shows("heading", u"Tellwick"_s));
-        QVERIFY(shows("label", u"On-device · Private"_s));
+        QVERIFY(m_window.role() == Role::Frame);
+        QVERIFY(m_window.is(State::Active));
+        QVERIFY(shows(Role::Heading, u"Tellwick"_s));
+        QVERIFY(shows(Role::Label, u"On-device · Private"_s));
     }
 
     void theControlsOfAnEmptyConversationAreNamed() {
-        const BusElement field = find("text", u"Message"_s);
-        QVERIFY(field.is(u"editable"_s));
-        QVERIFY(field.is(u"multi-line"_s));
-        QVERIFY(shows("push button", u"Send"_s));
-        QVERIFY(find("push button", u"New Chat"_s).is(u"disabled"_s));
-        QVERIFY(!find("push button", u"More"_s).is(u"disabled"_s));
-        QStringList chips;
-        for (const BusElement& chip : find("filler", u"Writing modes"_s).findAll(chipRole))
-            chips.append(chip.name());
-        QCOMPARE(chips,
+        const BusElement field = find(Role::Text, u"Message"_s);
+        QVERIFY(field.is(State::Editable));
+        QVERIFY(field.is(State::MultiLine));
+        QVERIFY(shows(Role::PushButton, u"Send"_s));
+        QVERIFY(!find(Role::PushButton, u"New Chat"_s).is(State::Enabled));
+        QVERIFY(find(Role::PushButton, u"More"_s).is(State::Enabled));
+        QCOMPARE(find(Role::Filler, u"Writing modes"_s).namesOf(chipRole),
                  (QStringList{u"Proofread"_s, u"Summarise"_s, u"Explain Simply"_s, u"Rewrite"_s}));
-        QVERIFY(!shows("push button", u"Clear mode"_s));
+        QVERIFY(!shows(Role::PushButton, u"Clear mode"_s));
     }
 
     void aChipTellsThatItIsPressed() {
-        const BusElement chip = m_window.find(u"Summarise"_s, chipRole);
-        QVERIFY(!chip.is(u"pressed"_s));
+        const BusElement chip = find(chipRole, u"Summarise"_s);
+        QVERIFY(!chip.is(State::Pressed));
         QVERIFY(chip.act());
-        EVENTUALLY(chip.is(u"pressed"_s));
+        EVENTUALLY(chip.is(State::Pressed));
         QCOMPARE(chip.description(), u"Pressed"_s);
-        QVERIFY(!m_window.find(u"Rewrite"_s, chipRole).is(u"pressed"_s));
-        QVERIFY(press("push button", u"Clear mode"_s));
-        EVENTUALLY(!chip.is(u"pressed"_s));
-        EVENTUALLY(!shows("push button", u"Clear mode"_s));
+        QVERIFY(!find(chipRole, u"Rewrite"_s).is(State::Pressed));
+        QVERIFY(press(Role::PushButton, u"Clear mode"_s));
+        EVENTUALLY(!chip.is(State::Pressed));
+        EVENTUALLY(!shows(Role::PushButton, u"Clear mode"_s));
     }
 
     void theMenuTellsThatItIsOpen() {
-        const BusElement more = find("push button", u"More"_s);
-        QVERIFY(more.is(u"expandable"_s));
-        QVERIFY(!more.is(u"expanded"_s));
+        const BusElement more = find(Role::PushButton, u"More"_s);
+        QVERIFY(more.is(State::Expandable));
+        QVERIFY(!more.is(State::Expanded));
         QVERIFY(more.act());
-        EVENTUALLY(more.is(u"expanded"_s));
-        const BusElement menu = find("popup menu", u"More"_s);
-        QStringList entries;
-        for (const BusElement& entry : menu.findAll(u"menu item"_s))
-            entries.append(entry.name());
-        QCOMPARE(entries, (QStringList{u"Models"_s, u"About"_s}));
+        EVENTUALLY(more.is(State::Expanded));
+        QCOMPARE(find(Role::PopupMenu, u"More"_s).namesOf(Role::MenuItem),
+                 (QStringList{u"Models"_s, u"About"_s}));
         EVENTUALLY_EQUAL(m_window.findFocused().name(), u"Models"_s);
         m_desktop->press(escapeKey);
-        EVENTUALLY(!more.is(u"expanded"_s));
+        EVENTUALLY(!more.is(State::Expanded));
     }
 
     void theModelsAreRowsThatTellWhichOneIsSelected() {
         QVERIFY(openFromMenu(u"Models"_s));
-        EVENTUALLY(shows("list item", u"llama3.2:3b"_s));
-        EVENTUALLY(!find("push button", u"Refresh"_s).is(u"disabled"_s));
-        const BusElement onDevice = find("list item", u"Apple Intelligence"_s);
-        QVERIFY(onDevice.is(u"selected"_s));
+        EVENTUALLY(shows(Role::ListItem, u"llama3.2:3b"_s));
+        EVENTUALLY(find(Role::PushButton, u"Refresh"_s).is(State::Enabled));
+        const BusElement onDevice = find(Role::ListItem, u"Apple Intelligence"_s);
+        QVERIFY(onDevice.is(State::Selected));
         QCOMPARE(onDevice.description(), u"On-device · Private, Unavailable"_s);
-        const BusElement model = find("list item", u"llama3.2:3b"_s);
-        QVERIFY(!model.is(u"selected"_s));
+        const BusElement model = find(Role::ListItem, u"llama3.2:3b"_s);
+        QVERIFY(!model.is(State::Selected));
         QCOMPARE(model.description(), u"2.0 GB · Ollama"_s);
         QVERIFY(model.act());
-        EVENTUALLY(model.is(u"selected"_s));
+        EVENTUALLY(model.is(State::Selected));
         QCOMPARE(model.description(), u"2.0 GB · Ollama, Selected"_s);
-        QVERIFY(!onDevice.is(u"selected"_s));
-        EVENTUALLY(shows("label", u"2.0 GB · Ollama"_s)); // the window's subtitle
+        QVERIFY(!onDevice.is(State::Selected));
+        EVENTUALLY(shows(Role::Label, u"2.0 GB · Ollama"_s)); // the window's subtitle
     }
 
     void theAboutScreenIsADialog() {
         QVERIFY(openFromMenu(u"About"_s));
-        const BusElement about = find("dialog", u"About"_s);
-        QVERIFY(about.is(u"modal"_s));
-        QVERIFY(!about.find(u"Tellwick"_s, u"heading"_s).isNull());
-        QVERIFY(!about.find(u"Limitations"_s, u"heading"_s).isNull());
-        QVERIFY(!about.find(u"Works completely offline"_s, u"label"_s).isNull());
-        QVERIFY(!about.find(u"Close"_s, u"push button"_s).isNull());
+        const BusElement about = find(Role::Dialog, u"About"_s);
+        QVERIFY(about.is(State::Modal));
+        QVERIFY(!about.find(Role::Heading, u"Tellwick"_s).isNull());
+        QVERIFY(!about.find(Role::Heading, u"Limitations"_s).isNull());
+        QVERIFY(!about.find(Role::Label, u"Works completely offline"_s).isNull());
+        QVERIFY(!about.find(Role::PushButton, u"Close"_s).isNull());
         m_desktop->press(escapeKey);
-        EVENTUALLY(!shows("dialog", u"About"_s));
-        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+        EVENTUALLY(!shows(Role::Dialog, u"About"_s));
+        EVENTUALLY(find(Role::Text, u"Message"_s).is(State::Focused));
     }
 
     void theAlertIsReadWithItsTitle() {
         QVERIFY(write(u"Hello"_s));
-        QVERIFY(press("push button", u"Send"_s));
+        QVERIFY(press(Role::PushButton, u"Send"_s));
         const auto title = u"Apple Intelligence Unavailable"_s;
-        EVENTUALLY(shows("alert", title));
-        const BusElement alert = find("alert", title);
+        EVENTUALLY(shows(Role::Alert, title));
+        const BusElement alert = find(Role::Alert, title);
         QVERIFY(alert.description().startsWith(u"Apple Intelligence unavailable: "_s));
         EVENTUALLY_EQUAL(m_window.findFocused().name(), u"OK"_s);
-        QVERIFY(alert.find(u"OK"_s, u"push button"_s).act());
-        EVENTUALLY(!shows("alert", title));
-        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+        QVERIFY(alert.find(Role::PushButton, u"OK"_s).act());
+        EVENTUALLY(!shows(Role::Alert, title));
+        EVENTUALLY(find(Role::Text, u"Message"_s).is(State::Focused));
     }
 
     void aConversationIsReadMessageByMessage() {
         QVERIFY(chooseModel());
         QVERIFY(send(u"How does it work?"_s));
         release(4);
-        EVENTUALLY(shows("push button", u"Send"_s));
+        EVENTUALLY(shows(Role::PushButton, u"Send"_s));
         const QStringList expected{u"You: How does it work?"_s,
                                    u"Tellwick: It is really simple."_s};
         EVENTUALLY_EQUAL(messages(), expected);
-        QVERIFY(!find("push button", u"New Chat"_s).is(u"disabled"_s));
+        QVERIFY(find(Role::PushButton, u"New Chat"_s).is(State::Enabled));
     }
 
     void aFinishedReplyIsAnnouncedOnce() {
@@ -223,17 +220,17 @@ private Q_SLOTS:
         for (const char* sofar :
              {"Tellwick: It ", "Tellwick: It is really ", "Tellwick: It is really simple."}) {
             release(1);
-            EVENTUALLY(shows("list item", QString::fromLatin1(sofar)));
+            EVENTUALLY(shows(Role::ListItem, QString::fromLatin1(sofar)));
         }
         const auto spoken = u"Tellwick: It is really simple."_s;
         QCOMPARE(m_announced.count(spoken), 0);
         release(1);
-        EVENTUALLY(shows("push button", u"Send"_s));
+        EVENTUALLY(shows(Role::PushButton, u"Send"_s));
         EVENTUALLY_EQUAL(m_announced.count(spoken), 1);
         for (const QString& name : std::as_const(m_announced))
             QVERIFY2(name == spoken || !name.startsWith(u"Tellwick: "_s), qPrintable(name));
-        QVERIFY(press("push button", u"New Chat"_s));
-        EVENTUALLY(find("push button", u"New Chat"_s).is(u"disabled"_s));
+        QVERIFY(press(Role::PushButton, u"New Chat"_s));
+        EVENTUALLY(!find(Role::PushButton, u"New Chat"_s).is(State::Enabled));
         QCOMPARE(m_announced.count(spoken), 1);
     }
 
@@ -245,62 +242,58 @@ private Q_SLOTS:
     void theKeyboardStaysInsideWhatLiesOnTop() {
         QFETCH(QString, entry);
         QVERIFY(openFromMenu(entry));
-        const BusElement dialog = find("dialog", entry);
+        const BusElement dialog = find(Role::Dialog, entry);
         EVENTUALLY(m_window.findFocused().isWithin(dialog));
         QStringList reached;
         for (int i = 0; i < 8; ++i) {
             const BusElement before = m_window.findFocused();
             m_desktop->press(tabKey);
             EVENTUALLY(m_window.findFocused() != before);
-            QVERIFY2(m_window.findFocused().isWithin(dialog), qPrintable(m_window.outline()));
+            QVERIFY2(m_window.findFocused().isWithin(dialog),
+                     qPrintable(m_window.findFocused().name()));
             reached.append(m_window.findFocused().name());
         }
         reached.removeDuplicates();
         QVERIFY(reached.contains(entry == u"Models" ? u"Refresh"_s : u"Close"_s));
         m_desktop->press(escapeKey);
-        EVENTUALLY(find("text", u"Message"_s).is(u"focused"_s));
+        EVENTUALLY(find(Role::Text, u"Message"_s).is(State::Focused));
     }
 
 private:
-    BusElement find(const char* role, const QString& name) const {
-        return m_window.find(name, QString::fromLatin1(role));
-    }
-    bool shows(const char* role, const QString& name) const { return !find(role, name).isNull(); }
+    BusElement find(Role role, const QString& name) const { return m_window.find(role, name); }
+    bool shows(Role role, const QString& name) const { return !find(role, name).isNull(); }
     /// Whether this has come up in time.
-    bool appears(const char* role, const QString& name) const {
+    bool appears(Role role, const QString& name) const {
         return eventually([&] { return shows(role, name); });
     }
     /// Presses it once it can be pressed.
-    bool press(const char* role, const QString& name) const {
-        return eventually(
-                   [&] { return shows(role, name) && !find(role, name).is(u"disabled"_s); }) &&
+    bool press(Role role, const QString& name) const {
+        return eventually([&] { return find(role, name).is(State::Enabled); }) &&
                find(role, name).act();
     }
     bool openFromMenu(const QString& entry) const {
-        return press("push button", u"More"_s) && press("menu item", entry) &&
-               appears("dialog", entry);
+        return press(Role::PushButton, u"More"_s) && press(Role::MenuItem, entry) &&
+               appears(Role::Dialog, entry);
     }
     bool chooseModel() {
         const auto model = u"llama3.2:3b"_s;
-        if (!openFromMenu(u"Models"_s) || !press("list item", model) ||
-            !eventually([&] { return find("list item", model).is(u"selected"_s); }))
+        if (!openFromMenu(u"Models"_s) || !press(Role::ListItem, model) ||
+            !eventually([&] { return find(Role::ListItem, model).is(State::Selected); }))
             return false;
         m_desktop->press(escapeKey);
-        return eventually([&] { return !shows("dialog", u"Models"_s); });
+        return eventually([&] { return !shows(Role::Dialog, u"Models"_s); });
     }
 
     bool write(const QString& text) const {
-        const BusElement field = find("text", u"Message"_s);
+        const BusElement field = find(Role::Text, u"Message"_s);
         return field.setText(text) && eventually([&] { return field.text() == text; });
     }
     bool send(const QString& text) const {
-        return write(text) && press("push button", u"Send"_s) && appears("push button", u"Stop"_s);
+        return write(text) && press(Role::PushButton, u"Send"_s) &&
+               appears(Role::PushButton, u"Stop"_s);
     }
     QStringList messages() const {
-        QStringList names;
-        for (const BusElement& message : find("list", u"Conversation"_s).children())
-            names.append(message.role() == u"list item" ? message.name() : message.role());
-        return names;
+        return find(Role::List, u"Conversation"_s).namesOf(Role::ListItem);
     }
 
     void release(int words) { eventfd_write(m_words, static_cast<eventfd_t>(words)); }

@@ -4,7 +4,6 @@
 #include <QDBusArgument>
 #include <QDBusVariant>
 
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -12,31 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const auto accessible = u"org.a11y.atspi.Accessible"_s;
-
-/// Numbers of states as the protocol gives them.
-constexpr int showing = 25;
-constexpr int visible = 30;
-
-constexpr std::array<std::pair<int, const char*>, 21> stateNames{{
-    {1, "active"},           {3, "busy"},       {4, "checked"},      {5, "collapsed"},
-    {7, "editable"},         {9, "expandable"}, {10, "expanded"},    {11, "focusable"},
-    {12, "focused"},         {16, "modal"},     {17, "multi-line"},  {20, "pressed"},
-    {22, "selectable"},      {23, "selected"},  {26, "single-line"}, {27, "stale"},
-    {38, "selectable-text"}, {39, "default"},   {41, "checkable"},   {42, "has-popup"},
-    {43, "read-only"},
-}};
-constexpr int enabled = 8;
-
-/// Numbers of roles: what a screen reader goes by, not the words that a toolkit sends with them.
-constexpr std::array<std::pair<uint, const char*>, 25> roleNames{{
-    {2, "alert"},      {7, "check box"},   {16, "dialog"},      {20, "filler"},
-    {23, "frame"},     {26, "icon"},       {27, "image"},       {29, "label"},
-    {31, "list"},      {32, "list item"},  {33, "menu"},        {35, "menu item"},
-    {39, "panel"},     {41, "popup menu"}, {43, "push button"}, {48, "scroll bar"},
-    {50, "separator"}, {51, "slider"},     {61, "text"},        {62, "toggle button"},
-    {67, "unknown"},   {69, "window"},     {75, "application"}, {83, "heading"},
-    {88, "link"},
-}};
 
 BusElement elementOf(const QDBusConnection& bus, const QDBusArgument& argument) {
     QString service;
@@ -95,34 +69,13 @@ QString BusElement::description() const {
     return property(accessible, u"Description"_s).toString();
 }
 
-QString BusElement::role() const {
-    const uint number = call(accessible, u"GetRole"_s).toUInt();
-    for (const auto& [known, name] : roleNames)
-        if (known == number)
-            return QString::fromLatin1(name);
-    return u"role %1"_s.arg(number);
+BusElement::Role BusElement::role() const {
+    return static_cast<Role>(call(accessible, u"GetRole"_s).toUInt());
 }
 
 quint64 BusElement::stateBits() const {
-    const QVariant value = call(accessible, u"GetState"_s);
-    const auto halves = qdbus_cast<QList<uint>>(value);
+    const auto halves = qdbus_cast<QList<uint>>(call(accessible, u"GetState"_s));
     return halves.size() == 2 ? halves[0] | quint64(halves[1]) << 32 : 0;
-}
-
-QStringList BusElement::states() const {
-    const quint64 bits = stateBits();
-    QStringList names;
-    for (const auto& [number, name] : stateNames)
-        if (bits >> number & 1)
-            names.append(QString::fromLatin1(name));
-    if (!(bits >> enabled & 1))
-        names.append(u"disabled"_s);
-    return names;
-}
-
-bool BusElement::isShown() const {
-    const quint64 bits = stateBits();
-    return (bits >> visible & 1) || (bits >> showing & 1);
 }
 
 BusElement BusElement::parent() const {
@@ -135,33 +88,36 @@ QList<BusElement> BusElement::children() const {
     return elementsOf(m_bus, call(accessible, u"GetChildren"_s));
 }
 
-BusElement BusElement::find(const QString& name, const QString& role) const {
-    for (const BusElement& child : children()) {
-        if (!child.isShown())
-            continue;
+QList<BusElement> BusElement::shownChildren() const {
+    QList<BusElement> shown = children();
+    constexpr quint64 bits = 1ULL << 25 | 1ULL << 30; // showing, visible
+    shown.removeIf([](const BusElement& child) { return !(child.stateBits() & bits); });
+    return shown;
+}
+
+BusElement BusElement::find(Role role, const QString& name) const {
+    for (const BusElement& child : shownChildren()) {
         if (child.name() == name && child.role() == role)
             return child;
-        if (const BusElement found = child.find(name, role); !found.isNull())
+        if (const BusElement found = child.find(role, name); !found.isNull())
             return found;
     }
     return {};
 }
 
-QList<BusElement> BusElement::findAll(const QString& role) const {
-    QList<BusElement> found;
-    for (const BusElement& child : children()) {
-        if (!child.isShown())
-            continue;
+QStringList BusElement::namesOf(Role role) const {
+    QStringList names;
+    for (const BusElement& child : shownChildren()) {
         if (child.role() == role)
-            found.append(child);
-        found += child.findAll(role);
+            names.append(child.name());
+        names += child.namesOf(role);
     }
-    return found;
+    return names;
 }
 
 BusElement BusElement::findFocused() const {
     for (const BusElement& child : children()) {
-        if (child.is(u"focused"_s))
+        if (child.is(State::Focused))
             return child;
         if (const BusElement found = child.findFocused(); !found.isNull())
             return found;
@@ -186,16 +142,4 @@ QString BusElement::text() const {
 
 bool BusElement::setText(const QString& text) const {
     return call(u"org.a11y.atspi.EditableText"_s, u"SetTextContents"_s, {text}).toBool();
-}
-
-QString BusElement::outline(int depth) const {
-    QString lines =
-        u"%1%2 \"%3\" %4"_s.arg(QString(2 * depth, u' '), role(), name(), states().join(u' '));
-    if (const QString detail = description(); !detail.isEmpty())
-        lines += u" (%1)"_s.arg(detail);
-    lines += u'\n';
-    for (const BusElement& child : children())
-        if (child.isShown())
-            lines += child.outline(depth + 1);
-    return lines;
 }

@@ -11,6 +11,35 @@
 /// names the element, every question is asked anew. What is gone answers with nothing.
 class BusElement {
 public:
+    /// As the protocol numbers them: what a screen reader goes by, not the words that a toolkit
+    /// sends with them.
+    enum class Role : uint {
+        Alert = 2,
+        Dialog = 16,
+        Filler = 20,
+        Frame = 23,
+        Label = 29,
+        List = 31,
+        ListItem = 32,
+        MenuItem = 35,
+        PopupMenu = 41,
+        PushButton = 43,
+        Text = 61,
+        Heading = 83,
+    };
+    enum class State {
+        Active = 1,
+        Editable = 7,
+        Enabled = 8,
+        Expandable = 9,
+        Expanded = 10,
+        Focused = 12,
+        Modal = 16,
+        MultiLine = 17,
+        Pressed = 20,
+        Selected = 23,
+    };
+
     BusElement() = default;
     BusElement(QDBusConnection bus, QString service, QString path);
 
@@ -18,22 +47,17 @@ public:
     static QList<BusElement> programs(const QDBusConnection& bus);
 
     bool isNull() const { return m_path.isEmpty(); }
-    const QString& path() const { return m_path; }
-
     QString name() const;
     QString description() const;
-    /// The role by its name, such as "push button".
-    QString role() const;
-    /// The states by their names, such as "focused"; those that say little are left out.
-    QStringList states() const;
-    bool is(const QString& state) const { return states().contains(state); }
+    Role role() const;
+    bool is(State state) const { return stateBits() >> static_cast<int>(state) & 1; }
     BusElement parent() const;
     QList<BusElement> children() const;
 
     /// The element of that name and role among those shown below this one, in reading order.
-    BusElement find(const QString& name, const QString& role) const;
-    /// All of that role that are shown below this one, in reading order.
-    QList<BusElement> findAll(const QString& role) const;
+    BusElement find(Role role, const QString& name) const;
+    /// The names of all of that role that are shown below this one, in reading order.
+    QStringList namesOf(Role role) const;
     /// The one that has the keyboard's focus.
     BusElement findFocused() const;
     /// Whether this one is the other or lies below it.
@@ -45,9 +69,6 @@ public:
     QString text() const;
     bool setText(const QString& text) const;
 
-    /// Everything below, a line each: role, name, states and description, indented.
-    QString outline(int depth = 0) const;
-
     friend bool operator==(const BusElement& a, const BusElement& b) {
         return a.m_service == b.m_service && a.m_path == b.m_path;
     }
@@ -57,7 +78,7 @@ private:
                   const QVariantList& arguments = {}) const;
     QVariant property(const QString& interface, const QString& name) const;
     quint64 stateBits() const;
-    bool isShown() const;
+    QList<BusElement> shownChildren() const;
 
     QDBusConnection m_bus{QString()};
     QString m_service;

@@ -68,32 +68,17 @@ private Q_SLOTS:
         QVERIFY(m->vm().availabilityError.value());
     }
 
-    void theAlertClearsTheErrorHoweverItIsClosed_data() {
-        QTest::addColumn<int>("key"); // none: the pointer
-        QTest::newRow("OK") << 0;
-        QTest::newRow("Return") << int(Qt::Key_Return);
-        QTest::newRow("Enter") << int(Qt::Key_Enter);
-        QTest::newRow("Space") << int(Qt::Key_Space);
-        QTest::newRow("Escape") << int(Qt::Key_Escape);
-    }
     void theAlertClearsTheErrorHoweverItIsClosed() {
-        QFETCH(int, key);
-        m->vm().availabilityError = u"No model selected."_s;
-        QVERIFY(shown(Panel::Kind::Alert));
-        if (key == 0)
-            QVERIFY(top().click(u"OK"_s));
-        else
-            screen().key(Qt::Key(key));
-        QVERIFY(!m->vm().availabilityError.value());
-        QVERIFY(isClosed());
-    }
-
-    void aClickBesideTheAlertLeavesItOpen() {
-        m->vm().availabilityError = u"No model selected."_s;
-        QVERIFY(shown(Panel::Kind::Alert));
-        screen().clickAt({20, 400});
-        QVERIFY(shown(Panel::Kind::Alert));
-        QCOMPARE(m->vm().availabilityError.value(), u"No model selected."_s);
+        for (const bool isByButton : {true, false}) {
+            m->vm().availabilityError = u"No model selected."_s;
+            QVERIFY(shown(Panel::Kind::Alert));
+            if (isByButton)
+                QVERIFY(top().click(u"OK"_s));
+            else
+                screen().key(Qt::Key_Escape);
+            QVERIFY(!m->vm().availabilityError.value());
+            QVERIFY(isClosed());
+        }
     }
 
     void aClearedErrorClosesTheAlert() {
@@ -173,39 +158,12 @@ private Q_SLOTS:
         screen().key(Qt::Key_Escape);
         QVERIFY(isClosed());
     }
-
-    void theMenuOpensByPointerAndByKey_data() {
-        QTest::addColumn<int>("key"); // none: the pointer
-        QTest::newRow("pointer") << 0;
-        QTest::newRow("Space") << int(Qt::Key_Space);
-        QTest::newRow("Return") << int(Qt::Key_Return);
-        QTest::newRow("Down") << int(Qt::Key_Down);
-    }
-    void theMenuOpensByPointerAndByKey() {
-        QFETCH(int, key);
-        if (key == 0) {
-            QVERIFY(screen().click(u"More"_s));
-            QVERIFY(shown(Panel::Kind::Menu));
-            QVERIFY(screen().click(u"About"_s, QAccessible::MenuItem));
-        } else {
-            screen().widget(u"More"_s)->setFocus();
-            screen().key(Qt::Key(key));
-            QVERIFY(shown(Panel::Kind::Menu));
-            screen().key(Qt::Key_Down);
-            screen().key(Qt::Key_Return);
-        }
-        QVERIFY(shown(Panel::Kind::Sheet));
-        screen().key(Qt::Key_Escape);
-        QVERIFY(isClosed());
-    }
-
     void modelsOpensAPopoverAtTheButton() {
         choose(u"Models"_s);
         auto* popover = shown(Panel::Kind::Popover);
         QVERIFY(popover);
         QCOMPARE(popover->title(), u"Models"_s);
         auto* models = popover->findChild<tellwick::ModelsView*>();
-        QVERIFY(models);
         QCOMPARE(models->size().width(), 360);
         QVERIFY(top().shows(u"Other Models"_s));
         QVERIFY(m->placeOf(popover).top() <= m->placeOf(screen().widget(u"More"_s)).bottom() + 1);
@@ -217,25 +175,17 @@ private Q_SLOTS:
         auto* sheet = shown(Panel::Kind::Sheet);
         QVERIFY(sheet);
         QCOMPARE(sheet->title(), u"About"_s);
-        auto* about = sheet->findChild<tellwick::AboutView*>();
-        QVERIFY(about);
-        QCOMPARE(about->size().width(), 400);
+        QCOMPARE(sheet->findChild<tellwick::AboutView*>()->size().width(), 400);
         QVERIFY(top().shows(u"Version 2.3.1"_s));
     }
 
-    void screensCloseAndGiveTheFocusToTheField_data() {
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<QString>("way");
-        QTest::newRow("Models by Escape") << u"Models"_s << u"key"_s;
-        QTest::newRow("Models by a click outside") << u"Models"_s << u"outside"_s;
-        QTest::newRow("About by Escape") << u"About"_s << u"key"_s;
-        QTest::newRow("About by a click outside") << u"About"_s << u"outside"_s;
-        QTest::newRow("About by its button") << u"About"_s << u"button"_s;
-    }
     void screensCloseAndGiveTheFocusToTheField() {
-        QFETCH(QString, entry);
-        QFETCH(QString, way);
-        for (int i = 0; i < 3; ++i) { // again and again
+        for (const auto& [entry, way] : {std::pair(u"Models"_s, u"key"_s),
+                                         {u"Models"_s, u"outside"_s},
+                                         {u"Models"_s, u"key"_s}, // again
+                                         {u"About"_s, u"outside"_s},
+                                         {u"About"_s, u"button"_s},
+                                         {u"About"_s, u"key"_s}}) {
             screen().widget(u"More"_s)->setFocus();
             choose(entry);
             QVERIFY(m->overlays()->isPresenting());

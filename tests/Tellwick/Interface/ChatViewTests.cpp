@@ -7,9 +7,8 @@
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
-#include "Tellwick/Interface/GreetingBubble.h"
-#include "Tellwick/Interface/ModeBar.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
 
 using namespace Qt::StringLiterals;
@@ -31,6 +30,9 @@ class ChatViewTests final : public QObject {
                 return icon;
         return nullptr;
     }
+    /// What the greeting stands on, and the mode's name.
+    QWidget* greeting() { return screen().widget(AppConfig::welcomeMessage())->parentWidget(); }
+    QWidget* modeBar() { return screen().widget(u"Clear mode"_s)->parentWidget(); }
 
 private Q_SLOTS:
     void init() {
@@ -81,19 +83,18 @@ private Q_SLOTS:
                                     ColorRole::SecondaryLabel));
         QCOMPARE(m->placeOf(tagline).top(), m->placeOf(name).bottom() + 1 + 12);
 
-        auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
-        QCOMPARE(m->placeOf(greeting).top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
-        QCOMPARE(m->placeOf(greeting).left(), 16 + 24);
-        QCOMPARE(m->placeOf(greeting).right(), m->view->width() - 1 - 16 - 24);
-        QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())),
-                 m->placeOf(greeting).adjusted(12, 8, -12, -8));
+        const QRect bubble = m->placeOf(greeting());
+        QCOMPARE(bubble.top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
+        QCOMPARE(bubble.left(), 16 + 24);
+        QCOMPARE(bubble.right(), m->view->width() - 1 - 16 - 24);
+        QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())), bubble.adjusted(12, 8, -12, -8));
         QCOMPARE(m->desktop.theme.color(ColorRole::GreetingBubble).rgb() | 0xff000000,
                  m->desktop.theme.color(ColorRole::SecondaryLabel).rgb());
 
         auto* model = label(AppConfig::modelLabel());
         QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, QFont::Normal,
                                     ColorRole::TertiaryLabel));
-        QCOMPARE(m->placeOf(model).top(), m->placeOf(greeting).bottom() + 1 + 12);
+        QCOMPARE(m->placeOf(model).top(), bubble.bottom() + 1 + 12);
 
         auto* strip = screen().widget<platform::ScrollArea>(u"Writing modes"_s);
         QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
@@ -107,9 +108,8 @@ private Q_SLOTS:
     void theEmptyStateStandsInAColumnOf700() {
         m->view->resize(1400, 800);
         const auto middle = [](const QRect& rect) { return rect.left() + rect.right(); };
-        auto* greeting = m->view->findChild<tellwick::GreetingBubble*>();
-        QTRY_COMPARE(greeting->width(), 700 - 2 * (16 + 24));
-        QVERIFY(std::abs(middle(m->placeOf(greeting)) - 1399) <= 1);
+        QTRY_COMPARE(greeting()->width(), 700 - 2 * (16 + 24));
+        QVERIFY(std::abs(middle(m->placeOf(greeting())) - 1399) <= 1);
         auto* strip = screen().widget<platform::ScrollArea>(u"Writing modes"_s);
         QCOMPARE(strip->width(), 700 - 2 * 16);
         QVERIFY(std::abs(middle(m->placeOf(strip)) - 1399) <= 1);
@@ -143,30 +143,26 @@ private Q_SLOTS:
 
     void anotherChipReplacesTheMode() {
         const auto& theme = m->desktop.theme;
-        const auto ground = [this](const QString& name) {
-            QWidget* chip = screen().widget(name);
-            // Beside the symbol, where nothing but the ground is.
-            return m->view->grab().toImage().pixelColor(m->placeOf(chip).topLeft() +
-                                                        QPoint(8, chip->height() / 2));
+        const auto isFilled = [this, &theme](const QString& name) {
+            auto* chip = screen().widget(name);
+            const tests::PaintRecorder painted(*chip);
+            return painted.all().front().color == theme.color(ColorRole::AccentFill) &&
+                   painted.hasColor(theme.color(ColorRole::OnAccent), chip->rect());
         };
-        QVERIFY(screen().press(u"Proofread"_s));
-        m->flush();
-        QCOMPARE(ground(u"Proofread"_s), theme.color(ColorRole::AccentFill));
-        QVERIFY(ground(u"Rewrite"_s) != theme.color(ColorRole::AccentFill));
-        QVERIFY(screen().press(u"Rewrite"_s));
-        m->flush();
-        QCOMPARE(m->vm().activeMode.value()->label, u"Rewrite"_s);
-        QVERIFY(!isPressed(u"Proofread"_s));
-        QVERIFY(isPressed(u"Rewrite"_s));
-        QVERIFY(ground(u"Proofread"_s) != theme.color(ColorRole::AccentFill));
-        QCOMPARE(ground(u"Rewrite"_s), theme.color(ColorRole::AccentFill));
+        for (const auto& [mode, other] :
+             {std::pair(u"Proofread"_s, u"Rewrite"_s), {u"Rewrite"_s, u"Proofread"_s}}) {
+            QVERIFY(screen().press(mode));
+            m->flush();
+            QCOMPARE(m->vm().activeMode.value()->label, mode);
+            QVERIFY(isPressed(mode) && isFilled(mode));
+            QVERIFY(!isPressed(other) && !isFilled(other));
+        }
     }
 
     void theModeBarShowsTheModeAndClearsIt() {
         QVERIFY(screen().press(u"Summarise"_s));
         m->flush();
-        auto* bar = m->view->findChild<tellwick::ModeBar*>();
-        QVERIFY(bar->isVisible());
+        auto* bar = modeBar();
         QCOMPARE(tests::ScreenReader(bar).texts(), QStringList{u"Summarise"_s});
         auto* label = tests::ScreenReader(bar).widget<Label>(u"Summarise"_s);
         QVERIFY(m->desktop.isStyled(label, TextStyle::Caption, QFont::Medium, ColorRole::Accent));
@@ -185,7 +181,6 @@ private Q_SLOTS:
     }
 
     void thereIsNoRowWhereTheModeBarIsNot() {
-        auto* bar = m->view->findChild<tellwick::ModeBar*>();
         const int inputTop =
             std::min(m->placeOf(m->field()).top(), m->placeOf(m->sendButton()).top()) - 10;
         const auto divider = [this] {
@@ -197,8 +192,8 @@ private Q_SLOTS:
         QCOMPARE(divider(), inputTop);
         QVERIFY(screen().press(u"Rewrite"_s));
         m->flush();
-        QTRY_COMPARE(divider(), inputTop - bar->height());
-        QCOMPARE(m->placeOf(bar).top(), divider());
+        QTRY_COMPARE(divider(), inputTop - modeBar()->height());
+        QCOMPARE(m->placeOf(modeBar()).top(), divider());
         m->vm().clearMode();
         m->flush();
         QTRY_COMPARE(divider(), inputTop);

@@ -4,7 +4,6 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
-#include "Tellwick/Interface/ModelRow.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
 #include "tests/Tellwick/Interface/TestWindow.h"

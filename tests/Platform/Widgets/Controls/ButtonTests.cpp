@@ -21,16 +21,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("key"); // none: the pointer
         QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
         QTest::addColumn<int>("expected");
-        const Qt::KeyboardModifiers none = Qt::NoModifier;
-        QTest::newRow("return") << int{Qt::Key_Return} << none << 1;
-        QTest::newRow("enter") << int{Qt::Key_Enter} << none << 1;
-        QTest::newRow("enter of the keypad")
-            << int{Qt::Key_Enter} << Qt::KeyboardModifiers(Qt::KeypadModifier) << 1;
-        QTest::newRow("space") << int{Qt::Key_Space} << none << 1;
-        QTest::newRow("pointer") << 0 << none << 1;
-        QTest::newRow("control-return")
-            << int{Qt::Key_Return} << Qt::KeyboardModifiers(Qt::ControlModifier) << 0;
-        QTest::newRow("down") << int{Qt::Key_Down} << none << 0;
+        const auto row = [](const char* name, int key, Qt::KeyboardModifiers modifiers,
+                            int expected) { QTest::newRow(name) << key << modifiers << expected; };
+        row("return", Qt::Key_Return, {}, 1);
+        row("enter", Qt::Key_Enter, {}, 1);
+        row("enter of the keypad", Qt::Key_Enter, Qt::KeypadModifier, 1);
+        row("space", Qt::Key_Space, {}, 1);
+        row("pointer", 0, {}, 1);
+        row("control-return", Qt::Key_Return, Qt::ControlModifier, 0);
+        row("down", Qt::Key_Down, {}, 0);
     }
     void plainReturnSpaceAndAClickPress() {
         QFETCH(int, key);
@@ -152,8 +151,7 @@ private Q_SLOTS:
     }
 
     void theHeaderBarShowsTitleSubtitleAndItsItemsInOrder() {
-        platform::HeaderBar bar(m_theme);
-        bar.setTitle(u"Tellwick"_s);
+        platform::HeaderBar bar(m_theme, u"Tellwick"_s);
         bar.setSubtitle(u"llama3 · Ollama"_s);
         auto* first = new Button(m_theme, Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
         auto* second = new Button(m_theme, Look::Icon, u"More"_s, u"ellipsis.circle"_s);

@@ -19,13 +19,10 @@ class InsetSectionTests final : public QObject {
 private Q_SLOTS:
     void rowsStandInOrderWithLinesBetween() {
         platform::InsetSection section(m_theme, u"Other Models"_s, u"For advanced users."_s);
-        QList<QWidget*> rows;
-        for (int i = 0; i < 3; ++i) {
-            auto* row = new ListRow(m_theme);
-            row->setName(QString::number(i));
-            rows << row;
-        }
-        section.setRows(rows);
+        const QList<QWidget*> rows{new ListRow(m_theme), new ListRow(m_theme),
+                                   new ListRow(m_theme)};
+        for (auto* row : rows)
+            section.addRow(row);
         section.resize(360, 400);
         section.show();
         QVERIFY(rows.at(0)->y() < rows.at(1)->y());
@@ -40,19 +37,6 @@ private Q_SLOTS:
             const auto top = rows.at(i + 1)->mapTo(&section, QPoint()).y();
             QCOMPARE(lines.at(static_cast<size_t>(i)), QRectF(14, top - 1, 360 - 14, 1));
         }
-    }
-
-    void aRowIsPressedAnywhere() {
-        ListRow row(m_theme);
-        row.setName(u"llama3"_s);
-        row.resize(320, row.sizeHint().height());
-        row.show();
-        int presses = 0;
-        row.setAction([&] { ++presses; });
-        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(2, 2));
-        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(318, row.height() - 2));
-        QTest::mouseClick(&row, Qt::LeftButton, {}, QPoint(200, row.height() / 2));
-        QCOMPARE(presses, 3);
     }
 
     void aRowWithADetailIsHigher() {
@@ -70,12 +54,9 @@ private Q_SLOTS:
         auto* row = new ListRow(m_theme);
         row->setName(u"llama3:8b"_s);
         row->setDetail(u"4.7 GB"_s);
-        row->setMark({.text = {},
-                      .icon = u"checkmark"_s,
-                      .color = platform::ColorRole::Accent,
-                      .name = u"Selected"_s});
+        row->setMark({u"Selected"_s, u"checkmark"_s, platform::ColorRole::Accent});
         row->setSelected(true);
-        section.setRows({row});
+        section.addRow(row);
         auto* list = QAccessible::queryAccessibleInterface(row->parentWidget());
         QCOMPARE(list->role(), QAccessible::List);
         QCOMPARE(list->text(QAccessible::Name), u"Other Models"_s);
@@ -92,17 +73,14 @@ private Q_SLOTS:
     }
 
     void theHeaderItemComesBeforeTheRows() {
-        QWidget window;
-        platform::InsetSection section(m_theme, u"Other Models"_s, {}, &window);
+        platform::InsetSection section(m_theme, u"Other Models"_s, {});
         auto* row = new ListRow(m_theme);
-        section.setRows({row});
+        section.addRow(row);
         auto* refresh = new platform::Button(m_theme, platform::Button::Look::Icon, u"Refresh"_s,
                                              u"arrow.clockwise"_s);
         section.setHeaderItem(refresh);
-        section.resize(300, 200);
-        window.resize(300, 200);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        section.show();
+        QVERIFY(QTest::qWaitForWindowActive(&section));
         refresh->setFocus();
         QTest::keyClick(refresh, Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), row);

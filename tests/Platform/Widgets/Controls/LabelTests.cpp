@@ -9,19 +9,13 @@ using namespace Qt::StringLiterals;
 using platform::Label;
 using platform::TextStyle;
 
-namespace {
-
-/// Where a label's text stands in it.
-QRectF textRect(Label& label) {
-    return tests::PaintRecorder(label).textRect();
-}
-
-} // namespace
-
 class LabelTests final : public QObject {
     Q_OBJECT
 
     platform::Theme m_theme;
+
+    /// Where a label's text stands in it.
+    static QRectF textRect(Label& label) { return tests::PaintRecorder(label).textRect(); }
 
 private Q_SLOTS:
     void aLineTakesTheSpaceOfItsText() {
@@ -103,9 +97,8 @@ private Q_SLOTS:
     }
 
     void aSymbolAloneIsASquareInItsFrameThatIsNotReadOut() {
-        Label label(m_theme, {}, TextStyle::Body);
+        Label label(m_theme, {}, TextStyle::Body, platform::ColorRole::Orange);
         label.setIcon(u"cpu"_s, 64);
-        label.setColorRole(platform::ColorRole::Orange);
         const auto side = m_theme.symbolSize(64);
         QCOMPARE(label.sizeHint(), QSize(side, side));
         label.resize(3 * side, side);
@@ -122,12 +115,11 @@ private Q_SLOTS:
     void assistiveTechnologyReadsTheText() {
         Label label(m_theme, u"Private"_s, TextStyle::Body);
         auto* interface = QAccessible::queryAccessibleInterface(&label);
-        QVERIFY(interface);
         QCOMPARE(interface->role(), QAccessible::StaticText);
         QCOMPARE(interface->text(QAccessible::Name), u"Private"_s);
         label.setText(u"Offline"_s);
         QCOMPARE(interface->text(QAccessible::Name), u"Offline"_s);
-        label.setHeading(true);
+        label.setHeading();
         QCOMPARE(interface->role(), QAccessible::Heading);
     }
 };
