@@ -76,7 +76,6 @@ public:
     explicit AsyncStream(std::shared_ptr<State> state)
         : m_state(std::move(state)) {}
     AsyncStream(AsyncStream&&) noexcept = default;
-    AsyncStream& operator=(AsyncStream&&) = delete;
     ~AsyncStream() {
         if (!m_state)
             return;
@@ -110,7 +109,7 @@ public:
                 }
                 m_state.waiter = waiter;
             }
-            m_onCancel.emplace(m_stop, Resume{std::move(waiter)});
+            m_onCancel.emplace(m_stop, [waiter] { waiter->resume(); });
             return true;
         }
 
@@ -129,14 +128,9 @@ public:
         }
 
     private:
-        struct Resume {
-            std::shared_ptr<Waiter> waiter;
-            void operator()() const { waiter->resume(); }
-        };
-
         State& m_state;
         std::stop_token m_stop;
-        std::optional<std::stop_callback<Resume>> m_onCancel;
+        std::optional<std::stop_callback<std::function<void()>>> m_onCancel;
     };
 
     /// The next element, or none at the end. See the class.

@@ -13,25 +13,13 @@ class LocalizedError : public std::exception {
 public:
     /// The sentence to show, complete with its full stop.
     virtual QString errorDescription() const = 0;
-
-    /// The same sentence in UTF-8, for code that knows only std::exception.
-    const char* what() const noexcept override;
-
-private:
-    mutable QByteArray m_what;
 };
 
 /// Thrown where work ends because somebody cancelled it. Never shown to the user.
-class CancellationError final : public std::exception {
-public:
-    const char* what() const noexcept override { return "cancelled"; }
-};
+class CancellationError final : public std::exception {};
 
 /// The user-facing description of any error: `errorDescription()` of a LocalizedError, else the
 /// text of the std::exception, else a general sentence.
 QString localizedDescription(const std::exception_ptr& error);
-
-/// Whether the error is a CancellationError.
-bool isCancellation(const std::exception_ptr& error);
 
 } // namespace platform

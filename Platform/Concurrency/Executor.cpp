@@ -3,12 +3,6 @@
 
 namespace platform {
 
-Executor::~Executor() = default;
-
-Waiter::Waiter(Executor& executor, std::coroutine_handle<> coroutine)
-    : m_executor(executor)
-    , m_coroutine(coroutine) {}
-
 void Waiter::resumeBy(void (Executor::*post)(std::function<void()>)) {
     // Posted under the lock: the executor is there as long as the coroutine is.
     const std::scoped_lock lock(m_mutex);

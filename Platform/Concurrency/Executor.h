@@ -17,9 +17,7 @@ namespace platform {
 class Executor {
 public:
     Executor() = default;
-    Executor(const Executor&) = delete;
-    Executor& operator=(const Executor&) = delete;
-    virtual ~Executor();
+    virtual ~Executor() = default;
 
     /// Runs `work` later on the executor's thread, after all that was posted before. Any thread.
     /// Work still waiting when the executor ends is destroyed without being run.
@@ -34,6 +32,9 @@ public:
 
     /// Whether the running task has had the thread for so long that it should let others go first.
     virtual bool shouldYield() const { return false; }
+
+private:
+    Q_DISABLE_COPY(Executor)
 };
 
 /// A suspended coroutine that waits for something that other threads may bring about.
@@ -43,7 +44,9 @@ public:
 /// then on resume() does nothing, so that those who still hold the waiter may outlive the executor.
 class Waiter final : public std::enable_shared_from_this<Waiter> {
 public:
-    Waiter(Executor& executor, std::coroutine_handle<> coroutine);
+    Waiter(Executor& executor, std::coroutine_handle<> coroutine)
+        : m_executor(executor)
+        , m_coroutine(coroutine) {}
 
     /// Resumes the coroutine by a later turn of its executor. Any thread; only the first call
     /// counts.

@@ -3,7 +3,6 @@
 
 #include <QCoreApplication>
 #include <QThread>
-#include <QTimerEvent>
 
 #ifdef __SANITIZE_THREAD__
 #include <sanitizer/tsan_interface.h>
@@ -14,6 +13,14 @@ namespace platform {
 namespace {
 
 const QEvent::Type workEventType = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+struct WorkEvent : QEvent {
+    explicit WorkEvent(std::function<void()> given)
+        : QEvent(workEventType)
+        , work(std::move(given)) {}
+
+    std::function<void()> work;
+};
 
 // An event changes threads under a lock of the toolkit's, which the thread sanitizer does not see.
 #ifdef __SANITIZE_THREAD__
@@ -30,16 +37,8 @@ void takeOver(QEvent*) {}
 
 } // namespace
 
-MainExecutor::MainExecutor() = default;
-
-MainExecutor::~MainExecutor() = default;
-
 void MainExecutor::post(std::function<void()> work) {
-    {
-        const std::scoped_lock lock(m_mutex);
-        m_posted.push_back(std::move(work));
-    }
-    auto* const event = new QEvent(workEventType);
+    auto* const event = new WorkEvent(std::move(work));
     handOver(event);
     QCoreApplication::postEvent(this, event);
 }
@@ -48,8 +47,8 @@ void MainExecutor::postAfterOthers(std::function<void()> work) {
     m_afterOthers.push_back(std::move(work));
     // Posted events are all delivered before the loop looks at anything else, also those posted
     // meanwhile; a timer of no duration comes round once for each turn of the loop.
-    if (m_timer == 0)
-        m_timer = startTimer(0);
+    if (!m_timer.isActive())
+        m_timer.start(0, this);
 }
 
 bool MainExecutor::isCurrent() const {
@@ -64,21 +63,12 @@ bool MainExecutor::event(QEvent* event) {
     takeOver(event);
     if (event->type() != workEventType)
         return QObject::event(event);
-    std::function<void()> work;
-    {
-        const std::scoped_lock lock(m_mutex);
-        work = std::move(m_posted.front());
-        m_posted.pop_front();
-    }
-    run(work);
+    run(static_cast<WorkEvent*>(event)->work);
     return true;
 }
 
-void MainExecutor::timerEvent(QTimerEvent* event) {
-    if (event->timerId() != m_timer)
-        return;
-    killTimer(m_timer);
-    m_timer = 0;
+void MainExecutor::timerEvent(QTimerEvent*) {
+    m_timer.stop();
     // What the work adds waits for the next turn of the loop.
     const auto turn = std::exchange(m_afterOthers, {});
     for (const auto& work : turn)

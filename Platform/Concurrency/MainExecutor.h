@@ -3,12 +3,12 @@
 
 #include "Platform/Concurrency/Executor.h"
 
+#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QObject>
 
 #include <chrono>
-#include <deque>
-#include <mutex>
+#include <vector>
 
 namespace platform {
 
@@ -22,9 +22,6 @@ public:
     /// How long a task may keep the thread before it is asked to yield.
     static constexpr std::chrono::milliseconds slice{8};
 
-    MainExecutor();
-    ~MainExecutor() override;
-
     void post(std::function<void()> work) override;
     void postAfterOthers(std::function<void()> work) override;
     bool isCurrent() const override;
@@ -37,12 +34,10 @@ protected:
 private:
     void run(const std::function<void()>& work);
 
-    std::mutex m_mutex;
-    std::deque<std::function<void()>> m_posted; // one an event; under the mutex
-    std::deque<std::function<void()>> m_afterOthers;
+    std::vector<std::function<void()>> m_afterOthers;
     QElapsedTimer m_sinceTurnBegan;
     int m_turnDepth = 0;
-    int m_timer = 0;
+    QBasicTimer m_timer;
 };
 
 /// Stops the program when the caller is not on the application's main thread: a broken invariant,

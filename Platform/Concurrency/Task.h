@@ -6,9 +6,7 @@
 #include <exception>
 #include <optional>
 #include <stop_token>
-#include <type_traits>
 #include <utility>
-#include <variant>
 
 namespace platform {
 
@@ -27,8 +25,6 @@ struct TaskContext {
 class WaitingAwaiter {
 public:
     WaitingAwaiter() = default;
-    WaitingAwaiter(const WaitingAwaiter&) = delete;
-    WaitingAwaiter& operator=(const WaitingAwaiter&) = delete;
 
     bool await_ready() const noexcept { return false; }
 
@@ -46,11 +42,9 @@ protected:
     }
 
 private:
+    Q_DISABLE_COPY(WaitingAwaiter)
     std::shared_ptr<Waiter> m_waiter;
 };
-
-template <class T>
-class Task;
 
 namespace detail {
 
@@ -75,45 +69,23 @@ public:
     };
     FinalAwaiter final_suspend() const noexcept { return {}; }
 
-private:
-    friend struct FinalAwaiter;
-    TaskContext m_context;
-    std::coroutine_handle<> m_continuation;
-};
-
-template <class T>
-class TaskPromise final : public TaskPromiseBase {
-public:
-    Task<T> get_return_object();
-    template <class Value>
-    void return_value(Value&& value) {
-        m_result.template emplace<1>(std::forward<Value>(value));
-    }
-    void unhandled_exception() { m_result.template emplace<2>(std::current_exception()); }
-    T takeResult() {
-        if (m_result.index() == 2)
-            std::rethrow_exception(std::get<2>(m_result));
-        return std::move(std::get<1>(m_result));
-    }
-
-private:
-    std::variant<std::monostate, T, std::exception_ptr> m_result;
-};
-
-template <>
-class TaskPromise<void> final : public TaskPromiseBase {
-public:
-    Task<void> get_return_object();
-    void return_void() const noexcept {}
     void unhandled_exception() { m_error = std::current_exception(); }
-    void takeResult() {
+
+protected:
+    void rethrow() const {
         if (m_error)
             std::rethrow_exception(m_error);
     }
 
 private:
+    friend struct FinalAwaiter;
+    TaskContext m_context;
+    std::coroutine_handle<> m_continuation;
     std::exception_ptr m_error;
 };
+
+template <class T>
+class TaskPromise;
 
 } // namespace detail
 
@@ -132,19 +104,14 @@ public:
     using promise_type = detail::TaskPromise<T>;
     using Handle = std::coroutine_handle<promise_type>;
 
+    explicit Task(promise_type& promise)
+        : m_handle(Handle::from_promise(promise)) {}
     Task(Task&& other) noexcept
         : m_handle(std::exchange(other.m_handle, nullptr)) {}
-    Task& operator=(Task&& other) noexcept {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
     ~Task() {
         if (m_handle)
             m_handle.destroy();
     }
-
-    /// The coroutine itself, for a scope that starts it.
-    Handle handle() const { return m_handle; }
 
     struct Awaiter {
         Handle task;
@@ -167,23 +134,35 @@ public:
     Awaiter operator co_await() const { return Awaiter{m_handle}; }
 
 private:
-    friend promise_type;
-    explicit Task(Handle handle)
-        : m_handle(handle) {}
-
     Handle m_handle;
 };
 
-template <class T>
-Task<T> detail::TaskPromise<T>::get_return_object() {
-    return Task<T>(Task<T>::Handle::from_promise(*this));
-}
-
-inline Task<void> detail::TaskPromise<void>::get_return_object() {
-    return Task<void>(Task<void>::Handle::from_promise(*this));
-}
-
 namespace detail {
+
+template <class T>
+class TaskPromise final : public TaskPromiseBase {
+public:
+    Task<T> get_return_object() { return Task<T>(*this); }
+    template <class Value>
+    void return_value(Value&& value) {
+        m_value.emplace(std::forward<Value>(value));
+    }
+    T takeResult() {
+        rethrow();
+        return std::move(*m_value);
+    }
+
+private:
+    std::optional<T> m_value;
+};
+
+template <>
+class TaskPromise<void> final : public TaskPromiseBase {
+public:
+    Task<void> get_return_object() { return Task<void>(*this); }
+    void return_void() const noexcept {}
+    void takeResult() const { rethrow(); }
+};
 
 struct IsCancelledAwaiter {
     bool isCancelled = false;

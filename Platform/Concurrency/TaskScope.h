@@ -5,14 +5,10 @@
 
 namespace platform {
 
-/// The handle of a started task: a request to cancel it, nothing more. Two handles are equal when
-/// they belong to the same task. Any thread.
+/// The handle of a started task: a request to cancel it, nothing more. Any thread.
 class TaskHandle {
 public:
     void cancel() { m_stop.request_stop(); }
-    friend bool operator==(const TaskHandle& a, const TaskHandle& b) {
-        return a.m_stop == b.m_stop;
-    }
 
 private:
     friend class TaskScope;
@@ -27,8 +23,6 @@ private:
 class TaskScope {
 public:
     explicit TaskScope(Executor& executor);
-    TaskScope(const TaskScope&) = delete;
-    TaskScope& operator=(const TaskScope&) = delete;
     ~TaskScope();
 
     /// Starts the task by a later turn of the executor and returns at once. Any thread. A
@@ -39,6 +33,7 @@ public:
     Executor& executor() const { return m_executor; }
 
 private:
+    Q_DISABLE_COPY(TaskScope)
     struct State;
     Executor& m_executor;
     std::shared_ptr<State> m_state;
@@ -49,9 +44,7 @@ namespace detail {
 /// The meeting point of a task that runs in another scope and the coroutine that waits for it.
 template <class T>
 struct RunOnState {
-    using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
-
-    std::optional<Value> value;
+    std::optional<T> value;
     std::exception_ptr error;
     std::shared_ptr<Waiter> waiter;
 };
@@ -59,12 +52,7 @@ struct RunOnState {
 template <class T>
 Task<void> runAndReport(Task<T> task, std::shared_ptr<RunOnState<T>> state) {
     try {
-        if constexpr (std::is_void_v<T>) {
-            co_await task;
-            state->value.emplace();
-        } else {
-            state->value.emplace(co_await task);
-        }
+        state->value.emplace(co_await task);
     } catch (...) {
         state->error = std::current_exception();
     }
@@ -87,8 +75,7 @@ public:
     T await_resume() {
         if (m_state->error)
             std::rethrow_exception(m_state->error);
-        if constexpr (!std::is_void_v<T>)
-            return std::move(*m_state->value);
+        return std::move(*m_state->value);
     }
 
 private:

@@ -3,12 +3,12 @@
 
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/HttpResponseParser.h"
-#include "Platform/Http/NetworkThreadCore.h"
 
 #include <QFile>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/generic/stream_protocol.hpp>
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/beast/core/basic_stream.hpp>
@@ -72,8 +72,11 @@ private:
 };
 
 QByteArray encode(const HttpEndpoint& endpoint, const HttpRequest& request) {
-    QByteArray bytes = request.method + ' ' + request.target + " HTTP/1.1\r\n";
-    bytes += "Host: " + endpoint.host() + "\r\nConnection: close\r\n";
+    const QByteArray host = endpoint.isUnixSocket()
+                                ? QByteArray("localhost")
+                                : "127.0.0.1:" + QByteArray::number(endpoint.port());
+    QByteArray bytes = request.method + ' ' + request.target + " HTTP/1.1\r\nHost: " + host +
+                       "\r\nConnection: close\r\n";
     for (const auto& [name, value] : request.headers)
         bytes += name + ": " + value + "\r\n";
     if (!request.body.isEmpty() || request.method == "POST")
@@ -130,8 +133,7 @@ int HttpBody::status() const {
 Task<HttpBody> HttpBody::open(NetworkThread& network, HttpEndpoint endpoint, HttpRequest request) {
     if (!network.scope().executor().isCurrent())
         qFatal("a request was made off the network thread");
-    const auto connection =
-        std::make_shared<Connection>(network.core().context(), request.idleTimeout);
+    const auto connection = std::make_shared<Connection>(network.context(), request.idleTimeout);
     HttpBody body(connection);
     Stream& stream = connection->stream;
     const Protocol::endpoint to = address(endpoint);

@@ -9,7 +9,7 @@ namespace {
 
 Task<HttpResponse> readWhole(Task<HttpBody> opening) {
     HttpBody body = co_await opening;
-    HttpResponse response(body.status());
+    HttpResponse response{body.status(), {}};
     while (true) {
         const QByteArray bytes = co_await body.nextBytes();
         if (bytes.isEmpty())

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 namespace platform {
@@ -11,19 +10,18 @@ namespace platform {
 class HttpEndpoint {
 public:
     /// A TCP port on 127.0.0.1.
-    static HttpEndpoint loopback(quint16 port);
+    static HttpEndpoint loopback(quint16 port) { return {port, QString()}; }
     /// The Unix socket at this path.
-    static HttpEndpoint unixSocket(const QString& path);
+    static HttpEndpoint unixSocket(const QString& path) { return {0, path}; }
 
     bool isUnixSocket() const { return !m_path.isEmpty(); }
     quint16 port() const { return m_port; }
     const QString& path() const { return m_path; }
 
-    /// What the Host field of a request says.
-    QByteArray host() const;
-
 private:
-    HttpEndpoint(quint16 port, QString path);
+    HttpEndpoint(quint16 port, QString path)
+        : m_port(port)
+        , m_path(std::move(path)) {}
 
     quint16 m_port;
     QString m_path;

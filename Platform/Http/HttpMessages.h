@@ -29,17 +29,9 @@ struct HttpRequest {
 };
 
 /// A response with its whole body.
-class HttpResponse {
-public:
-    explicit HttpResponse(int status)
-        : m_status(status) {}
-
-    int status() const { return m_status; }
-
+struct HttpResponse {
+    int status;
     QByteArray body;
-
-private:
-    int m_status;
 };
 
 } // namespace platform

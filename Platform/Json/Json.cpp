@@ -88,10 +88,6 @@ std::string withoutRefusedTokens(std::string_view document) {
 
 } // namespace
 
-QString JsonReadingError::errorDescription() const {
-    return QStringLiteral("The data could not be read because it is not in the expected format.");
-}
-
 Json Json::read(QByteArrayView document) {
     // The parser takes a NUL byte for the end of its input and would not look at what follows it.
     require(!document.contains('\0'));
@@ -107,11 +103,9 @@ Json Json::read(QByteArrayView document) {
 }
 
 Json Json::operator[](std::string_view key) const {
-    const Value& object = valueOf(m_value);
-    require(object.is_object());
-    const auto member = object.find(key);
-    require(member != object.end());
-    return Json(std::shared_ptr<const void>(m_value, &*member));
+    const auto member = find(key);
+    require(member.has_value());
+    return *member;
 }
 
 std::optional<Json> Json::find(std::string_view key) const {

@@ -16,7 +16,10 @@ namespace platform {
 /// A JSON document that does not read: not JSON, or not of the expected shape.
 class JsonReadingError final : public LocalizedError {
 public:
-    QString errorDescription() const override;
+    QString errorDescription() const override {
+        return QStringLiteral(
+            "The data could not be read because it is not in the expected format.");
+    }
 };
 
 /// One value of a document that has been read; copies are the same value, and each keeps the
@@ -29,7 +32,7 @@ public:
     /// Reads exactly one document, in UTF-8. Of a key that comes twice the last one counts.
     static Json read(QByteArrayView document);
 
-    /// The object's member of that key.
+    /// The object's member of that key, which is not null.
     Json operator[](std::string_view key) const;
 
     /// The object's member of that key; none where it is absent or null.

@@ -23,8 +23,6 @@ public:
     ObservedOnAssignment() = default;
     explicit ObservedOnAssignment(T initial)
         : m_value(std::move(initial)) {}
-    ObservedOnAssignment(const ObservedOnAssignment&) = delete;
-    ObservedOnAssignment& operator=(const ObservedOnAssignment&) = delete;
 
     /// The value; registers the reader. The reference holds until the next change.
     const T& value() const {

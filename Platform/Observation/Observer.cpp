@@ -54,13 +54,8 @@ Observer* observe(QObject* owner, std::function<void()> function) {
 
 void flushObservers(QObject* root) {
     // A run may make and destroy objects, hence the list is not walked while runs go on in it.
-    const QList<QPointer<Observer>> observers = [root] {
-        QList<QPointer<Observer>> found;
-        for (QObject* child : root->findChildren<QObject*>())
-            if (auto* observer = dynamic_cast<Observer*>(child))
-                found.append(observer);
-        return found;
-    }();
+    const auto found = root->findChildren<Observer*>();
+    const QList<QPointer<Observer>> observers(found.begin(), found.end());
     for (const auto& observer : observers)
         if (observer)
             observer->flush();

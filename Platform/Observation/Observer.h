@@ -13,6 +13,8 @@ namespace platform {
 
 /// Keeps a function's effects in step with the observable state that it reads. See observe().
 class Observer final : public QObject {
+    Q_OBJECT
+
 public:
     /// The shortest time between two runs that follow each other: a frame of a 60 Hz display.
     static constexpr std::chrono::milliseconds frame{16};

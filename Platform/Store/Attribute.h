@@ -16,8 +16,6 @@ class Attribute {
 public:
     /// Joins the record's attributes, whose columns stand in the order of construction.
     Attribute(PersistentModel& record, QString name);
-    Attribute(const Attribute&) = delete;
-    Attribute& operator=(const Attribute&) = delete;
     virtual ~Attribute() = default;
 
     /// The name of the column.
@@ -34,6 +32,7 @@ protected:
     void markChanged();
 
 private:
+    Q_DISABLE_COPY(Attribute)
     PersistentModel& m_record;
     QString m_name;
 };

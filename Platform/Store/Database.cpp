@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/Database.h"
 
-#include "Platform/Store/StoreError.h"
-
 #include <QFile>
 
 #include <sqlite3.h>
@@ -11,31 +9,10 @@
 
 namespace platform {
 
-using Reason = StoreError::Reason;
-
 namespace {
 
 // Long enough for another program's save to end, short enough for nobody to notice the wait.
 constexpr std::chrono::milliseconds lockWait{250};
-
-Reason reasonOf(int result) {
-    switch (result & 0xff) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return Reason::Busy;
-    case SQLITE_FULL:
-        return Reason::Full;
-    case SQLITE_NOTADB:
-    case SQLITE_CORRUPT:
-    case SQLITE_FORMAT:
-        return Reason::NotAStore;
-    case SQLITE_ERROR: // a statement that does not fit the tables
-    case SQLITE_SCHEMA:
-        return Reason::Foreign;
-    default:
-        return Reason::Unreachable;
-    }
-}
 
 } // namespace
 
@@ -43,29 +20,24 @@ void Database::Close::operator()(sqlite3* connection) const {
     sqlite3_close(connection);
 }
 
-Database::Database(std::unique_ptr<sqlite3, Close> connection)
-    : m_connection(std::move(connection)) {}
-
-Database Database::open(const QString& file) {
+Database::Database(const QString& file) {
     sqlite3* raw = nullptr;
     const int result = sqlite3_open_v2(
         QFile::encodeName(file).constData(), &raw,
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
-    Database database{std::unique_ptr<sqlite3, Close>(raw)};
-    database.check(result);
+    m_connection.reset(raw);
+    check(result);
     sqlite3_busy_timeout(raw, int(lockWait.count()));
     // Whatever somebody may have put into the file, it is data and nothing more.
     sqlite3_db_config(raw, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(raw, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(raw, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(raw, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    return database;
 }
 
 void Database::check(int result) const {
     if (result != SQLITE_OK)
-        throw StoreError(reasonOf(result), m_connection ? sqlite3_errmsg(m_connection.get())
-                                                        : sqlite3_errstr(result));
+        throw StoreError(sqlite3_errmsg(m_connection.get()));
 }
 
 void Database::execute(const QByteArray& sql) {
@@ -122,10 +94,10 @@ qint64 Statement::number(int column) const {
 
 QByteArray Statement::text(int column) const {
     if (sqlite3_column_type(m_statement.get(), column) != SQLITE_TEXT)
-        throw StoreError(Reason::Malformed, "a value that is no text");
+        throw StoreError("a value that is no text");
     const auto* text = sqlite3_column_text(m_statement.get(), column);
     if (!text)
-        throw StoreError(Reason::Unreachable, "out of memory");
+        throw StoreError("out of memory");
     return QByteArray(reinterpret_cast<const char*>(text),
                       sqlite3_column_bytes(m_statement.get(), column));
 }

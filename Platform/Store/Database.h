@@ -5,11 +5,19 @@
 #include <QString>
 
 #include <memory>
+#include <stdexcept>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace platform {
+
+/// Why a store could not be read or written, in words for developers: never shown to users.
+///
+/// What was saved before is still there, and what was not saved is still pending in its context.
+class StoreError final : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 /// A connection to an SQLite file. An open transaction is rolled back when the connection ends.
 ///
@@ -17,7 +25,7 @@ namespace platform {
 class Database {
 public:
     /// Opens a file that is there; it is read and written where that is allowed, else read.
-    static Database open(const QString& file);
+    explicit Database(const QString& file);
 
     /// Runs statements that give no rows and take no values.
     void execute(const QByteArray& sql);
@@ -36,7 +44,6 @@ private:
     struct Close {
         void operator()(sqlite3* connection) const;
     };
-    explicit Database(std::unique_ptr<sqlite3, Close> connection);
     void check(int result) const;
 
     std::unique_ptr<sqlite3, Close> m_connection;
@@ -59,7 +66,7 @@ public:
     void run() { step(); }
 
     qint64 number(int column) const;
-    /// A column's text; throws Malformed where it holds anything else.
+    /// A column's text; throws where it holds anything else.
     QByteArray text(int column) const;
 
 private:

@@ -1,27 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/ModelContainer.h"
 
-#include "Platform/Store/StoreError.h"
-
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
 namespace platform {
 
-using Reason = StoreError::Reason;
-
 namespace {
-
-[[noreturn]] void throwUnreachable(int error) {
-    throw StoreError(Reason::Unreachable, std::strerror(error));
-}
 
 /// The statement that makes the type's table. The store keeps it word for word, hence it is also
 /// what the table's layout is recognised by.
@@ -38,25 +28,22 @@ bool isThere(const QString& file) {
     if (::stat(QFile::encodeName(file).constData(), &status) != 0) {
         if (errno == ENOENT)
             return false;
-        throwUnreachable(errno);
+        throw StoreError(std::strerror(errno));
     }
     // SQLite takes a file of one byte for an empty one and would write over it.
     const bool isCutShort = status.st_size > 0 && status.st_size < 100;
     if (!S_ISREG(status.st_mode) || isCutShort)
-        throw StoreError(Reason::NotAStore, "not a database");
+        throw StoreError("not a database");
     return true;
 }
 
 /// Makes the folder and those above it, for the user alone.
 void makeFolder(const QString& folder) {
-    const QByteArray path = QFile::encodeName(folder);
-    if (::mkdir(path.constData(), 0700) == 0 || errno == EEXIST)
+    if (QFileInfo::exists(folder))
         return;
-    if (errno != ENOENT)
-        throwUnreachable(errno);
     makeFolder(QFileInfo(folder).path());
-    if (::mkdir(path.constData(), 0700) != 0 && errno != EEXIST)
-        throwUnreachable(errno);
+    if (::mkdir(QFile::encodeName(folder).constData(), 0700) != 0 && errno != EEXIST)
+        throw StoreError(std::strerror(errno));
 }
 
 } // namespace
@@ -68,7 +55,7 @@ ModelContainer::ModelContainer(QString file, RecordType type)
 std::optional<Database> ModelContainer::openForReading() const {
     if (!isThere(m_file))
         return std::nullopt;
-    Database database = Database::open(m_file);
+    Database database(m_file);
     database.execute("BEGIN");
     if (!hasTable(database))
         return std::nullopt;
@@ -77,7 +64,7 @@ std::optional<Database> ModelContainer::openForReading() const {
 
 Database ModelContainer::openForWriting() const {
     makeFile();
-    Database database = Database::open(m_file);
+    Database database(m_file);
     // The journal is emptied, not removed: that makes the end of a commit durable without another
     // write of the folder. What is deleted is overwritten, and nothing of a record goes to
     // files elsewhere: what the user deletes does not linger.
@@ -95,24 +82,22 @@ void ModelContainer::makeFile() const {
     if (isThere(m_file))
         return;
     makeFolder(QFileInfo(m_file).path());
-    const int file =
-        ::open(QFile::encodeName(m_file).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file >= 0)
-        ::close(file);
-    else if (errno != EEXIST)
-        throwUnreachable(errno);
+    QFile file(m_file);
+    const auto forTheUserAlone = QFile::ReadOwner | QFile::WriteOwner;
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, forTheUserAlone) && !file.exists())
+        throw StoreError(file.errorString().toStdString());
 }
 
 bool ModelContainer::hasTable(Database& database) const {
     const qint64 version = database.number("PRAGMA user_version");
     if (version > schemaVersion)
-        throw StoreError(Reason::LaterVersion, "written by a later version");
+        throw StoreError("written by a later version");
     if (version == 0 && database.number("SELECT count(*) FROM sqlite_schema") == 0)
         return false;
     const QByteArray definition = tableDefinition(m_type);
     Statement table(database, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND sql = ?");
     if (!table.bind(definition).step())
-        throw StoreError(Reason::Foreign, "a table of another layout");
+        throw StoreError("a table of another layout");
     return true;
 }
 

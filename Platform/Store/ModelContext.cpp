@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/ModelContext.h"
 
-#include "Platform/Store/StoreError.h"
-
 #include <QCoreApplication>
 
 namespace platform {
@@ -98,7 +96,7 @@ ModelContext::Record ModelContext::materialize(const Statement& row) {
     int column = 0;
     for (Attribute* attribute : record->m_attributes)
         if (!attribute->restore(row.text(++column)))
-            throw StoreError(StoreError::Reason::Malformed, "a value that cannot be read");
+            throw StoreError("a value that cannot be read");
     if (known == m_records.end())
         m_records.push_back(record);
     record->m_context = this;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Store/FetchDescriptor.h"
 #include "Platform/Store/ModelContainer.h"
 
 #include <QTimer>
@@ -11,6 +10,18 @@
 #include <vector>
 
 namespace platform {
+
+/// An order of records: the latest by one of their dates first.
+template <class Model>
+struct SortDescriptor {
+    DateAttribute Model::*latestFirst;
+};
+
+/// What to fetch: all records, in this order; where two are alike in it, in the store's own.
+template <class Model>
+struct FetchDescriptor {
+    SortDescriptor<Model> sortBy;
+};
 
 /// The records of a store as a program works with them: it fetches, makes, changes and deletes
 /// them here, and saves what has changed as one transaction.
@@ -30,8 +41,6 @@ public:
     /// The container outlives the context.
     explicit ModelContext(const ModelContainer& container,
                           std::chrono::milliseconds autosaveDelay = defaultAutosaveDelay);
-    ModelContext(const ModelContext&) = delete;
-    ModelContext& operator=(const ModelContext&) = delete;
     ~ModelContext();
 
     /// The records as the store holds them, with all pending changes of this context. `Model` is

@@ -29,14 +29,13 @@ struct StoredRow {
 class PersistentModel {
 public:
     PersistentModel() = default;
-    PersistentModel(const PersistentModel&) = delete;
-    PersistentModel& operator=(const PersistentModel&) = delete;
     virtual ~PersistentModel() = default;
 
     /// The attributes in the order of their columns.
     const QList<Attribute*>& attributes() const { return m_attributes; }
 
 private:
+    Q_DISABLE_COPY(PersistentModel)
     friend class Attribute;
     friend class ModelContext;
 

@@ -83,7 +83,7 @@ Task<QList<OllamaModelEntry>> fetchModels(HttpClient client,
     request.idleTimeout = idleTimeout;
     try {
         const HttpResponse response = co_await client.data(std::move(request));
-        if (response.status() == ok)
+        if (response.status == ok)
             co_return OllamaTagsResponse::fromJson(response.body).models;
     } catch (...) {
         // An empty list is the only sign of any failure.
@@ -112,7 +112,7 @@ ReplyStream OllamaBackend::streamResponse(const QString& prompt, const QList<Cha
         [&](auto continuation) {
             return readReply(
                 HttpClient(m_network, baseURL()),
-                OllamaChatRequest(m_modelName, messageList(prompt, history, systemPrompt)),
+                OllamaChatRequest{m_modelName, messageList(prompt, history, systemPrompt)},
                 m_idleTimeout, std::move(continuation));
         });
 }

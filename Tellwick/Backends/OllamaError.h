@@ -12,9 +12,15 @@ namespace tellwick {
 class OllamaError final : public platform::LocalizedError {
 public:
     /// The server answered with a status other than 200.
-    static OllamaError badResponse(std::intptr_t status);
+    static OllamaError badResponse(std::intptr_t status) {
+        return OllamaError(
+            QStringLiteral("Ollama returned an unexpected status (%1).").arg(qint64(status)));
+    }
     /// The server cannot be reached.
-    static OllamaError notRunning();
+    static OllamaError notRunning() {
+        return OllamaError(
+            QStringLiteral("Ollama is not running. Launch Ollama to use local models."));
+    }
 
     QString errorDescription() const override { return m_description; }
 

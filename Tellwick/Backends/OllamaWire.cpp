@@ -9,18 +9,14 @@ namespace tellwick {
 
 using platform::Json;
 
-OllamaChatRequest::OllamaChatRequest(QString model, QList<OllamaMessage> messages)
-    : m_model(std::move(model))
-    , m_messages(std::move(messages)) {}
-
 QByteArray OllamaChatRequest::toJson() const {
     using Object = nlohmann::ordered_json;
-    Object messages = Object::array();
-    for (const OllamaMessage& message : m_messages)
-        messages.push_back(
+    Object list = Object::array();
+    for (const OllamaMessage& message : messages)
+        list.push_back(
             {{"role", message.role.toStdString()}, {"content", message.content.toStdString()}});
     const Object request = {
-        {"model", m_model.toStdString()}, {"messages", std::move(messages)}, {"stream", true}};
+        {"model", model.toStdString()}, {"messages", std::move(list)}, {"stream", true}};
     return QByteArray::fromStdString(request.dump());
 }
 

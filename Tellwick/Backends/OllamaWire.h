@@ -21,16 +21,12 @@ struct OllamaMessage {
 };
 
 /// The body of a chat request. It always asks for a streamed reply.
-class OllamaChatRequest {
-public:
-    OllamaChatRequest(QString model, QList<OllamaMessage> messages);
+struct OllamaChatRequest {
+    QString model;
+    QList<OllamaMessage> messages;
 
     /// The request as compact JSON in UTF-8.
     QByteArray toJson() const;
-
-private:
-    QString m_model;
-    QList<OllamaMessage> m_messages;
 };
 
 /// One line of a streamed chat reply.

@@ -8,14 +8,6 @@ namespace tellwick {
 using namespace Qt::StringLiterals;
 using Role = ChatMessage::Role;
 
-namespace {
-
-QString roleText(Role role) {
-    return role == Role::user ? u"user"_s : u"assistant"_s;
-}
-
-} // namespace
-
 platform::FetchDescriptor<ChatSession> ChatSession::newestFirst() {
     return {{&ChatSession::updatedAt}};
 }
@@ -27,7 +19,7 @@ QList<ChatMessage> ChatSession::messages() const {
     QList<ChatMessage> messages;
     messages.reserve(count);
     for (qsizetype i = 0; i < count; ++i) {
-        const Role role = storedRoles[i] == u"user"_s ? Role::user : Role::assistant;
+        const Role role = storedRoles[i] == u"user" ? Role::user : Role::assistant;
         messages.append(ChatMessage(role, platform::TextSnapshot(storedContents[i])));
     }
     return messages;
@@ -39,7 +31,7 @@ void ChatSession::setMessages(const QList<ChatMessage>& messages) {
     newRoles.reserve(messages.size());
     newContents.reserve(messages.size());
     for (const ChatMessage& message : messages) {
-        newRoles.append(roleText(message.role()));
+        newRoles.append(message.role() == Role::user ? u"user"_s : u"assistant"_s);
         newContents.append(message.content.toString());
     }
     roles = std::move(newRoles);

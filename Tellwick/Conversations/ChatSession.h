@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Store/FetchDescriptor.h"
-#include "Platform/Store/ModelContainer.h"
+#include "Platform/Store/ModelContext.h"
 #include "Tellwick/Core/ChatMessage.h"
 
 namespace tellwick {

@@ -23,7 +23,6 @@ ChatViewModel::ChatViewModel(platform::ModelContext& modelContext,
                              const ModelManager::Sources& models, platform::Executor& mainExecutor)
     : modelManager(models, mainExecutor)
     , m_modelContext(modelContext)
-    , m_systemModel(models.systemModel)
     , m_tasks(mainExecutor) {
     loadSession();
 }
@@ -40,7 +39,7 @@ void ChatViewModel::send() {
         return;
     }
     if (backend->info().source() == ModelSource::appleIntelligence) {
-        if (const auto reason = m_systemModel.availability().unavailableReason()) {
+        if (const auto reason = modelManager.aiBackend->unavailabilityReason()) {
             availabilityError = u"Apple Intelligence unavailable: "_s + platform::toText(*reason);
             return;
         }
@@ -66,11 +65,13 @@ platform::Task<void> ChatViewModel::run(Turn turn) {
                 break;
             setReply(turn, *std::move(element));
         }
+    } catch (const platform::CancellationError&) {
+        // What there is of the reply stays.
     } catch (...) {
         error = std::current_exception();
     }
 
-    if (error && !platform::isCancellation(error)) {
+    if (error) {
         setReply(turn, TextSnapshot(u"Error: "_s + platform::localizedDescription(error)));
         turn.backend->reset();
     }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Platform/Concurrency/TaskScope.h"
-#include "Platform/LanguageModel/SystemLanguageModel.h"
 #include "Platform/Observation/Observed.h"
 #include "Platform/Store/ModelContext.h"
 #include "Tellwick/Backends/ModelManager.h"
@@ -73,7 +72,6 @@ private:
     void saveContext();
 
     platform::ModelContext& m_modelContext;
-    const platform::SystemLanguageModel& m_systemModel;
     /// The conversation's record; none where the store could not be read.
     std::shared_ptr<ChatSession> m_currentSession;
     /// The running turn.

@@ -14,7 +14,9 @@ public:
     enum class Role { user, assistant };
 
     /// A message with a fresh identity, also when it is rebuilt from the store.
-    ChatMessage(Role role, platform::TextSnapshot content);
+    ChatMessage(Role role, platform::TextSnapshot text)
+        : content(std::move(text))
+        , m_role(role) {}
 
     /// A random (version 4) UUID: the identity of the message. Copies are the same message.
     const QUuid& id() const { return m_id; }
@@ -24,7 +26,7 @@ public:
     platform::TextSnapshot content;
 
 private:
-    QUuid m_id;
+    QUuid m_id = QUuid::createUuid();
     Role m_role;
 };
 

@@ -18,8 +18,6 @@ using ReplyStream = platform::AsyncStream<platform::TextSnapshot>;
 class ModelBackend {
 public:
     ModelBackend() = default;
-    ModelBackend(const ModelBackend&) = delete;
-    ModelBackend& operator=(const ModelBackend&) = delete;
     virtual ~ModelBackend() = default;
 
     virtual const ModelInfo& info() const = 0;
@@ -41,6 +39,9 @@ public:
 
     /// Forgets what the backend keeps of the conversation between turns. Main thread.
     virtual void reset() = 0;
+
+private:
+    Q_DISABLE_COPY(ModelBackend)
 };
 
 } // namespace tellwick

@@ -28,17 +28,18 @@ platform::Task<T> runThere(platform::TaskScope& scope, platform::Task<T> task) {
     co_return co_await platform::runOn(scope, std::move(task));
 }
 
-/// A scripted server, and what a client of it needs to run.
+/// A scripted server that listens, and what a client of it needs to run.
 class HttpFixture {
 public:
-    ~HttpFixture() {
-        server.reset();
-        network.reset();
-        scope.reset();
+    /// On a free port when none is given.
+    explicit HttpFixture(quint16 port = 0) {
+        if (!server.listen(port))
+            qFatal("Port %d cannot be used (%s). Run the tests where no model server runs.", port,
+                   qPrintable(server.errorString()));
     }
 
-    platform::HttpClient client() const {
-        return {*network, platform::HttpEndpoint::loopback(server->port())};
+    platform::HttpClient client() {
+        return {*network, platform::HttpEndpoint::loopback(server.port())};
     }
 
     /// Runs the task on the network thread until it ends.
@@ -54,7 +55,7 @@ public:
     std::shared_ptr<SeenLines> watch(platform::HttpClient from,
                                      platform::HttpRequest request = {}) {
         const auto seen = std::make_shared<SeenLines>();
-        task = scope->start(consume(
+        task = scope.start(consume(
             platform::produce<QByteArray>(
                 network->scope(),
                 [&](auto lines) { return yieldLines(std::move(from), std::move(request), lines); }),
@@ -68,22 +69,23 @@ public:
         return whole(watch(std::move(from), std::move(request)));
     }
     std::shared_ptr<SeenLines> read(const Script& script, platform::HttpRequest request = {}) {
-        server->enqueue(script);
+        server.enqueue(script);
         return read(client(), std::move(request));
     }
 
     /// Waits for the end of a stream.
-    template <class Element>
-    static std::shared_ptr<Seen<Element>> whole(std::shared_ptr<Seen<Element>> seen) {
+    template <class SeenStream>
+    static std::shared_ptr<SeenStream> whole(std::shared_ptr<SeenStream> seen) {
         if (!QTest::qWaitFor([&] { return seen->hasEnded; }, 60'000))
             qFatal("a stream has not ended within its limit");
         return seen;
     }
 
+    // What ends first stands last.
     platform::MainExecutor main;
-    std::unique_ptr<platform::TaskScope> scope = std::make_unique<platform::TaskScope>(main);
-    std::unique_ptr<platform::NetworkThread> network = std::make_unique<platform::NetworkThread>();
-    std::unique_ptr<ScriptedServer> server = std::make_unique<ScriptedServer>();
+    platform::TaskScope scope{main};
+    std::optional<platform::NetworkThread> network{std::in_place};
+    ScriptedServer server;
     platform::TaskHandle task; // of the stream watched last
 };
 

@@ -5,6 +5,7 @@
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/TaskScope.h"
+#include "Platform/Text/TextSnapshot.h"
 
 #include <QEventLoop>
 #include <QTimer>
@@ -87,6 +88,16 @@ template <class Element>
 struct Seen : Ending {
     QList<Element> elements;
     bool hasEnded = false;
+};
+
+/// The same of a reply, whose elements are texts.
+struct SeenReply : Seen<platform::TextSnapshot> {
+    QStringList texts() const {
+        QStringList all;
+        for (const platform::TextSnapshot& element : elements)
+            all.append(element.toString());
+        return all;
+    }
 };
 
 template <class Element>

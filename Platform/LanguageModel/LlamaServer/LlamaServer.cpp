@@ -2,7 +2,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
 
 #include "Platform/Http/HttpError.h"
-#include "Platform/Http/SleepFor.h"
+#include "Platform/Http/NetworkThread.h"
 
 #include <signal.h>
 
@@ -31,7 +31,7 @@ Task<bool> isHealthy(HttpClient client) {
     HttpRequest request("/health");
     try {
         const HttpResponse response = co_await client.data(request);
-        co_return response.status() == statusOk;
+        co_return response.status == statusOk;
     } catch (const HttpError&) {
         co_return false; // not listening yet
     }

@@ -3,12 +3,10 @@
 #include "tests/support/TaskRunner.h"
 #include "tests/support/TestMain.h"
 
-#include <QBasicTimer>
-
+#include <numeric>
 #include <thread>
 
 using namespace platform;
-using tests::consume;
 
 using Seen = tests::Seen<int>;
 
@@ -18,7 +16,7 @@ struct Failure final : LocalizedError {
     QString errorDescription() const override { return QStringLiteral("It failed."); }
 };
 
-/// Keeps what is posted until the test runs it, and counts it.
+/// Keeps the last work that was posted, and counts.
 class HeldExecutor final : public Executor {
 public:
     explicit HeldExecutor(int& posted)
@@ -26,17 +24,14 @@ public:
 
     void post(std::function<void()> work) override {
         ++m_posted;
-        m_work.push_back(std::move(work));
+        held = std::move(work);
     }
     bool isCurrent() const override { return true; }
-    void runAll() {
-        for (; !m_work.empty(); m_work.pop_front())
-            m_work.front()();
-    }
+
+    std::function<void()> held;
 
 private:
     int& m_posted;
-    std::deque<std::function<void()>> m_work;
 };
 
 Task<void> yieldAndThrow(StreamContinuation<int> continuation, std::exception_ptr error) {
@@ -57,16 +52,21 @@ Task<void> consumeSlowly(AsyncStream<int> stream, std::shared_ptr<Seen> seen) {
     seen->hasEnded = true;
 }
 
-class TickCounter final : public QObject {
-public:
-    TickCounter() { m_timer.start(0, this); }
-    int ticks = 0;
+/// A stream of numbers, and what is seen of it once it is consumed.
+struct Numbers {
+    TaskHandle consume() { return scope->start(tests::consume(std::move(ends.stream), seen)); }
+    /// Everything is there before anybody looks.
+    void yieldAll(int count) {
+        for (int i = 0; i < count; ++i)
+            source.yield(i);
+        source.finish();
+    }
 
-protected:
-    void timerEvent(QTimerEvent*) override { ++ticks; }
-
-private:
-    QBasicTimer m_timer;
+    MainExecutor executor;
+    std::optional<TaskScope> scope{std::in_place, executor};
+    StreamEnds<int> ends = makeStream<int>();
+    StreamContinuation<int> source = ends.continuation;
+    std::shared_ptr<Seen> seen = std::make_shared<Seen>();
 };
 
 } // namespace
@@ -75,130 +75,90 @@ class AsyncStreamTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void elementsYieldedBeforeConsumptionArriveInOrder() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        continuation.yield(1);
-        continuation.yield(2);
-        continuation.finish();
-        scope.start(consume(std::move(stream), seen));
-        QVERIFY(!seen->hasEnded);
-        QTRY_VERIFY(seen->hasEnded);
-        QCOMPARE(seen->elements, (QList<int>{1, 2}));
-        QVERIFY(!seen->error);
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
+
+    void elementsComeInOrderAndTheEndBehindThem_data() {
+        QTest::addColumn<std::exception_ptr>("error");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("normally") << std::exception_ptr() << QString();
+        QTest::newRow("with an error")
+            << std::make_exception_ptr(Failure()) << QStringLiteral("It failed.");
+    }
+
+    void elementsComeInOrderAndTheEndBehindThem() {
+        QFETCH(std::exception_ptr, error);
+        m->source.yield(1);
+        m->source.yield(2);
+        m->source.finish(error);
+        m->consume();
+        QVERIFY(!m->seen->hasEnded);
+        QTRY_VERIFY(m->seen->hasEnded);
+        QCOMPARE(m->seen->elements, (QList<int>{1, 2}));
+        QTEST(m->seen->errorText(), "text");
     }
 
     void elementsFromAnotherThreadArriveInOrderOnTheMainThread() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        scope.start(consume(std::move(stream), seen));
-        std::jthread producer([continuation = continuation] {
-            for (int i = 0; i < 10'000; ++i)
-                continuation.yield(i);
-            continuation.finish();
-        });
-        QTRY_VERIFY(seen->hasEnded);
-        QCOMPARE(seen->elements.size(), 10'000);
-        for (int i = 0; i < 10'000; ++i)
-            QCOMPARE(seen->elements[i], i);
-    }
-
-    void anErrorComesAfterTheElementsBeforeIt() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        continuation.yield(7);
-        continuation.finish(std::make_exception_ptr(Failure()));
-        scope.start(consume(std::move(stream), seen));
-        QTRY_VERIFY(seen->hasEnded);
-        QCOMPARE(seen->elements, QList<int>{7});
-        QCOMPARE(seen->errorText(), QStringLiteral("It failed."));
-        QVERIFY(!isCancellation(seen->error));
+        m->consume();
+        std::jthread producer([this] { m->yieldAll(10'000); });
+        QTRY_VERIFY(m->seen->hasEnded);
+        QList<int> expected(10'000);
+        std::iota(expected.begin(), expected.end(), 0);
+        QCOMPARE(m->seen->elements, expected);
     }
 
     void onlyTheFirstEndCounts() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        continuation.finish();
-        continuation.yield(1);
-        continuation.finish(std::make_exception_ptr(Failure()));
-        scope.start(consume(std::move(stream), seen));
-        QTRY_VERIFY(seen->hasEnded);
-        QVERIFY(seen->elements.isEmpty());
-        QVERIFY(!seen->error);
+        m->source.finish();
+        m->source.yield(1);
+        m->source.finish(std::make_exception_ptr(Failure()));
+        m->consume();
+        QTRY_VERIFY(m->seen->hasEnded);
+        QVERIFY(m->seen->elements.isEmpty());
+        QVERIFY(!m->seen->error);
     }
 
     void cancellingEndsTheWaitForTheNextElement() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        TaskHandle handle = scope.start(consume(std::move(stream), seen));
-        continuation.yield(1);
-        QTRY_COMPARE(seen->elements.size(), 1);
-        QVERIFY(!seen->hasEnded);
+        TaskHandle handle = m->consume();
+        m->source.yield(1);
+        QTRY_COMPARE(m->seen->elements.size(), 1);
+        QVERIFY(!m->seen->hasEnded);
         handle.cancel();
-        QTRY_VERIFY(seen->hasEnded);
-        QVERIFY(!seen->error);
+        QTRY_VERIFY(m->seen->hasEnded);
+        QVERIFY(!m->seen->error);
     }
 
     void aCancelledConsumerTakesNoBufferedElement() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        TaskHandle handle = scope.start(consume(std::move(stream), seen));
-        continuation.yield(1);
+        TaskHandle handle = m->consume();
+        m->source.yield(1);
         handle.cancel();
-        QTRY_VERIFY(seen->hasEnded);
-        QVERIFY(seen->elements.isEmpty());
+        QTRY_VERIFY(m->seen->hasEnded);
+        QVERIFY(m->seen->elements.isEmpty());
     }
 
-    void theProducerGoesOnUndisturbedAfterTheConsumerIsGone() {
-        auto ends = std::make_unique<StreamEnds<int>>(makeStream<int>());
-        const auto continuation = ends->continuation;
-        ends.reset();
-        continuation.yield(1);
-        continuation.finish();
-        continuation.yield(2);
-    }
-
-    void droppingTheConsumerFreesWhatIsBuffered() {
+    void droppingTheConsumerFreesWhatIsBufferedAndDoesNotDisturbTheProducer() {
         const auto element = std::make_shared<int>(5);
-        auto ends =
-            std::make_unique<StreamEnds<std::shared_ptr<int>>>(makeStream<std::shared_ptr<int>>());
+        std::optional ends = makeStream<std::shared_ptr<int>>();
         const auto continuation = ends->continuation;
         continuation.yield(element);
         QCOMPARE(element.use_count(), 2);
         ends.reset();
         QCOMPARE(element.use_count(), 1);
         continuation.yield(element);
+        continuation.finish();
         QCOMPARE(element.use_count(), 1);
     }
 
     void aScopeThatEndsDestroysTheWaitingConsumer() {
-        MainExecutor executor;
-        auto [stream, continuation] = makeStream<int>();
-        const auto seen = std::make_shared<Seen>();
-        {
-            TaskScope scope(executor);
-            scope.start(consume(std::move(stream), seen));
-            continuation.yield(1);
-            QTRY_COMPARE(seen->elements.size(), 1);
-            QCOMPARE(seen.use_count(), 2);
-            continuation.yield(2); // its resumption is on the way when the scope ends
-        }
-        QCOMPARE(seen.use_count(), 1);
+        m->consume();
+        m->source.yield(1);
+        QTRY_COMPARE(m->seen->elements.size(), 1);
+        QCOMPARE(m->seen.use_count(), 2);
+        m->source.yield(2); // its resumption is on the way when the scope ends
+        m->scope.reset();
+        QCOMPARE(m->seen.use_count(), 1);
         QCoreApplication::processEvents();
-        QCOMPARE(seen->elements.size(), 1);
-        QVERIFY(!seen->hasEnded);
+        QCOMPARE(m->seen->elements.size(), 1);
+        QVERIFY(!m->seen->hasEnded);
     }
 
     void aProducerDoesNotKnowAnExecutorThatHasGone_data() {
@@ -210,16 +170,14 @@ private Q_SLOTS:
     void aProducerDoesNotKnowAnExecutorThatHasGone() {
         QFETCH(bool, yields);
         int posted = 0;
-        const auto seen = std::make_shared<Seen>();
-        auto [stream, continuation] = makeStream<int>();
         {
             HeldExecutor executor(posted);
             TaskScope scope(executor);
-            scope.start(consume(std::move(stream), seen));
-            executor.runAll();
+            scope.start(tests::consume(std::move(m->ends.stream), m->seen));
+            executor.held();
             QCOMPARE(posted, 1);
         }
-        yields ? continuation.yield(1) : continuation.finish();
+        yields ? m->source.yield(1) : m->source.finish();
         QCOMPARE(posted, 1);
     }
 
@@ -238,53 +196,39 @@ private Q_SLOTS:
     void aProducedStreamEndsAsItsWorkDoes() {
         QFETCH(std::exception_ptr, error);
         QFETCH(bool, isBegun);
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto seen = std::make_shared<Seen>();
-        scope.start(consume(produce<int>(scope,
-                                         [&](auto continuation) {
-                                             if (!isBegun)
-                                                 std::rethrow_exception(error);
-                                             return yieldAndThrow(continuation, error);
-                                         }),
-                            seen));
-        QTRY_VERIFY(seen->hasEnded);
-        QCOMPARE(seen->elements, isBegun ? QList<int>{1} : QList<int>());
-        QTEST(seen->errorText(), "text");
+        const auto work = [&](auto continuation) {
+            if (!isBegun)
+                std::rethrow_exception(error);
+            return yieldAndThrow(continuation, error);
+        };
+        m->scope->start(tests::consume(produce<int>(*m->scope, work), m->seen));
+        QTRY_VERIFY(m->seen->hasEnded);
+        QCOMPARE(m->seen->elements, isBegun ? QList<int>{1} : QList<int>());
+        QTEST(m->seen->errorText(), "text");
     }
 
     void timersGoOnDuringAFloodOfReadyElements() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        for (int i = 0; i < 1'000; ++i) // a tenth of a second of work, all of it ready at once
-            continuation.yield(i);
-        continuation.finish();
-        const auto seen = std::make_shared<Seen>();
-        scope.start(consumeSlowly(std::move(stream), seen));
-        TickCounter counter;
+        m->yieldAll(1'000); // a tenth of a second of work
+        m->scope->start(consumeSlowly(std::move(m->ends.stream), m->seen));
         int ticksBeforeTheEnd = 0;
-        while (!seen->hasEnded) {
-            QCoreApplication::processEvents();
-            if (!seen->hasEnded)
-                ticksBeforeTheEnd = counter.ticks;
-        }
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, &timer,
+                         [&] { ticksBeforeTheEnd += m->seen->hasEnded ? 0 : 1; });
+        timer.start(0);
+        QTRY_VERIFY(m->seen->hasEnded);
         QVERIFY2(ticksBeforeTheEnd >= 5, qPrintable(QString::number(ticksBeforeTheEnd)));
-        QCOMPARE(seen->elements.size(), 1'000);
+        QCOMPARE(m->seen->elements.size(), 1'000);
     }
 
     void aHundredThousandReadyElementsNeedNoDeepStack() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        auto [stream, continuation] = makeStream<int>();
-        for (int i = 0; i < 100'000; ++i)
-            continuation.yield(i);
-        continuation.finish();
-        const auto seen = std::make_shared<Seen>();
-        scope.start(consume(std::move(stream), seen));
-        QTRY_VERIFY(seen->hasEnded);
-        QCOMPARE(seen->elements.size(), 100'000);
+        m->yieldAll(100'000);
+        m->consume();
+        QTRY_VERIFY(m->seen->hasEnded);
+        QCOMPARE(m->seen->elements.size(), 100'000);
     }
+
+private:
+    std::optional<Numbers> m;
 };
 
 TELLWICK_TEST(AsyncStreamTests, EventLoop)

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/Errors.h"
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Concurrency/TaskScope.h"
+#include "tests/support/TaskRunner.h"
 #include "tests/support/TestMain.h"
 
 #include <condition_variable>
-#include <deque>
-#include <mutex>
 #include <thread>
 
 using namespace platform;
+using tests::runTask;
+using tests::startTask;
 
 namespace {
 
@@ -54,31 +52,24 @@ Task<int> immediate(int value) {
     co_return value;
 }
 
-Task<int> failing() {
-    throw CancellationError();
-    co_return 0;
-}
-
-Task<std::thread::id> whereAmI() {
+Task<std::thread::id> whereAmI(bool fails) {
+    if (fails)
+        throw CancellationError();
     co_return std::this_thread::get_id();
 }
 
-Task<void> append(std::shared_ptr<QList<int>> list, int value) {
+Task<void> append(std::shared_ptr<QList<int>> list, int value, bool isCancelled = false) {
     list->append(value);
+    if (isCancelled)
+        throw CancellationError();
     co_return;
 }
 
-Task<void> sumUp(std::shared_ptr<int> sum, int count) {
+Task<int> sumUp(int count) {
+    int sum = 0;
     for (int i = 0; i < count; ++i)
-        *sum += co_await immediate(1);
-}
-
-Task<void> catching(std::shared_ptr<bool> caught) {
-    try {
-        co_await failing();
-    } catch (const CancellationError&) {
-        *caught = true;
-    }
+        sum += co_await immediate(1);
+    co_return sum;
 }
 
 Task<bool> askWhetherCancelled() {
@@ -92,34 +83,13 @@ Task<void> reportCancellation(std::shared_ptr<QList<bool>> answers) {
 
 struct Places {
     std::thread::id before, there, after;
-    bool hasEnded = false;
-    bool hasFailed = false;
 };
 
-Task<void> visit(TaskScope& other, std::shared_ptr<Places> places) {
+Task<int> visit(TaskScope& other, std::shared_ptr<Places> places, bool fails = false) {
     places->before = std::this_thread::get_id();
-    places->there = co_await runOn(other, whereAmI());
+    places->there = co_await runOn(other, whereAmI(fails));
     places->after = std::this_thread::get_id();
-    places->hasEnded = true;
-}
-
-Task<void> visitInVain(TaskScope& other, std::shared_ptr<Places> places) {
-    try {
-        co_await runOn(other, failing());
-    } catch (const CancellationError&) {
-        places->hasFailed = true;
-    }
-    places->hasEnded = true;
-}
-
-Task<void> endByCancellation(std::shared_ptr<int> value) {
-    ++*value;
-    co_await failing();
-}
-
-Task<void> hold(std::shared_ptr<int> value) {
-    ++*value;
-    co_return;
+    co_return 0;
 }
 
 } // namespace
@@ -128,147 +98,110 @@ class TaskTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() {
+        m_scope.emplace(m_executor);
+        m_list = std::make_shared<QList<int>>();
+        m_places = std::make_shared<Places>();
+    }
+    void cleanup() { m_scope.reset(); }
+
     void aStartedTaskRunsByALaterTurnOfTheLoop() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto list = std::make_shared<QList<int>>();
-        scope.start(append(list, 1));
-        scope.start(append(list, 2));
-        QVERIFY(list->isEmpty());
-        QTRY_COMPARE(*list, (QList<int>{1, 2}));
+        m_scope->start(append(m_list, 1));
+        m_scope->start(append(m_list, 2));
+        QVERIFY(m_list->isEmpty());
+        QTRY_COMPARE(*m_list, (QList<int>{1, 2}));
     }
 
     void awaitingManyReadyTasksNeedsNoDeepStack() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto sum = std::make_shared<int>(0);
-        scope.start(sumUp(sum, 200'000));
-        QTRY_COMPARE(*sum, 200'000);
-    }
-
-    void anErrorReachesTheAwaitingTask() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto caught = std::make_shared<bool>(false);
-        scope.start(catching(caught));
-        QTRY_VERIFY(*caught);
+        QCOMPARE(runTask(m_executor, sumUp(200'000)).value, 200'000);
     }
 
     void aTaskSeesItsOwnCancellationAndAwaitedTasksShareIt() {
-        MainExecutor executor;
-        TaskScope scope(executor);
         const auto answers = std::make_shared<QList<bool>>();
-        TaskHandle handle = scope.start(reportCancellation(answers));
+        TaskHandle handle = m_scope->start(reportCancellation(answers));
         handle.cancel();
-        scope.start(reportCancellation(answers));
+        m_scope->start(reportCancellation(answers));
         QTRY_COMPARE(*answers, (QList<bool>{true, true, false, false}));
     }
 
-    void handlesOfOneTaskAreEqualAndOfTwoAreNot() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto list = std::make_shared<QList<int>>();
-        const TaskHandle first = scope.start(append(list, 1));
-        const TaskHandle copy = first;
-        const TaskHandle second = scope.start(append(list, 2));
-        QVERIFY(first == copy);
-        QVERIFY(!(first == second));
+    void runOnRunsThereAndComesBackHere_data() {
+        QTest::addColumn<bool>("fails");
+        QTest::newRow("with a result") << false;
+        QTest::newRow("with an error") << true;
     }
 
     void runOnRunsThereAndComesBackHere() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        ThreadExecutor thread;
-        {
-            TaskScope threadScope(thread);
-            const auto places = std::make_shared<Places>();
-            scope.start(visit(threadScope, places));
-            QTRY_VERIFY(places->hasEnded);
-            QCOMPARE(places->before, std::this_thread::get_id());
-            QVERIFY(places->there != places->before);
-            QCOMPARE(places->after, places->before);
-            thread.join();
-        }
-    }
-
-    void runOnBringsErrorsBack() {
-        MainExecutor executor;
-        TaskScope scope(executor);
+        QFETCH(bool, fails);
         ThreadExecutor thread;
         TaskScope threadScope(thread);
-        const auto places = std::make_shared<Places>();
-        scope.start(visitInVain(threadScope, places));
-        QTRY_VERIFY(places->hasEnded);
-        QVERIFY(places->hasFailed);
+        const auto outcome = runTask(m_executor, visit(threadScope, m_places, fails));
         thread.join();
+        QCOMPARE(outcome.errorAs<CancellationError>().has_value(), fails);
+        QCOMPARE(m_places->before, std::this_thread::get_id());
+        if (!fails) {
+            QVERIFY(m_places->there != m_places->before);
+            QCOMPARE(m_places->after, m_places->before);
+        }
     }
 
     void theWaitingSideOfRunOnMayGoFirst() {
-        MainExecutor executor;
         ThreadExecutor thread;
         TaskScope threadScope(thread);
-        const auto places = std::make_shared<Places>();
         std::mutex gate;
         gate.lock();
         thread.post([&gate] { const std::scoped_lock wait(gate); });
-        {
-            TaskScope scope(executor);
-            scope.start(visit(threadScope, places));
-            QTRY_VERIFY(places->before != std::thread::id());
-        }
+        const auto outcome = startTask(*m_scope, visit(threadScope, m_places));
+        QTRY_VERIFY(m_places->before != std::thread::id());
+        m_scope.reset();
         gate.unlock();
         thread.join();
         QCoreApplication::processEvents();
-        QVERIFY(!places->hasEnded);
-        QCOMPARE(places.use_count(), 1);
+        QVERIFY(!outcome->hasEnded());
+        QCOMPARE(m_places.use_count(), 1);
     }
 
     void theOtherScopeOfRunOnMayGoFirst() {
-        MainExecutor executor;
-        const auto places = std::make_shared<Places>();
-        {
-            TaskScope scope(executor);
-            ThreadExecutor thread;
-            thread.join();
-            auto threadScope = std::make_unique<TaskScope>(thread);
-            scope.start(visit(*threadScope, places));
-            QTRY_VERIFY(places->before != std::thread::id());
-            threadScope.reset();
-            QCoreApplication::processEvents();
-            QVERIFY(!places->hasEnded);
-        }
-        QCOMPARE(places.use_count(), 1);
+        ThreadExecutor thread;
+        thread.join();
+        std::optional<TaskScope> threadScope(std::in_place, thread);
+        const auto outcome = startTask(*m_scope, visit(*threadScope, m_places));
+        QTRY_VERIFY(m_places->before != std::thread::id());
+        threadScope.reset();
+        QCoreApplication::processEvents();
+        QVERIFY(!outcome->hasEnded());
+        m_scope.reset();
+        QCOMPARE(m_places.use_count(), 1);
+    }
+
+    void aTaskThatHasEndedHoldsNothing_data() {
+        QTest::addColumn<bool>("isCancelled");
+        QTest::newRow("normally") << false;
+        QTest::newRow("by a cancellation") << true;
     }
 
     void aTaskThatHasEndedHoldsNothing() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto value = std::make_shared<int>(0);
-        scope.start(hold(value));
-        QTRY_COMPARE(*value, 1);
-        QTRY_COMPARE(value.use_count(), 1);
+        QFETCH(bool, isCancelled);
+        m_scope->start(append(m_list, 1, isCancelled));
+        QTRY_COMPARE(m_list->size(), 1);
+        QTRY_COMPARE(m_list.use_count(), 1);
     }
 
     void aTaskThatWasNeverBegunIsDestroyedWithTheScope() {
-        const auto value = std::make_shared<int>(0);
         {
             MainExecutor executor;
             TaskScope scope(executor);
-            scope.start(hold(value));
-            QCOMPARE(value.use_count(), 2);
+            scope.start(append(m_list, 1));
+            QCOMPARE(m_list.use_count(), 2);
         }
-        QCOMPARE(value.use_count(), 1);
-        QCOMPARE(*value, 0);
+        QCOMPARE(m_list.use_count(), 1);
+        QVERIFY(m_list->isEmpty());
     }
 
-    void aTaskThatACancellationEndsEndsQuietly() {
-        MainExecutor executor;
-        TaskScope scope(executor);
-        const auto value = std::make_shared<int>(0);
-        scope.start(endByCancellation(value));
-        QTRY_COMPARE(*value, 1);
-        QTRY_COMPARE(value.use_count(), 1);
-    }
+private:
+    MainExecutor m_executor;
+    std::optional<TaskScope> m_scope;
+    std::shared_ptr<QList<int>> m_list;
+    std::shared_ptr<Places> m_places;
 };
 
 TELLWICK_TEST(TaskTests, EventLoop)

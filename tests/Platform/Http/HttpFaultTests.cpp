@@ -8,13 +8,12 @@ using namespace platform;
 using tests::HttpFixture;
 using tests::Script;
 using tests::ScriptedServer;
-using tests::SeenLines;
 using Kind = HttpError::Kind;
 using namespace std::chrono_literals;
 
 namespace {
 
-HttpRequest impatient(std::chrono::milliseconds idleTimeout = 50ms) {
+HttpRequest impatient(std::chrono::milliseconds idleTimeout) {
     HttpRequest request;
     request.idleTimeout = idleTimeout;
     return request;
@@ -25,12 +24,6 @@ std::optional<Kind> faultOf(const tests::Ending& ended) {
     return error ? std::optional(error->kind()) : std::nullopt;
 }
 
-quint16 freePort() {
-    ScriptedServer server;
-    server.listen();
-    return server.port();
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(std::optional<Kind>)
@@ -39,12 +32,8 @@ class HttpFaultTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        m_fixture = std::make_unique<HttpFixture>();
-        QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
-    }
-
-    void cleanup() { m_fixture.reset(); }
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
 
     void errorsAreSentences_data() {
         QTest::addColumn<Kind>("kind");
@@ -67,10 +56,9 @@ private Q_SLOTS:
     }
 
     void nobodyListensOnThePort() {
-        const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(freePort()));
-        QCOMPARE(m_fixture->run(client.data(HttpRequest())).errorText(),
-                 QStringLiteral("Could not connect to the server."));
-        QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
+        m->server.stop();
+        QCOMPARE(faultOf(m->data()), Kind::CouldNotConnect);
+        QCOMPARE(faultOf(*m->read(m->client())), Kind::CouldNotConnect);
     }
 
     void nobodyListensOnTheSocket_data() {
@@ -85,9 +73,8 @@ private Q_SLOTS:
         QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("file")));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        const HttpClient client(*m_fixture->network,
-                                HttpEndpoint::unixSocket(folder.filePath(name)));
-        QCOMPARE(faultOf(*m_fixture->read(client)), Kind::CouldNotConnect);
+        const HttpClient client(*m->network, HttpEndpoint::unixSocket(folder.filePath(name)));
+        QCOMPARE(faultOf(*m->read(client)), Kind::CouldNotConnect);
     }
 
     void aBrokenResponseFails_data() {
@@ -123,36 +110,36 @@ private Q_SLOTS:
     void aBrokenResponseFails() {
         QFETCH(QByteArray, bytes);
         QFETCH(std::optional<Kind>, fault);
-        m_fixture->server->setFallback(Script().send(bytes));
-        const auto seen = m_fixture->read(m_fixture->client());
+        m->server.setFallback(Script().send(bytes));
+        const auto seen = m->read(m->client());
         QTEST(QByteArrayList(seen->elements), "lines");
         QCOMPARE(faultOf(*seen), fault);
-        QCOMPARE(faultOf(m_fixture->data()), fault);
+        QCOMPARE(faultOf(m->data()), fault);
     }
 
     void aResetMidLineFailsBehindTheLinesBefore() {
-        m_fixture->server->enqueue(Script().head(200).send("one\ntwo").gate().reset());
-        const auto seen = m_fixture->watch();
+        m->server.enqueue(Script().head(200).send("one\ntwo").gate().reset());
+        const auto seen = m->watch();
         QTRY_COMPARE(seen->elements, QByteArrayList{"one"});
-        m_fixture->server->release();
+        m->server.release();
         QTRY_VERIFY(seen->hasEnded);
         QCOMPARE(seen->elements, QByteArrayList{"one"});
         QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
     }
 
     void aResetInTheHeadFails() {
-        const auto seen = m_fixture->read(Script().send("HTTP/1.1 200 OK\r\nX: ").reset());
+        const auto seen = m->read(Script().send("HTTP/1.1 200 OK\r\nX: ").reset());
         QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
     }
 
     void aFaultInTheFramingComesBehindTheLinesBefore() {
-        const auto seen = m_fixture->read(Script()
-                                              .head(200, {"Transfer-Encoding: chunked"})
-                                              .send("4\r\na\nb\n\r\nzzz\r\n")
-                                              .hold());
+        const auto seen = m->read(Script()
+                                      .head(200, {"Transfer-Encoding: chunked"})
+                                      .send("4\r\na\nb\n\r\nzzz\r\n")
+                                      .hold());
         QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
         QCOMPARE(faultOf(*seen), Kind::BadResponse);
-        QTRY_VERIFY(m_fixture->server->clientClosed());
+        QTRY_VERIFY(m->server.clientClosed());
     }
 
     void whatIsTooLargeFails_data() {
@@ -173,21 +160,19 @@ private Q_SLOTS:
     void whatIsTooLargeFails() {
         QFETCH(QByteArray, bytes);
         QFETCH(bool, isWhole);
-        m_fixture->server->enqueue(Script().send(bytes).hold());
-        QCOMPARE(isWhole ? faultOf(m_fixture->data())
-                         : faultOf(*m_fixture->read(m_fixture->client())),
-                 Kind::TooLarge);
-        QTRY_VERIFY(m_fixture->server->clientClosed());
+        m->server.enqueue(Script().send(bytes).hold());
+        QCOMPARE(isWhole ? faultOf(m->data()) : faultOf(*m->read(m->client())), Kind::TooLarge);
+        QTRY_VERIFY(m->server.clientClosed());
     }
 
     void aRedirectIsNotFollowed() {
         ScriptedServer other;
         QVERIFY(other.listen());
-        m_fixture->server->enqueue(Script().head(
+        m->server.enqueue(Script().head(
             301, {"Location: http://127.0.0.1:" + QByteArray::number(other.port()) + "/api/chat",
                   "Content-Length: 0"}));
-        QCOMPARE(m_fixture->data().value->status(), 301);
-        QCOMPARE(m_fixture->server->requestCount(), 1);
+        QCOMPARE(m->data().value->status, 301);
+        QCOMPARE(m->server.requestCount(), 1);
         QCOMPARE(other.requestCount(), 0);
     }
 
@@ -195,17 +180,16 @@ private Q_SLOTS:
         ScriptedServer proxy;
         QVERIFY(proxy.listen());
         const QByteArray address = "http://127.0.0.1:" + QByteArray::number(proxy.port());
-        const QByteArrayList names = {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY",
-                                      "all_proxy",  "ALL_PROXY",  "no_proxy",    "NO_PROXY"};
+        const QByteArrayList names = {"http_proxy",  "HTTP_PROXY", "https_proxy",
+                                      "HTTPS_PROXY", "all_proxy",  "ALL_PROXY"};
         for (const QByteArray& name : names)
-            qputenv(name, name.toLower() == "no_proxy" ? QByteArray() : address);
-        m_fixture->server->enqueue(Script::reply(200, "direct"));
-        const auto outcome = m_fixture->data();
+            qputenv(name, address);
+        m->server.enqueue(Script::reply(200, "direct"));
+        const auto outcome = m->data();
         for (const QByteArray& name : names)
             qunsetenv(name);
         QCOMPARE(outcome.value->body, QByteArray("direct"));
         QCOMPARE(proxy.requestCount(), 0);
-        QCOMPARE(m_fixture->server->request().target, QByteArray("/"));
     }
 
     void silenceTimesOutBehindTheLinesBefore_data() {
@@ -219,10 +203,10 @@ private Q_SLOTS:
 
     void silenceTimesOutBehindTheLinesBefore() {
         QFETCH(QByteArray, bytes);
-        const auto seen = m_fixture->read(Script().send(bytes).hold(), impatient());
+        const auto seen = m->read(Script().send(bytes).hold(), impatient(50ms));
         QTEST(QByteArrayList(seen->elements), "lines");
         QCOMPARE(faultOf(*seen), Kind::TimedOut);
-        QTRY_VERIFY(m_fixture->server->clientClosed());
+        QTRY_VERIFY(m->server.clientClosed());
     }
 
     void eachByteStartsTheIdleTimeAnew() {
@@ -237,10 +221,10 @@ private Q_SLOTS:
                 connection.send({&byte, 1});
             }
         }));
-        const HttpClient slow(*m_fixture->network, HttpEndpoint::loopback(server.port()));
+        const HttpClient slow(*m->network, HttpEndpoint::loopback(server.port()));
         QElapsedTimer timer;
         timer.start();
-        const auto seen = m_fixture->read(slow, impatient(limit));
+        const auto seen = m->read(slow, impatient(limit));
         QVERIFY(!seen->error);
         QCOMPARE(seen->elements, (QByteArrayList{"ab", "cd"}));
         QVERIFY(timer.elapsed() > limit.count());
@@ -255,20 +239,20 @@ private Q_SLOTS:
         HttpRequest request = impatient(200ms);
         request.method = "POST";
         request.body = QByteArray(50'000'000, 'x');
-        const HttpClient client(*m_fixture->network, HttpEndpoint::loopback(server.port()));
-        QCOMPARE(faultOf(m_fixture->run(client.data(request))), Kind::TimedOut);
+        const HttpClient client(*m->network, HttpEndpoint::loopback(server.port()));
+        QCOMPARE(faultOf(m->run(client.data(request))), Kind::TimedOut);
     }
 
     void aHugeLengthIsNotTrusted() {
         // A length that promises more than any machine holds costs no memory.
-        const auto seen = m_fixture->read(
-            Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
+        const auto seen =
+            m->read(Script().head(200, {"Content-Length: 9000000000000000000"}).send("a\nb\n"));
         QCOMPARE(seen->elements, (QByteArrayList{"a", "b"}));
         QCOMPARE(faultOf(*seen), Kind::ConnectionLost);
     }
 
 private:
-    std::unique_ptr<HttpFixture> m_fixture;
+    std::optional<HttpFixture> m;
 };
 
 TELLWICK_TEST(HttpFaultTests, EventLoop)

@@ -52,71 +52,67 @@ class NetworkThreadTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        m_fixture = std::make_unique<HttpFixture>();
-        QVERIFY2(m_fixture->server->listen(), qPrintable(m_fixture->server->errorString()));
-    }
-
-    void cleanup() { m_fixture.reset(); }
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
 
     void tasksOfItsScopeRunOnItsThread() {
-        Executor& executor = m_fixture->network->scope().executor();
+        Executor& executor = m->network->scope().executor();
         QVERIFY(!executor.isCurrent());
-        QCOMPARE(m_fixture->run(runsThere(executor)).value, true);
-        QCOMPARE(tests::runTask(m_fixture->main, runsThere(executor)).value, false);
+        QCOMPARE(m->run(runsThere(executor)).value, true);
+        QCOMPARE(tests::runTask(m->main, runsThere(executor)).value, false);
     }
 
     void endingItWithRepliesInFlightTakesNoTimeAndLeavesNothing() {
-        m_fixture.reset();
+        m.reset();
         const qsizetype before = openDescriptors().size();
         init();
-        ScriptedServer& server = *m_fixture->server;
+        ScriptedServer& server = m->server;
         server.enqueue(Script().hold());                           // before the head
         server.enqueue(Script().send("HTTP/1.1 200").hold());      // inside it
         server.enqueue(Script().head(200).hold());                 // behind it
         server.enqueue(Script().head(200).send("a\nb\nc").hold()); // inside a line
         server.enqueue(Script().head(200).send("a\n").hold());     // abandoned, below
         for (int i = 0; i < 5; ++i) {
-            m_fixture->watch();
+            m->watch();
             QTRY_COMPARE(server.requestCount(), i + 1);
         }
-        m_fixture->task.cancel();
+        m->task.cancel();
         QElapsedTimer timer;
         timer.start();
-        m_fixture->network.reset();
+        m->network.reset();
         QVERIFY2(timer.elapsed() < 1000, "ending the network thread waits for something");
         for (int i = 0; i < 5; ++i)
             QTRY_VERIFY(server.clientClosed(i));
-        m_fixture.reset();
+        m.reset();
         QCOMPARE(openDescriptors().size(), before);
     }
 
     void endingItInTheMiddleOfAFloodLeavesNothing() {
-        m_fixture->server->setFallback(
+        m->server.setFallback(
             Script().head(200).send(QByteArray("0123456789\n").repeated(3'000'000)));
         for (int round = 0; round < 5; ++round) {
-            const auto seen = m_fixture->watch();
+            const auto seen = m->watch();
             QTRY_VERIFY(!seen->elements.isEmpty());
-            m_fixture->network = std::make_unique<NetworkThread>();
+            m->network.emplace();
         }
     }
 
     void aProgramStartedMeanwhileInheritsNoConnection() {
-        m_fixture.reset();
+        m.reset();
         const QStringList before = IdleProgram().descriptors();
         init();
-        m_fixture->server->enqueue(Script().head(200).send("a\n").hold());
-        const auto seen = m_fixture->watch();
+        m->server.enqueue(Script().head(200).send("a\n").hold());
+        const auto seen = m->watch();
         QTRY_COMPARE(seen->elements, QByteArrayList{"a"});
         const IdleProgram program;
         QCOMPARE(program.descriptors(), before);
-        m_fixture->network.reset();
-        QTRY_VERIFY(m_fixture->server->clientClosed());
+        m->network.reset();
+        QTRY_VERIFY(m->server.clientClosed());
         QVERIFY(program.isRunning());
     }
 
 private:
-    std::unique_ptr<HttpFixture> m_fixture;
+    std::optional<HttpFixture> m;
 };
 
 TELLWICK_TEST(NetworkThreadTests, EventLoop)

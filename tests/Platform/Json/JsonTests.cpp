@@ -17,99 +17,7 @@ bool reads(Read read) {
     }
 }
 
-} // namespace
-
-class JsonTests final : public QObject {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void aValueIsWhatItIsAndNothingElse_data();
-    void aValueIsWhatItIsAndNothingElse();
-    void membersAreFoundByTheirKeys();
-    void aValueOutlivesItsDocument();
-    void wholeNumbersOf64BitsAreExact_data();
-    void wholeNumbersOf64BitsAreExact();
-    void aTextIsKeptWhole_data();
-    void aTextIsKeptWhole();
-    void onlyWholeDocumentsOfJsonRead_data();
-    void onlyWholeDocumentsOfJsonRead();
-    void whatCannotBeHeldIsReadUnlessItIsAskedFor_data();
-    void whatCannotBeHeldIsReadUnlessItIsAskedFor();
-    void aHundredThousandLevelsOfNestingAreRead();
-    void theErrorHasASentenceForTheUser();
-};
-
-void JsonTests::aValueIsWhatItIsAndNothingElse_data() {
-    QTest::addColumn<QByteArray>("document");
-    QTest::addColumn<QByteArray>("kinds"); // of text, integer, boolean, array, object
-    QTest::newRow("text") << QByteArray(R"("1")") << QByteArray("t");
-    QTest::newRow("integer") << QByteArray("1") << QByteArray("i");
-    QTest::newRow("number") << QByteArray("0.5") << QByteArray();
-    QTest::newRow("boolean") << QByteArray("true") << QByteArray("b");
-    QTest::newRow("null") << QByteArray("null") << QByteArray();
-    QTest::newRow("array") << QByteArray("[]") << QByteArray("a");
-    QTest::newRow("object") << QByteArray(R"({"":1})") << QByteArray("oo");
-}
-
-void JsonTests::aValueIsWhatItIsAndNothingElse() {
-    QFETCH(QByteArray, document);
-    const Json value = Json::read(document);
-    QByteArray kinds;
-    kinds += reads([&] { value.text(); }) ? "t" : "";
-    kinds += reads([&] { value.integer(); }) ? "i" : "";
-    kinds += reads([&] { value.boolean(); }) ? "b" : "";
-    kinds += reads([&] { value.elements(); }) ? "a" : "";
-    kinds += reads([&] { value.find("x"); }) ? "o" : "";
-    kinds += reads([&] { value[""]; }) ? "o" : "";
-    QTEST(kinds, "kinds");
-}
-
-void JsonTests::membersAreFoundByTheirKeys() {
-    const Json value = Json::read(R"({"a":{"b":[{"c":1},2]},"a ":0,"n":null,"t":1,"t":"last"})");
-    QCOMPARE(value["a"]["b"].elements()[0]["c"].integer(), 1);
-    QCOMPARE(value["a"]["b"].elements().size(), 2);
-    QCOMPARE(value["t"].text(), u"last"_s);
-    QCOMPARE(value.find("t")->text(), u"last"_s);
-    QVERIFY(!value.find("n"));
-    QVERIFY(!value.find("absent"));
-    QVERIFY(!reads([&] { value["absent"]; }));
-    QVERIFY(!reads([&] { value["n"].text(); }));
-}
-
-void JsonTests::aValueOutlivesItsDocument() {
-    const QList<Json> elements = Json::read(R"([{"a":"x"}])").elements();
-    QCOMPARE(elements[0]["a"].text(), u"x"_s);
-}
-
-void JsonTests::wholeNumbersOf64BitsAreExact_data() {
-    QTest::addColumn<QByteArray>("document");
-    QTest::addColumn<std::optional<qint64>>("integer");
-    const auto row = [](const char* document, std::optional<qint64> integer) {
-        QTest::newRow(document) << QByteArray(document) << integer;
-    };
-    row("0", 0);
-    row("-0", 0);
-    row("4661224676", 4661224676);
-    row("9223372036854775807", std::numeric_limits<qint64>::max());
-    row("-9223372036854775808", std::numeric_limits<qint64>::min());
-    row("9223372036854775808", std::nullopt);
-    row("-9223372036854775809", std::nullopt);
-    row("18446744073709551616", std::nullopt);
-    row("1.0", std::nullopt);
-    row("1e3", std::nullopt);
-    row("1e999", std::nullopt);
-}
-
-void JsonTests::wholeNumbersOf64BitsAreExact() {
-    QFETCH(QByteArray, document);
-    QFETCH(std::optional<qint64>, integer);
-    const Json value = Json::read(document);
-    std::optional<qint64> read;
-    reads([&] { read = value.integer(); });
-    QCOMPARE(read, integer);
-}
-
-void JsonTests::aTextIsKeptWhole_data() {
+void texts() {
     QTest::addColumn<QByteArray>("document");
     QTest::addColumn<QString>("text");
     QTest::newRow("a byte order mark first") << QByteArray("\"\xEF\xBB\xBFx\"") << u"\uFEFFx"_s;
@@ -121,44 +29,7 @@ void JsonTests::aTextIsKeptWhole_data() {
     QTest::newRow("empty") << QByteArray(R"("")") << QString();
 }
 
-void JsonTests::aTextIsKeptWhole() {
-    QFETCH(QByteArray, document);
-    QTEST(Json::read(document).text(), "text");
-}
-
-void JsonTests::onlyWholeDocumentsOfJsonRead_data() {
-    QTest::addColumn<QByteArray>("document");
-    QTest::addColumn<bool>("isRead");
-    QTest::newRow("object") << QByteArray("{}") << true;
-    QTest::newRow("blanks around") << QByteArray(" \t{ } ") << true;
-    QTest::newRow("nothing") << QByteArray() << false;
-    QTest::newRow("blanks") << QByteArray("  ") << false;
-    QTest::newRow("two documents") << QByteArray("{}{}") << false;
-    QTest::newRow("something behind it") << QByteArray("{} x") << false;
-    QTest::newRow("NUL behind it") << QByteArray("{}\0", 3) << false;
-    QTest::newRow("NUL in a text") << QByteArray("\"a\0b\"", 5) << false;
-    QTest::newRow("cut off") << QByteArray(R"({"a":)") << false;
-    QTest::newRow("cut off in a text") << QByteArray(R"({"a":"\)") << false;
-    QTest::newRow("comma at the end") << QByteArray(R"({"a":1,})") << false;
-    QTest::newRow("comment") << QByteArray("{} // x") << false;
-    QTest::newRow("bare word") << QByteArray("yes") << false;
-    QTest::newRow("not UTF-8") << QByteArray("\"\xFF\"") << false;
-    QTest::newRow("cut character") << QByteArray("\"\xE2\x82\"") << false;
-    QTest::newRow("control character") << QByteArray("\"\x01\"") << false;
-    QTest::newRow("cut escape") << QByteArray(R"("\ud80")") << false;
-    QTest::newRow("no such escape, by a lone surrogate") << QByteArray(R"("\q\ud800")") << false;
-    QTest::newRow("a zero first") << QByteArray("01e999") << false;
-    QTest::newRow("no exponent") << QByteArray("1e") << false;
-    QTest::newRow("two fractions") << QByteArray("1.234.567") << false;
-    QTest::newRow("HTML") << QByteArray("<html></html>") << false;
-}
-
-void JsonTests::onlyWholeDocumentsOfJsonRead() {
-    QFETCH(QByteArray, document);
-    QTEST(reads([&] { Json::read(document); }), "isRead");
-}
-
-void JsonTests::whatCannotBeHeldIsReadUnlessItIsAskedFor_data() {
+void unheldValues() {
     QTest::addColumn<QByteArray>("value");
     QTest::newRow("past a double") << QByteArray("1e999");
     QTest::newRow("below a double") << QByteArray("-1.5E+99999");
@@ -169,28 +40,136 @@ void JsonTests::whatCannotBeHeldIsReadUnlessItIsAskedFor_data() {
     QTest::newRow("among other escapes") << QByteArray(R"("\\\"\ud83d\ude42\ud800")");
 }
 
-void JsonTests::whatCannotBeHeldIsReadUnlessItIsAskedFor() {
-    QFETCH(QByteArray, value);
-    const Json document = Json::read(R"({"x":[)" + value + R"( ],"\ud800" :1,"y":)" + value +
-                                     R"(,"a":"\ud83d\ude42:1e999","size":7})");
-    QCOMPARE(document["a"].text(), u"🙂:1e999"_s);
-    QCOMPARE(document["size"].integer(), 7);
-    QVERIFY(!reads([&] { document["y"].text(); }));
-    QVERIFY(!reads([&] { document["y"].integer(); }));
-    QVERIFY(!reads([&] { Json::read("[" + value); }));
+void noDocuments() {
+    QTest::addColumn<QByteArray>("document");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("blanks") << QByteArray("  ");
+    QTest::newRow("two documents") << QByteArray("{}{}");
+    QTest::newRow("something behind it") << QByteArray("{} x");
+    QTest::newRow("NUL behind it") << QByteArray("{}\0", 3);
+    QTest::newRow("NUL in a text") << QByteArray("\"a\0b\"", 5);
+    QTest::newRow("cut off") << QByteArray(R"({"a":)");
+    QTest::newRow("cut off in a text") << QByteArray(R"({"a":"\)");
+    QTest::newRow("comma at the end") << QByteArray(R"({"a":1,})");
+    QTest::newRow("comment") << QByteArray("{} // x");
+    QTest::newRow("bare word") << QByteArray("yes");
+    QTest::newRow("not UTF-8") << QByteArray("\"\xFF\"");
+    QTest::newRow("cut character") << QByteArray("\"\xE2\x82\"");
+    QTest::newRow("control character") << QByteArray("\"\x01\"");
+    QTest::newRow("cut escape") << QByteArray(R"("\ud80")");
+    QTest::newRow("no such escape, by a lone surrogate") << QByteArray(R"("\q\ud800")");
+    QTest::newRow("a zero first") << QByteArray("01e999");
+    QTest::newRow("no exponent") << QByteArray("1e");
+    QTest::newRow("two fractions") << QByteArray("1.234.567");
+    QTest::newRow("HTML") << QByteArray("<html></html>");
 }
 
-void JsonTests::aHundredThousandLevelsOfNestingAreRead() {
-    const QByteArray open(100'000, '[');
-    QVERIFY(reads([&] { Json::read(open + QByteArray(100'000, ']')); }));
-    QVERIFY(!reads([&] { Json::read(open); }));
-}
+} // namespace
 
-void JsonTests::theErrorHasASentenceForTheUser() {
-    QCOMPARE(
-        JsonReadingError().errorDescription(),
-        QStringLiteral("The data could not be read because it is not in the expected format."));
-}
+class JsonTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aValueIsWhatItIsAndNothingElse_data() {
+        QTest::addColumn<QByteArray>("kinds"); // of text, integer, boolean, array, object
+        const std::pair<const char*, const char*> rows[] = {
+            {"\"1\"", "t"}, {"1", "i"},  {"0.5", ""},       {"true", "b"},
+            {"null", ""},   {"[]", "a"}, {"{\"\":1}", "oo"}};
+        for (const auto& [document, kinds] : rows)
+            QTest::newRow(document) << QByteArray(kinds);
+    }
+    void aValueIsWhatItIsAndNothingElse() {
+        const Json value = Json::read(QTest::currentDataTag());
+        QByteArray kinds;
+        kinds += reads([&] { value.text(); }) ? "t" : "";
+        kinds += reads([&] { value.integer(); }) ? "i" : "";
+        kinds += reads([&] { value.boolean(); }) ? "b" : "";
+        kinds += reads([&] { value.elements(); }) ? "a" : "";
+        kinds += reads([&] { value.find("x"); }) ? "o" : "";
+        kinds += reads([&] { value[""]; }) ? "o" : "";
+        QTEST(kinds, "kinds");
+    }
+
+    void membersAreFoundByTheirKeys() {
+        const Json value =
+            Json::read(R"({"a":{"b":[{"c":1},2]},"a ":0,"n":null,"t":1,"t":"last"})");
+        QCOMPARE(value["a"]["b"].elements()[0]["c"].integer(), 1);
+        QCOMPARE(value["a"]["b"].elements().size(), 2);
+        QCOMPARE(value["t"].text(), u"last"_s);
+        QCOMPARE(value.find("t")->text(), u"last"_s);
+        QVERIFY(!value.find("n"));
+        QVERIFY(!value.find("absent"));
+        QVERIFY(!reads([&] { value["absent"]; }));
+        QVERIFY(!reads([&] { value["n"].text(); }));
+    }
+
+    void aValueOutlivesItsDocument() {
+        const QList<Json> elements = Json::read(R"([{"a":"x"}])").elements();
+        QCOMPARE(elements[0]["a"].text(), u"x"_s);
+    }
+
+    void wholeNumbersOf64BitsAreExact_data() {
+        QTest::addColumn<std::optional<qint64>>("integer");
+        const auto row = [](const char* document, std::optional<qint64> integer) {
+            QTest::newRow(document) << integer;
+        };
+        row("0", 0);
+        row("-0", 0);
+        row("4661224676", 4661224676);
+        row("9223372036854775807", std::numeric_limits<qint64>::max());
+        row("-9223372036854775808", std::numeric_limits<qint64>::min());
+        row("9223372036854775808", std::nullopt);
+        row("-9223372036854775809", std::nullopt);
+        row("18446744073709551616", std::nullopt);
+        row("1.0", std::nullopt);
+        row("1e3", std::nullopt);
+        row("1e999", std::nullopt);
+    }
+    void wholeNumbersOf64BitsAreExact() {
+        QFETCH(std::optional<qint64>, integer);
+        const Json value = Json::read(QTest::currentDataTag());
+        std::optional<qint64> read;
+        reads([&] { read = value.integer(); });
+        QCOMPARE(read, integer);
+    }
+
+    void aTextIsKeptWhole_data() { texts(); }
+    void aTextIsKeptWhole() {
+        QFETCH(QByteArray, document);
+        QTEST(Json::read(document).text(), "text");
+    }
+
+    void onlyWholeDocumentsOfJsonRead_data() { noDocuments(); }
+    void onlyWholeDocumentsOfJsonRead() {
+        QFETCH(QByteArray, document);
+        QVERIFY(!reads([&] { Json::read(document); }));
+        QVERIFY(reads([] { Json::read(" \t{ } "); }));
+    }
+
+    void whatCannotBeHeldIsReadUnlessItIsAskedFor_data() { unheldValues(); }
+    void whatCannotBeHeldIsReadUnlessItIsAskedFor() {
+        QFETCH(QByteArray, value);
+        const Json document = Json::read(R"({"x":[)" + value + R"( ],"\ud800" :1,"y":)" + value +
+                                         R"(,"a":"\ud83d\ude42:1e999","size":7})");
+        QCOMPARE(document["a"].text(), u"🙂:1e999"_s);
+        QCOMPARE(document["size"].integer(), 7);
+        QVERIFY(!reads([&] { document["y"].text(); }));
+        QVERIFY(!reads([&] { document["y"].integer(); }));
+        QVERIFY(!reads([&] { Json::read("[" + value); }));
+    }
+
+    void aHundredThousandLevelsOfNestingAreRead() {
+        const QByteArray open(100'000, '[');
+        QVERIFY(reads([&] { Json::read(open + QByteArray(100'000, ']')); }));
+        QVERIFY(!reads([&] { Json::read(open); }));
+    }
+
+    void theErrorHasASentenceForTheUser() {
+        QCOMPARE(
+            JsonReadingError().errorDescription(),
+            QStringLiteral("The data could not be read because it is not in the expected format."));
+    }
+};
 
 TELLWICK_TEST(JsonTests, EventLoop)
 #include "JsonTests.moc"

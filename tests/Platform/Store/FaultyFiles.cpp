@@ -21,60 +21,34 @@ sqlite3_file* real(sqlite3_file* file) {
     return reinterpret_cast<FaultyFile*>(file)->real();
 }
 
-int close(sqlite3_file* file) {
-    return real(file)->pMethods->xClose(real(file));
+template <auto method, class... Arguments>
+int forward(sqlite3_file* file, Arguments... arguments) {
+    return (real(file)->pMethods->*method)(real(file), arguments...);
 }
-int read(sqlite3_file* file, void* data, int size, sqlite3_int64 at) {
-    return real(file)->pMethods->xRead(real(file), data, size, at);
-}
-int write(sqlite3_file* file, const void* data, int size, sqlite3_int64 at) {
+
+template <auto method, class... Arguments>
+int forwardUnlessFaulty(sqlite3_file* file, Arguments... arguments) {
     const int fault = current->ask();
-    return fault ? fault : real(file)->pMethods->xWrite(real(file), data, size, at);
-}
-int truncate(sqlite3_file* file, sqlite3_int64 size) {
-    const int fault = current->ask();
-    return fault ? fault : real(file)->pMethods->xTruncate(real(file), size);
-}
-int sync(sqlite3_file*, int) {
-    return current->ask(); // what an ended process leaves behind does not depend on it
-}
-int fileSize(sqlite3_file* file, sqlite3_int64* size) {
-    return real(file)->pMethods->xFileSize(real(file), size);
-}
-int lock(sqlite3_file* file, int level) {
-    return real(file)->pMethods->xLock(real(file), level);
-}
-int unlock(sqlite3_file* file, int level) {
-    return real(file)->pMethods->xUnlock(real(file), level);
-}
-int checkReservedLock(sqlite3_file* file, int* isReserved) {
-    return real(file)->pMethods->xCheckReservedLock(real(file), isReserved);
-}
-int fileControl(sqlite3_file* file, int operation, void* argument) {
-    return real(file)->pMethods->xFileControl(real(file), operation, argument);
-}
-int sectorSize(sqlite3_file* file) {
-    return real(file)->pMethods->xSectorSize(real(file));
-}
-int deviceCharacteristics(sqlite3_file* file) {
-    return real(file)->pMethods->xDeviceCharacteristics(real(file));
+    return fault ? fault : forward<method>(file, arguments...);
 }
 
 constexpr sqlite3_io_methods methods = [] {
-    sqlite3_io_methods methods{};
+    using Methods = sqlite3_io_methods;
+    Methods methods{};
     methods.iVersion = 1;
-    methods.xClose = close;
-    methods.xRead = read;
-    methods.xWrite = write;
-    methods.xTruncate = truncate;
-    methods.xSync = sync;
-    methods.xFileSize = fileSize;
-    methods.xLock = lock;
-    methods.xUnlock = unlock;
-    methods.xCheckReservedLock = checkReservedLock;
-    methods.xFileControl = fileControl;
-    methods.xSectorSize = sectorSize;
-    methods.xDeviceCharacteristics = deviceCharacteristics;
+    methods.xClose = forward<&Methods::xClose>;
+    methods.xRead = forward<&Methods::xRead>;
+    methods.xWrite = forwardUnlessFaulty<&Methods::xWrite>;
+    methods.xTruncate = forwardUnlessFaulty<&Methods::xTruncate>;
+    // What an ended process leaves behind does not depend on a sync.
+    methods.xSync = [](sqlite3_file*, int) { return current->ask(); };
+    methods.xFileSize = forward<&Methods::xFileSize>;
+    methods.xLock = forward<&Methods::xLock>;
+    methods.xUnlock = forward<&Methods::xUnlock>;
+    methods.xCheckReservedLock = forward<&Methods::xCheckReservedLock>;
+    methods.xFileControl = forward<&Methods::xFileControl>;
+    methods.xSectorSize = forward<&Methods::xSectorSize>;
+    methods.xDeviceCharacteristics = forward<&Methods::xDeviceCharacteristics>;
     return methods;
 }();
 

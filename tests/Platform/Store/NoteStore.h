@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Platform/Store/ModelContext.h"
-#include "Platform/Store/StoreError.h"
 
 #include <QTemporaryDir>
 
@@ -40,15 +39,16 @@ inline Notes notesIn(platform::ModelContext& context) {
     return context.fetch<Note>({{&Note::writtenAt}});
 }
 
-/// Why the operation fails; none when it does not.
-inline std::optional<platform::StoreError::Reason>
-reasonOf(const std::function<void()>& operation) {
+/// Whether the operation fails for a reason that is told in these words.
+inline bool fails(const std::function<void()>& operation, const QByteArray& words = {}) {
     try {
         operation();
     } catch (const platform::StoreError& error) {
-        return error.reason();
+        if (QByteArray(error.what()).contains(words))
+            return true;
+        qWarning("%s", error.what());
     }
-    return std::nullopt;
+    return false;
 }
 
 /// A store of notes, not made yet, in a folder of its own.

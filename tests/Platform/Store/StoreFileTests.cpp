@@ -67,7 +67,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, query);
         QFETCH(QByteArray, answer);
         m->save({u"Grüße"_s, {}, u"a\nb"_s});
-        Database database = Database::open(m->file);
+        Database database(m->file);
         Statement statement(database, query);
         QVERIFY(statement.step());
         QCOMPARE(statement.text(0), answer);
@@ -97,14 +97,6 @@ private Q_SLOTS:
         note->lines = QStringList{u"kept"_s};
         context.save();
         QCOMPARE(m->lines(), Lines{QStringList{u"kept"_s}});
-    }
-
-    void openingAStoreIsQuick() {
-        m->save(QStringList(200, QString(500, u'x')));
-        QBENCHMARK {
-            ModelContext context(m->container);
-            QCOMPARE(notesIn(context).size(), 1);
-        }
     }
 
 private:

@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Http/NetworkThread.h"
+// The catalogue over a server that really listens where the models are looked for.
 #include "Tellwick/Backends/ModelManager.h"
-#include "Tellwick/Backends/OllamaBackend.h"
+#include "tests/Tellwick/Backends/OllamaFixture.h"
 #include "tests/Tellwick/Conversations/ScriptedModel.h"
-#include "tests/support/ScriptedServer.h"
 #include "tests/support/TestMain.h"
-
-#include <QElapsedTimer>
 
 using namespace Qt::StringLiterals;
 using namespace platform;
 using namespace tellwick;
 using tests::Script;
-using tests::ScriptedServer;
 
 namespace {
 
@@ -24,152 +19,85 @@ QByteArray listing(const QByteArrayList& names) {
     return R"({"models":[)" + entries.join(',') + "]}";
 }
 
-} // namespace
-
-/// The catalogue over a server that really listens where the models are looked for.
-class ModelManagerServerTests final : public QObject {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init() {
-        m_main = std::make_unique<MainExecutor>();
-        m_network = std::make_unique<NetworkThread>();
-        m_server = std::make_unique<ScriptedServer>();
-        QVERIFY2(
-            m_server->listen(OllamaBackend::baseURL().port()),
-            qPrintable(
-                u"Port 11434 cannot be used (%1). Run the tests where no model server runs."_s.arg(
-                    m_server->errorString())));
-    }
-
-    void cleanup() {
-        m_server.reset();
-        m_manager.reset();
-        m_network.reset();
-        m_main.reset();
-    }
-
-    void theModelsOfTheServerAreListedFromTheStart() {
-        m_server->enqueue(Script().gate().head(200).send(listing({"b", "a b/c:🙂", "b"})));
-        start();
-        QVERIFY(names().isEmpty());
-        QCOMPARE(m_manager->selectedSubtitle(), u"On-device \u00B7 Private"_s);
-        QTRY_VERIFY(m_manager->isRefreshing.value());
-        m_server->release();
-        QTRY_COMPARE(names(), (QStringList{u"b"_s, u"a b/c:🙂"_s, u"b"_s}));
-        QVERIFY(!m_manager->isRefreshing.value());
-        QCOMPARE(m_manager->backends().size(), 4);
-        m_manager->select(m_manager->backends()[3]);
-        QCOMPARE(m_manager->selected(), m_manager->backends()[1]);
-        QCOMPARE(m_manager->selectedSubtitle(), u"4.7 GB \u00B7 Ollama"_s);
-    }
-
-    void withoutAServerNothingIsListed() {
-        m_server->stop();
-        start();
-        // A refused connection is quick: the changes are counted, not looked for.
-        int changes = 0;
-        const auto notifier = m_manager->isRefreshing.addNotifier([&] { ++changes; });
-        QTRY_COMPARE(changes, 2);
-        QVERIFY(!m_manager->isRefreshing.value());
-        QVERIFY(names().isEmpty());
-        QCOMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
-    }
-
-    void aSelectionSurvivesWithANewBackend() {
-        m_server->setFallback(Script::reply(200, listing({"a", "b"})));
-        start();
-        QTRY_COMPARE(names().size(), 2);
-        const auto before = m_manager->ollamaBackends.value()[1];
-        m_manager->select(before);
-        m_manager->startRefresh();
-        QTRY_VERIFY(m_manager->ollamaBackends.value()[1] != before);
-        QCOMPARE(m_manager->selectedID.value(), u"ollama-b"_s);
-        QCOMPARE(m_manager->selected(), m_manager->ollamaBackends.value()[1]);
-    }
-
-    void aSelectionFallsBackWhenTheServerStops() {
-        m_server->setFallback(Script::reply(200, listing({"a"})));
-        start();
-        QTRY_COMPARE(names().size(), 1);
-        m_manager->select(m_manager->ollamaBackends.value()[0]);
-        m_server->stop();
-        m_manager->startRefresh();
-        QTRY_VERIFY(names().isEmpty());
-        QCOMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
-    }
-
-    void aSelectionFallsBackWhenTheListingFails() {
-        m_server->enqueue(Script::reply(200, listing({"a"})));
-        m_server->enqueue(Script::reply(500, listing({"a"})));
-        start();
-        QTRY_COMPARE(names().size(), 1);
-        m_manager->select(m_manager->ollamaBackends.value()[0]);
-        m_manager->startRefresh();
-        QTRY_VERIFY(names().isEmpty());
-        QCOMPARE(m_manager->selectedID.value(), u"apple-intelligence"_s);
-    }
-
-    void ofOverlappingRefreshesTheOneAnsweredLastWins() {
-        m_server->enqueue(Script().gate().head(200).send(listing({"old"})));
-        m_server->enqueue(Script().gate().head(200).send(listing({"new", "newer"})));
-        start();
-        QTRY_COMPARE(m_server->requestCount(), 1);
-        m_manager->startRefresh();
-        QTRY_COMPARE(m_server->requestCount(), 2);
-        m_server->release(1);
-        QTRY_COMPARE(names(), (QStringList{u"new"_s, u"newer"_s}));
-        QVERIFY(!m_manager->isRefreshing.value());
-        m_server->release(0);
-        QTRY_COMPARE(names(), QStringList{u"old"_s});
-        QVERIFY(!m_manager->isRefreshing.value());
-    }
-
-    void twoThousandModelsAreListed() {
-        QByteArrayList all;
-        for (int i = 0; i < 2000; ++i)
-            all.append("model-" + QByteArray::number(i));
-        m_server->enqueue(Script::reply(200, listing(all)));
-        start();
-        QTRY_COMPARE(names().size(), 2000);
-        QCOMPARE(names().last(), u"model-1999"_s);
-    }
-
-    void endingEverythingDuringARefreshTakesNoTime() {
-        m_server->enqueue(Script().hold());
-        start();
-        QTRY_COMPARE(m_server->requestCount(), 1);
-        QElapsedTimer timer;
-        timer.start();
-        m_manager.reset();
-        m_network.reset();
-        QVERIFY2(timer.elapsed() < 1000, "the end waits for the refresh");
-    }
-
-private:
+struct Catalogue : tests::OllamaFixture {
     void start() {
-        NetworkThread& network = *m_network;
-        m_manager.emplace(
-            ModelManager::Sources{m_model, network.scope(),
-                                  [&network] { return OllamaBackend::discover(network); },
-                                  [&network](const OllamaModelEntry& entry) {
-                                      return std::make_shared<OllamaBackend>(entry, network);
-                                  }},
-            *m_main);
+        manager.emplace(ModelManager::Sources{model, network->scope(),
+                                              [this] { return OllamaBackend::discover(*network); },
+                                              [this](const OllamaModelEntry& entry) {
+                                                  return std::make_shared<OllamaBackend>(entry,
+                                                                                         *network);
+                                              }},
+                        main);
     }
     QStringList names() const {
         QStringList all;
-        for (const auto& backend : m_manager->ollamaBackends.value())
+        for (const auto& backend : manager->ollamaBackends.value())
             all.append(backend->info().name());
         return all;
     }
 
-    tests::ScriptedModel m_model;
-    // What ends first stands last.
-    std::unique_ptr<MainExecutor> m_main;
-    std::unique_ptr<NetworkThread> m_network;
-    std::optional<ModelManager> m_manager;
-    std::unique_ptr<ScriptedServer> m_server;
+    tests::ScriptedModel model;
+    std::optional<ModelManager> manager;
+};
+
+} // namespace
+
+class ModelManagerServerTests final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
+
+    void theModelsOfTheServerAreListedFromTheStart() {
+        m->server.enqueue(Script().gate().head(200).send(listing({"b", "a b/c:🙂", "b"})));
+        m->start();
+        QVERIFY(m->names().isEmpty());
+        QCOMPARE(m->manager->selectedSubtitle(), u"On-device \u00B7 Private"_s);
+        QTRY_VERIFY(m->manager->isRefreshing.value());
+        m->server.release();
+        QTRY_COMPARE(m->names(), (QStringList{u"b"_s, u"a b/c:🙂"_s, u"b"_s}));
+        QVERIFY(!m->manager->isRefreshing.value());
+        QCOMPARE(m->manager->backends().size(), 4);
+        m->manager->select(m->manager->backends()[3]);
+        QCOMPARE(m->manager->selected(), m->manager->backends()[1]);
+        QCOMPARE(m->manager->selectedSubtitle(), u"4.7 GB \u00B7 Ollama"_s);
+    }
+
+    void aSelectionFallsBackWhenThereIsNoGoodAnswerAnyMore_data() {
+        QTest::addColumn<bool>("hasStopped");
+        QTest::newRow("the server stops") << true;
+        QTest::newRow("the listing fails") << false;
+    }
+
+    void aSelectionFallsBackWhenThereIsNoGoodAnswerAnyMore() {
+        QFETCH(bool, hasStopped);
+        m->server.enqueue(Script::reply(200, listing({"a"})));
+        m->server.enqueue(Script::reply(500, listing({"a"})));
+        m->start();
+        QTRY_COMPARE(m->names().size(), 1);
+        m->manager->select(m->manager->ollamaBackends.value()[0]);
+        if (hasStopped)
+            m->server.stop();
+        m->manager->startRefresh();
+        QTRY_VERIFY(m->names().isEmpty());
+        QCOMPARE(m->manager->selectedID.value(), u"apple-intelligence"_s);
+        QVERIFY(!m->manager->isRefreshing.value());
+    }
+
+    void endingEverythingDuringARefreshTakesNoTime() {
+        m->server.enqueue(Script().hold());
+        m->start();
+        QTRY_COMPARE(m->server.requestCount(), 1);
+        QElapsedTimer timer;
+        timer.start();
+        m->manager.reset();
+        m->network.reset();
+        QVERIFY2(timer.elapsed() < 1000, "the end waits for the refresh");
+    }
+
+private:
+    std::optional<Catalogue> m;
 };
 
 TELLWICK_TEST(ModelManagerServerTests, EventLoop)

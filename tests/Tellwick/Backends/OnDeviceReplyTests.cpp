@@ -8,21 +8,92 @@ using namespace tellwick;
 using namespace tests;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QByteArray instructed(const QByteArray& text) {
+    return "<|im_start|>system\n" + text + "<|im_end|>\n";
+}
+
+QByteArray turn(const QByteArray& prompt) {
+    return "<|im_start|>user\n" + prompt + "<|im_end|>\n<|im_start|>assistant\n";
+}
+
+} // namespace
+
 /// The on-device backend over the real engine, as the conversation uses it.
 class OnDeviceReplyTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
-    void init();
-    void cleanup();
+    void init() {
+        m_folders.emplace();
+        m_chat.emplace(m_folders->paths());
+        m_backend.emplace(m_chat->model, m_chat->network.scope());
+    }
 
-    void aWholeTurnIsAnswered();
-    void threeTurnsAreOneConversation();
-    void aResetBeginsAConversationWithItsOwnSystemPrompt();
-    void theHistoryIsNotSent();
-    void afterAStopTheConversationIsBusyAndAfterAResetTheNextTurnIsAnsweredAtOnce();
-    void afterAFailureAndAResetTheNextTurnIsAnswered();
+    void cleanup() {
+        m_backend.reset();
+        m_chat.reset();
+        m_folders.reset();
+    }
+
+    void aWholeTurnIsAnswered() {
+        QVERIFY(m_backend->isAvailable());
+        const auto heard = ask(u"Hello"_s);
+        QCOMPARE(outcomeOf(heard), m_reply);
+        QVERIFY(everGrew(*heard));
+    }
+
+    void threeTurnsAreOneConversation() {
+        m_folders->recordPrompts();
+        QCOMPARE(answerTo(u"one"_s, u"A"_s), m_reply);
+        QCOMPARE(answerTo(u"two"_s, u"B"_s), m_reply);
+        QCOMPARE(answerTo(u"three"_s, u"C"_s), m_reply);
+        const QByteArray first = instructed("A") + turn("one");
+        const QByteArray second = first + m_said + "<|im_end|>\n" + turn("two");
+        const QByteArray third = second + m_said + "<|im_end|>\n" + turn("three");
+        QCOMPARE(m_folders->recordedPrompts(), (QByteArrayList{first, second, third}));
+    }
+
+    void aResetBeginsAConversationWithItsOwnSystemPrompt() {
+        m_folders->recordPrompts();
+        QCOMPARE(answerTo(u"one"_s, u"A"_s), m_reply);
+        m_backend->reset();
+        QCOMPARE(answerTo(u"two"_s, u"B"_s), m_reply);
+        QCOMPARE(m_folders->recordedPrompts().value(1), instructed("B") + turn("two"));
+    }
+
+    void theHistoryIsNotSent() {
+        m_folders->recordPrompts();
+        const auto heard =
+            ask(u"now"_s, u"A"_s,
+                {ChatMessage(ChatMessage::Role::user, TextSnapshot(u"earlier")),
+                 ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"answer"))});
+        QCOMPARE(outcomeOf(heard), m_reply);
+        QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
+    }
+
+    void afterAStopTheConversationIsBusyAndAfterAResetTheNextTurnIsAnsweredAtOnce() {
+        m_folders->setModel(TinyModel::endless());
+        QVERIFY(hasSaid(ask(u"one"_s)));
+        m_chat->stopHearing();
+        QCOMPARE(answerTo(u"two"_s),
+                 u"Error: The on-device model is still answering your previous message. Try again "
+                 u"when it has finished, or start a new chat."_s);
+        m_backend->reset();
+        const auto next = ask(u"three"_s);
+        QVERIFY(hasSaid(next, 3));
+        QVERIFY(!next->hasEnded);
+    }
+
+    void afterAFailureAndAResetTheNextTurnIsAnswered() {
+        m_folders->setModelFile("no model");
+        QVERIFY(answerTo(u"one"_s).startsWith(u"Error: "));
+        m_backend->reset();
+        m_folders->setModel(TinyModel::sentence());
+        QCOMPARE(answerTo(u"one"_s), m_reply);
+    }
 
 private:
     std::shared_ptr<Heard> ask(const QString& prompt, const QString& systemPrompt = u"Be kind."_s,
@@ -39,75 +110,6 @@ private:
     std::optional<EngineChat> m_chat;
     std::optional<AppleIntelligenceBackend> m_backend;
 };
-
-void OnDeviceReplyTests::init() {
-    m_folders.emplace();
-    m_chat.emplace(m_folders->paths());
-    m_backend.emplace(m_chat->model, m_chat->network.scope());
-}
-
-void OnDeviceReplyTests::cleanup() {
-    m_backend.reset();
-    m_chat.reset();
-    m_folders.reset();
-}
-
-void OnDeviceReplyTests::aWholeTurnIsAnswered() {
-    QVERIFY(m_backend->isAvailable());
-    const auto heard = ask(u"Hello"_s);
-    QCOMPARE(outcomeOf(heard), m_reply);
-    QVERIFY(everGrew(*heard));
-}
-
-void OnDeviceReplyTests::threeTurnsAreOneConversation() {
-    m_folders->recordPrompts();
-    QCOMPARE(answerTo(u"one"_s, u"A"_s), m_reply);
-    QCOMPARE(answerTo(u"two"_s, u"B"_s), m_reply);
-    QCOMPARE(answerTo(u"three"_s, u"C"_s), m_reply);
-    const QByteArray first = instructed("A") + turn("one");
-    const QByteArray second = first + m_said + "<|im_end|>\n" + turn("two");
-    const QByteArray third = second + m_said + "<|im_end|>\n" + turn("three");
-    QCOMPARE(m_folders->recordedPrompts(), (QByteArrayList{first, second, third}));
-}
-
-void OnDeviceReplyTests::aResetBeginsAConversationWithItsOwnSystemPrompt() {
-    m_folders->recordPrompts();
-    QCOMPARE(answerTo(u"one"_s, u"A"_s), m_reply);
-    m_backend->reset();
-    QCOMPARE(answerTo(u"two"_s, u"B"_s), m_reply);
-    QCOMPARE(m_folders->recordedPrompts().value(1), instructed("B") + turn("two"));
-}
-
-void OnDeviceReplyTests::theHistoryIsNotSent() {
-    m_folders->recordPrompts();
-    const auto heard = ask(u"now"_s, u"A"_s,
-                           {ChatMessage(ChatMessage::Role::user, TextSnapshot(u"earlier")),
-                            ChatMessage(ChatMessage::Role::assistant, TextSnapshot(u"answer"))});
-    QCOMPARE(outcomeOf(heard), m_reply);
-    QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
-}
-
-void OnDeviceReplyTests::
-    afterAStopTheConversationIsBusyAndAfterAResetTheNextTurnIsAnsweredAtOnce() {
-    m_folders->setModel(TinyModel::endless());
-    QVERIFY(hasSaid(ask(u"one"_s)));
-    m_chat->stopHearing();
-    QCOMPARE(answerTo(u"two"_s),
-             u"Error: The on-device model is still answering your previous message. Try again "
-             u"when it has finished, or start a new chat."_s);
-    m_backend->reset();
-    const auto next = ask(u"three"_s);
-    QVERIFY(hasSaid(next, 3));
-    QVERIFY(!next->hasEnded);
-}
-
-void OnDeviceReplyTests::afterAFailureAndAResetTheNextTurnIsAnswered() {
-    m_folders->setModelFile("no model");
-    QVERIFY(answerTo(u"one"_s).startsWith(u"Error: "));
-    m_backend->reset();
-    m_folders->setModel(TinyModel::sentence());
-    QCOMPARE(answerTo(u"one"_s), m_reply);
-}
 
 TELLWICK_TEST(OnDeviceReplyTests, EventLoop)
 #include "OnDeviceReplyTests.moc"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Store/ModelContext.h"
 #include "Tellwick/Conversations/ChatSession.h"
-#include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
@@ -23,17 +22,6 @@ private Q_SLOTS:
         QVERIFY(session.roles.value().isEmpty());
         QVERIFY(session.contents.value().isEmpty());
         QVERIFY(session.messages().isEmpty());
-    }
-
-    void theStoreHasOneTableWithTheThreeAttributes() {
-        const QTemporaryDir folder;
-        const auto container = conversationStore(folder.path());
-        Database database = container.openForWriting();
-        Statement tables(database, "SELECT group_concat(sql) FROM sqlite_schema");
-        QVERIFY(tables.step());
-        QCOMPARE(tables.text(0),
-                 QByteArray("CREATE TABLE \"ChatSession\" (\"updatedAt\" TEXT NOT NULL,"
-                            " \"roles\" TEXT NOT NULL, \"contents\" TEXT NOT NULL)"));
     }
 
     void messagesBecomeTwoListsSideBySide() {
@@ -151,16 +139,6 @@ private Q_SLOTS:
         QCOMPARE(session.updatedAt.value(), noon.addMSecs(1001));
         session.touch(noon.addDays(-1));
         QCOMPARE(session.updatedAt.value(), noon.addMSecs(1002));
-    }
-
-    void changesAreObservable() {
-        ChatSession session;
-        const tests::Notifications dates(session.updatedAt);
-        const tests::Notifications roles(session.roles);
-        const tests::Notifications contents(session.contents);
-        session.contents = QStringList{u"a"_s};
-        session.touch();
-        QCOMPARE((QList{dates.count(), roles.count(), contents.count()}), (QList{1, 0, 1}));
     }
 };
 

@@ -44,6 +44,11 @@ const std::map<QByteArray, Operation>& operations() {
         {"ChatViewModel::setMode",
          onAnotherThread<[](ChatViewModel& vm) { vm.setMode(AppConfig::writingModes().first()); }>},
         {"ChatViewModel::clearMode", onAnotherThread<[](ChatViewModel& vm) { vm.clearMode(); }>},
+        {"AppleIntelligenceBackend::streamResponse", onAnotherThread<[](ChatViewModel& vm) {
+             static_cast<void>(vm.modelManager.aiBackend->streamResponse(u"hi"_s, {}, u"A"_s));
+         }>},
+        {"AppleIntelligenceBackend::reset",
+         onAnotherThread<[](ChatViewModel& vm) { vm.modelManager.aiBackend->reset(); }>},
         {"ModelManager::select", onAnotherThread<[](ChatViewModel& vm) {
              vm.modelManager.select(vm.modelManager.aiBackend);
          }>},

@@ -2,8 +2,6 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "tests/support/TestMain.h"
 
-#include <QUrl>
-
 #include <thread>
 #include <vector>
 
@@ -123,14 +121,6 @@ private Q_SLOTS:
             QCOMPARE(list.size(), 4);
             QCOMPARE(list.constData(), lists.front().constData()); // one list, shared
         }
-    }
-
-    void theWebsiteIsAnAddress() {
-        const QUrl url(AppConfig::website(), QUrl::StrictMode);
-        QVERIFY(url.isValid());
-        QCOMPARE(url.scheme(), u"https"_s);
-        QVERIFY(!url.host().isEmpty());
-        QVERIFY(!AppConfig::copyright().isEmpty());
     }
 };
 
