@@ -12,14 +12,11 @@ void AttributedString::append(QStringView piece, Styles styles, const QString& t
     text.append(piece);
     if (!styles)
         return;
-    if (!ranges.empty()) {
-        Range& last = ranges.back();
-        if (last.end() == start && last.styles == styles && last.target == target) {
-            last.length += piece.size();
-            return;
-        }
-    }
-    ranges.push_back({start, piece.size(), styles, target});
+    if (!ranges.empty() && ranges.back().end() == start && ranges.back().styles == styles &&
+        ranges.back().target == target)
+        ranges.back().length += piece.size();
+    else
+        ranges.push_back({start, piece.size(), styles, target});
 }
 
 void AttributedString::append(const AttributedString& other) {
@@ -65,34 +62,19 @@ AttributedString AttributedString::mid(qsizetype start, qsizetype length) const 
 }
 
 qsizetype firstDifference(const AttributedString& a, const AttributedString& b) {
-    const qsizetype common = std::min(a.text.size(), b.text.size());
-    const auto differing =
-        std::mismatch(a.text.cbegin(), a.text.cbegin() + common, b.text.cbegin());
-    qsizetype position = differing.first - a.text.cbegin();
-
-    // Ranges are walked in step; the first pair that is not alike bounds the answer.
-    std::size_t i = 0;
-    while (i < a.ranges.size() && i < b.ranges.size() && a.ranges[i] == b.ranges[i])
-        ++i;
-    const bool more = i < a.ranges.size() || i < b.ranges.size();
-    if (more) {
-        qsizetype changed = position;
-        if (i >= a.ranges.size()) {
-            changed = b.ranges[i].start;
-        } else if (i >= b.ranges.size()) {
-            changed = a.ranges[i].start;
-        } else {
-            const AttributedString::Range& x = a.ranges[i];
-            const AttributedString::Range& y = b.ranges[i];
-            const bool sameBeginning =
-                x.start == y.start && x.styles == y.styles && x.target == y.target;
-            changed = sameBeginning ? std::min(x.end(), y.end()) : std::min(x.start, y.start);
-        }
-        position = std::min(position, changed);
-    } else if (position == a.text.size() && position == b.text.size()) {
-        return -1;
-    }
-    return position;
+    const auto [at, other] =
+        std::mismatch(a.text.cbegin(), a.text.cend(), b.text.cbegin(), b.text.cend());
+    const qsizetype position = at - a.text.cbegin();
+    // The first ranges that are not alike bound the answer.
+    const auto [x, y] =
+        std::mismatch(a.ranges.begin(), a.ranges.end(), b.ranges.begin(), b.ranges.end());
+    if (x == a.ranges.end() && y == b.ranges.end())
+        return at == a.text.cend() && other == b.text.cend() ? -1 : position;
+    if (x == a.ranges.end() || y == b.ranges.end())
+        return std::min(position, x == a.ranges.end() ? y->start : x->start);
+    const bool beginAlike =
+        x->start == y->start && x->styles == y->styles && x->target == y->target;
+    return std::min({position, beginAlike ? x->end() : x->start, beginAlike ? y->end() : y->start});
 }
 
 } // namespace platform

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -44,6 +45,21 @@ QString attributeText(const MD_ATTRIBUTE& attribute) {
     return text;
 }
 
+AttributedString::Style styleOf(MD_SPANTYPE type) {
+    switch (type) {
+    case MD_SPAN_STRONG:
+        return AttributedString::Strong;
+    case MD_SPAN_EM:
+        return AttributedString::Emphasis;
+    case MD_SPAN_CODE:
+        return AttributedString::Code;
+    case MD_SPAN_DEL:
+        return AttributedString::Strikethrough;
+    default:
+        return AttributedString::Link;
+    }
+}
+
 /// Receives the parser's calls for one block. What is shown is taken from the block itself, by
 /// position: the parser only tells which parts of the line it was given are shown, and how.
 class BlockReader {
@@ -53,143 +69,97 @@ public:
         , m_line(line)
         , m_result(result) {}
 
-    void enter(MD_SPANTYPE type, const void* detail);
-    void leave(MD_SPANTYPE type);
-    void text(MD_TEXTTYPE type, QByteArrayView piece);
+    void enter(MD_SPANTYPE type, const void* detail) {
+        AttributedString::Styles styles = m_styles.back();
+        if (type == MD_SPAN_IMG) {
+            if (m_imageDepth++ == 0) {
+                m_imageAddress = attributeText(static_cast<const MD_SPAN_IMG_DETAIL*>(detail)->src);
+                m_imageStart = m_result.text.size();
+            }
+        } else if (m_imageDepth == 0) { // a description is plain text
+            styles |= styleOf(type);
+            if (type == MD_SPAN_A)
+                m_target = attributeText(static_cast<const MD_SPAN_A_DETAIL*>(detail)->href);
+        }
+        m_styles.push_back(styles);
+    }
+
+    void leave(MD_SPANTYPE type) {
+        m_styles.pop_back();
+        if (type == MD_SPAN_IMG && --m_imageDepth == 0 && m_result.text.size() == m_imageStart)
+            append(m_imageAddress);
+    }
+
+    void text(MD_TEXTTYPE type, QByteArrayView piece) {
+        if (type == MD_TEXT_ENTITY) {
+            append(referencedCharacters(piece));
+            return;
+        }
+        const std::less<const char*> before;
+        const char* const base = m_line.bytes.constData();
+        if (before(piece.begin(), base) || before(base + m_line.bytes.size(), piece.end()))
+            return; // nothing of the block: the parser makes up texts for breaks, and has none here
+        qsizetype start = piece.begin() - base;
+        qsizetype end = piece.end() - base;
+        if (type == MD_TEXT_CODE) {
+            // One blank on either side is dropped where it only keeps back quotes apart: shown.
+            if (start > 1 && base[start - 1] == ' ' && base[start - 2] == '`')
+                --start;
+            if (base[end] == ' ' && base[end + 1] == '`')
+                ++end;
+        }
+        // The bytes before the block are none of it; those behind it have its end as their place.
+        start = std::max(start, InlineMarkdownLine::margin);
+        if (start < end)
+            show(type, m_line.positions[static_cast<std::size_t>(start)],
+                 m_line.positions[static_cast<std::size_t>(end)]);
+    }
 
 private:
-    void show(MD_TEXTTYPE type, qsizetype start, qsizetype end);
-    bool isHardBreakMark(qsizetype position) const;
-    void append(QStringView piece);
+    void show(MD_TEXTTYPE type, qsizetype start, qsizetype end) {
+        qsizetype from = start;
+        for (qsizetype i = start; i < end; ++i) {
+            const bool isNul = m_block[i].isNull();
+            if (!isNul && (type != MD_TEXT_NORMAL || !isHardBreakMark(i)))
+                continue;
+            append(m_block.mid(from, i - from));
+            if (isNul)
+                append(u"\ufffd");
+            from = i + 1;
+        }
+        append(m_block.mid(from, end - from));
+    }
+
+    /// A backslash that is not itself escaped, and a line break with more of the block behind it.
+    bool isHardBreakMark(qsizetype position) const {
+        const QStringView behind = m_block.mid(position + 1);
+        if (m_block[position] != u'\\' || behind.isEmpty() || !isMarkdownBreak(behind[0]) ||
+            behind.size() == (behind.startsWith(u"\r\n") ? 2 : 1))
+            return false;
+        qsizetype first = position;
+        while (first > 0 && m_block[first - 1] == u'\\')
+            --first;
+        return (position - first) % 2 == 0;
+    }
+
+    void append(QStringView piece) {
+        const AttributedString::Styles styles = m_styles.back();
+        m_result.append(piece, styles, styles & AttributedString::Link ? m_target : QString());
+    }
 
     QStringView m_block;
     const InlineMarkdownLine& m_line;
     AttributedString& m_result;
-    int m_depths[5] = {}; // of the styles, in the order of their bits
+    /// Of the spans around, the innermost last.
+    std::vector<AttributedString::Styles> m_styles{AttributedString::Styles()};
     QString m_target;
     QString m_imageAddress;
     int m_imageDepth = 0;
     qsizetype m_imageStart = 0;
 };
 
-std::size_t styleIndex(MD_SPANTYPE type) {
-    switch (type) {
-    case MD_SPAN_STRONG:
-        return 0;
-    case MD_SPAN_EM:
-        return 1;
-    case MD_SPAN_CODE:
-        return 2;
-    case MD_SPAN_DEL:
-        return 3;
-    default:
-        return 4;
-    }
-}
-
-void BlockReader::enter(MD_SPANTYPE type, const void* detail) {
-    if (type == MD_SPAN_IMG) {
-        if (m_imageDepth++ == 0) {
-            m_imageAddress = attributeText(static_cast<const MD_SPAN_IMG_DETAIL*>(detail)->src);
-            m_imageStart = m_result.text.size();
-        }
-        return;
-    }
-    if (m_imageDepth > 0)
-        return; // a description is plain text
-    if (type == MD_SPAN_A)
-        m_target = attributeText(static_cast<const MD_SPAN_A_DETAIL*>(detail)->href);
-    ++m_depths[styleIndex(type)];
-}
-
-void BlockReader::leave(MD_SPANTYPE type) {
-    if (type == MD_SPAN_IMG) {
-        if (--m_imageDepth == 0 && m_result.text.size() == m_imageStart)
-            append(m_imageAddress);
-        return;
-    }
-    if (m_imageDepth == 0)
-        --m_depths[styleIndex(type)];
-}
-
-void BlockReader::text(MD_TEXTTYPE type, QByteArrayView piece) {
-    if (type == MD_TEXT_ENTITY) {
-        append(referencedCharacters(piece));
-        return;
-    }
-    const std::less<const char*> before;
-    const char* const base = m_line.bytes.constData();
-    if (before(piece.begin(), base) || before(base + m_line.bytes.size(), piece.end()))
-        return; // nothing of the block: the parser makes up texts for breaks, and there are none
-    qsizetype start = piece.begin() - base;
-    qsizetype end = piece.end() - base;
-    if (type == MD_TEXT_CODE) {
-        // One blank on either side is dropped where it only keeps back quotes apart: shown here.
-        if (start > 1 && base[start - 1] == ' ' && base[start - 2] == '`')
-            --start;
-        if (base[end] == ' ' && base[end + 1] == '`')
-            ++end;
-    }
-    // The bytes before the block are none of it; those behind it have its end as their position.
-    start = std::max(start, InlineMarkdownLine::margin);
-    if (start < end)
-        show(type, m_line.positions[static_cast<std::size_t>(start)],
-             m_line.positions[static_cast<std::size_t>(end)]);
-}
-
-/// A backslash that is not itself escaped, and a line break with more of the block behind it.
-bool BlockReader::isHardBreakMark(qsizetype position) const {
-    if (position + 1 >= m_block.size() || m_block[position] != u'\\' ||
-        !isMarkdownBreak(m_block[position + 1]))
-        return false;
-    const qsizetype breakLength = m_block.mid(position + 1).startsWith(u"\r\n") ? 2 : 1;
-    if (position + 1 + breakLength >= m_block.size())
-        return false;
-    qsizetype first = position;
-    while (first > 0 && m_block[first - 1] == u'\\')
-        --first;
-    return (position - first) % 2 == 0;
-}
-
-void BlockReader::show(MD_TEXTTYPE type, qsizetype start, qsizetype end) {
-    qsizetype from = start;
-    for (qsizetype i = start; i < end; ++i) {
-        if (type == MD_TEXT_NORMAL && isHardBreakMark(i)) {
-            append(m_block.mid(from, i - from));
-            from = i + 1;
-        } else if (m_block[i].isNull()) {
-            append(m_block.mid(from, i - from));
-            append(u"\ufffd");
-            from = i + 1;
-        }
-    }
-    append(m_block.mid(from, end - from));
-}
-
-void BlockReader::append(QStringView piece) {
-    AttributedString::Styles styles;
-    for (int i = 0; i < 5; ++i)
-        styles.setFlag(static_cast<AttributedString::Style>(1 << i), m_depths[i] > 0);
-    m_result.append(piece, styles, styles & AttributedString::Link ? m_target : QString());
-}
-
-int ignoreBlock(MD_BLOCKTYPE, void*, void*) {
-    return 0;
-}
-
-int enterSpan(MD_SPANTYPE type, void* detail, void* reader) {
-    static_cast<BlockReader*>(reader)->enter(type, detail);
-    return 0;
-}
-
-int leaveSpan(MD_SPANTYPE type, void*, void* reader) {
-    static_cast<BlockReader*>(reader)->leave(type);
-    return 0;
-}
-
-int readText(MD_TEXTTYPE type, const MD_CHAR* text, MD_SIZE size, void* reader) {
-    static_cast<BlockReader*>(reader)->text(type, {text, static_cast<qsizetype>(size)});
-    return 0;
+BlockReader& readerOf(void* data) {
+    return *static_cast<BlockReader*>(data);
 }
 
 } // namespace
@@ -200,11 +170,19 @@ void appendInlineMarkdownBlock(QStringView block, AttributedString& result) {
     BlockReader reader(block, line, result);
     MD_PARSER parser = {};
     parser.flags = MD_FLAG_STRIKETHROUGH;
-    parser.enter_block = ignoreBlock;
-    parser.leave_block = ignoreBlock;
-    parser.enter_span = enterSpan;
-    parser.leave_span = leaveSpan;
-    parser.text = readText;
+    parser.enter_block = parser.leave_block = [](MD_BLOCKTYPE, void*, void*) { return 0; };
+    parser.enter_span = [](MD_SPANTYPE type, void* detail, void* data) {
+        readerOf(data).enter(type, detail);
+        return 0;
+    };
+    parser.leave_span = [](MD_SPANTYPE type, void*, void* data) {
+        readerOf(data).leave(type);
+        return 0;
+    };
+    parser.text = [](MD_TEXTTYPE type, const MD_CHAR* text, MD_SIZE size, void* data) {
+        readerOf(data).text(type, {text, static_cast<qsizetype>(size)});
+        return 0;
+    };
     if (md_parse(line.bytes.constData(), static_cast<MD_SIZE>(line.bytes.size()), &parser,
                  &reader) != 0) {
         result.truncate(before);

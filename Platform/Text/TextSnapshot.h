@@ -22,7 +22,7 @@ public:
     explicit TextSnapshot(QStringView characters);
 
     /// The characters. Valid as long as this text or a copy of it.
-    QStringView view() const;
+    QStringView view() const { return {m_characters.get(), m_size}; }
     /// A string of its own with the same characters. Costs a copy.
     QString toString() const { return view().toString(); }
 
@@ -39,10 +39,12 @@ public:
 
 private:
     friend class TextBuilder;
-    struct Buffer;
-    TextSnapshot(std::shared_ptr<const Buffer> buffer, qsizetype size);
+    TextSnapshot(std::shared_ptr<const char16_t[]> characters, qsizetype size)
+        : m_characters(std::move(characters))
+        , m_size(size) {}
 
-    std::shared_ptr<const Buffer> m_buffer;
+    // Those below the size never change; those above belong to the builder that fills the buffer.
+    std::shared_ptr<const char16_t[]> m_characters;
     qsizetype m_size = 0;
 };
 
@@ -56,12 +58,11 @@ public:
     void append(QStringView characters);
 
     /// The whole text so far, at no cost.
-    TextSnapshot text() const;
+    TextSnapshot text() const { return {m_characters, m_size}; }
 
 private:
-    void reserve(qsizetype size);
-
-    std::shared_ptr<TextSnapshot::Buffer> m_buffer;
+    std::shared_ptr<char16_t[]> m_characters;
+    qsizetype m_capacity = 0;
     qsizetype m_size = 0;
 };
 

@@ -20,20 +20,6 @@ void fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QCol
     painter.restore();
 }
 
-void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, qreal width,
-                   const QColor& color) {
-    const auto inset = width / 2;
-    const auto line = rect.adjusted(inset, inset, -inset, -inset);
-    const auto fitting =
-        std::max(0.0, std::min({radius - inset, line.width() / 2, line.height() / 2}));
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color, width));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(line, fitting, fitting);
-    painter.restore();
-}
-
 bool showsFocusRing(Qt::FocusReason reason, bool before) {
     if (reason == Qt::ActiveWindowFocusReason)
         return before;
@@ -43,12 +29,18 @@ bool showsFocusRing(Qt::FocusReason reason, bool before) {
 
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role) {
-    constexpr auto off = 2;
-    if (role == ColorRole::OnAccent)
-        strokeRounded(painter, rect.adjusted(off, off, -off, -off), radius - off,
-                      Theme::focusRingWidth - 1, theme.color(role));
-    else
-        strokeRounded(painter, rect, radius, Theme::focusRingWidth, theme.color(role));
+    const bool isOnAccent = role == ColorRole::OnAccent;
+    const qreal width = Theme::focusRingWidth - (isOnAccent ? 1 : 0);
+    const qreal inset = width / 2 + (isOnAccent ? 2 : 0);
+    const auto line = rect.adjusted(inset, inset, -inset, -inset);
+    const auto fitting =
+        std::max(0.0, std::min({radius - inset, line.width() / 2, line.height() / 2}));
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(theme.color(role), width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(line, fitting, fitting);
+    painter.restore();
 }
 
 QSize IconAndText::size() const {

@@ -13,16 +13,12 @@ namespace platform {
 /// Fills a rounded rectangle; a radius of half the height makes a capsule.
 void fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color);
 
-/// Draws a line of the given width along the inside of a rounded rectangle.
-void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, qreal width,
-                   const QColor& color);
-
 /// Whether a widget that got the focus for a reason shows the ring: when the keyboard brought it,
 /// not the pointer or the program. A window that becomes active leaves it as it was `before`.
 bool showsFocusRing(Qt::FocusReason reason, bool before);
 
-/// Draws the ring along the inside of `rect`; in the role OnAccent, on a button that is filled with
-/// the accent, a little off its edge.
+/// Draws the ring along the inside of a rounded rectangle; in the role OnAccent, on a button that
+/// is filled with the accent, a little off its edge.
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role = ColorRole::FocusRing);
 

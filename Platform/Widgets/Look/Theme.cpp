@@ -8,75 +8,49 @@
 #include <QFontInfo>
 #include <QGuiApplication>
 
+#include <array>
 #include <cmath>
+#include <utility>
 
 namespace platform {
 
 namespace {
 
-/// What the schemes differ in; everything else is derived.
-struct Scheme {
-    QRgb label, secondary, tertiary, red, orange;
-    QRgb window, popover, sheet, card;
-    QColor divider, outline, hover, pressed, scrim, shadow, scrollThumb;
+/// What the schemes differ in; all other colours are mixed from these.
+struct Tone {
+    ColorRole role;
+    QRgb light;
+    QRgb dark;
 };
 
-Scheme scheme(bool dark) {
-    if (dark) {
-        return {.label = 0xfff2f2f4,
-                .secondary = 0xffb0b0b8,
-                .tertiary = 0xff98989f,
-                .red = 0xffff6961,
-                .orange = 0xffff9f0a,
-                .window = 0xff1c1c1e,
-                .popover = 0xff28282b,
-                .sheet = 0xff28282b,
-                .card = 0xff343438,
-                .divider = QColor(255, 255, 255, 28),
-                .outline = QColor(255, 255, 255, 34),
-                .hover = QColor(255, 255, 255, 20),
-                .pressed = QColor(255, 255, 255, 38),
-                .scrim = QColor(0, 0, 0, 120),
-                .shadow = QColor(0, 0, 0, 190),
-                .scrollThumb = QColor(255, 255, 255, 80)};
-    }
-    return {.label = 0xff1d1d1f,
-            .secondary = 0xff5f5f66,
-            .tertiary = 0xff707076,
-            .red = 0xffd70015,
-            .orange = 0xffb04a00,
-            .window = 0xffffffff,
-            .popover = 0xfff5f5f7,
-            .sheet = 0xfff9f9fb,
-            .card = 0xffffffff,
-            .divider = QColor(0, 0, 0, 26),
-            .outline = QColor(0, 0, 0, 30),
-            .hover = QColor(0, 0, 0, 13),
-            .pressed = QColor(0, 0, 0, 28),
-            .scrim = QColor(0, 0, 0, 72),
-            .shadow = QColor(0, 0, 0, 96),
-            .scrollThumb = QColor(0, 0, 0, 80)};
-}
+constexpr Tone tones[] = {
+    {ColorRole::Accent, 0xff007aff, 0xff0a84ff}, // without one of the desktop's
+    {ColorRole::Label, 0xff1d1d1f, 0xfff2f2f4},
+    {ColorRole::SecondaryLabel, 0xff5f5f66, 0xffb0b0b8},
+    {ColorRole::TertiaryLabel, 0xff707076, 0xff98989f},
+    {ColorRole::Red, 0xffd70015, 0xffff6961},
+    {ColorRole::Orange, 0xffb04a00, 0xffff9f0a},
+    {ColorRole::Window, 0xffffffff, 0xff1c1c1e},
+    {ColorRole::Popover, 0xfff5f5f7, 0xff28282b},
+    {ColorRole::Sheet, 0xfff9f9fb, 0xff28282b},
+    {ColorRole::Card, 0xffffffff, 0xff343438},
+    {ColorRole::Header, 0xffffffff, 0xff1c1c1e},
+    {ColorRole::OnAccent, 0xffffffff, 0xffffffff},
+    {ColorRole::Hover, 0x0d000000, 0x14ffffff},
+    {ColorRole::Pressed, 0x1c000000, 0x26ffffff},
+    {ColorRole::SelectionOnAccent, 0x5a000000, 0x5a000000},
+    {ColorRole::Divider, 0x1a000000, 0x1cffffff},
+    {ColorRole::Outline, 0x1e000000, 0x22ffffff},
+    {ColorRole::Scrim, 0x48000000, 0x78000000},
+    {ColorRole::Shadow, 0x60000000, 0xbe000000},
+    {ColorRole::ScrollThumb, 0x50000000, 0x50ffffff},
+};
 
-constexpr QRgb ownAccentLight = 0xff007aff;
-constexpr QRgb ownAccentDark = 0xff0a84ff;
-constexpr double readable = 4.5;
+constexpr double readable = 4.5; // a contrast ratio
 
 double points(TextStyle style) {
-    switch (style) {
-    case TextStyle::LargeTitle:
-        return 26;
-    case TextStyle::Title2:
-        return 17;
-    case TextStyle::Body:
-        return Theme::bodyPoints;
-    case TextStyle::Subheadline:
-        return 11;
-    case TextStyle::Footnote:
-    case TextStyle::Caption:
-        return 10;
-    }
-    return Theme::bodyPoints;
+    constexpr std::array<double, 6> all{26, 17, Theme::bodyPoints, 11, 10, 10};
+    return all.at(static_cast<size_t>(style));
 }
 
 QFont resized(QFont font, double ratio) {
@@ -101,77 +75,44 @@ QColor Theme::color(ColorRole role) const {
 }
 
 void Theme::setDark(bool dark) {
-    if (dark != m_dark) {
-        m_dark = dark;
+    if (std::exchange(m_dark, dark) != dark)
         rebuild();
-    }
 }
 
 void Theme::setAccent(std::optional<QColor> accent) {
     if (accent && !accent->isValid())
         accent.reset();
-    if (accent != m_accent) {
-        m_accent = accent;
+    if (std::exchange(m_accent, accent) != accent)
         rebuild();
-    }
 }
 
 void Theme::rebuild() {
-    const auto own = QColor(m_dark ? ownAccentDark : ownAccentLight);
-    m_palette = palette(m_dark, m_accent ? QColor(m_accent->rgb()) : own);
-    m_revision = m_revision.valueBypassingBindings() + 1;
-}
-
-Theme::Palette Theme::palette(bool dark, const QColor& accent) {
-    const auto base = scheme(dark);
-    Palette result;
-    const auto set = [&result](ColorRole role, const QColor& color) {
-        result.at(static_cast<size_t>(role)) = color;
+    using enum ColorRole;
+    const auto of = [this](ColorRole role) -> QColor& {
+        return m_palette.at(static_cast<size_t>(role));
     };
-    const QColor secondary(base.secondary);
+    for (const auto& tone : tones)
+        of(tone.role) = QColor::fromRgba(m_dark ? tone.dark : tone.light);
 
     // White stands on the accent as a background; the accent as text stands on every background and
     // on its own tint over it, so it is made for the surface with the minimum of contrast.
-    const QColor extreme = dark ? Qt::white : Qt::black;
-    const auto fill = adjustedForContrast(accent, Qt::white, Qt::black, readable);
-    const QColor hardest = dark ? QColor(base.card) : QColor(base.popover);
+    const auto accent = m_accent ? QColor(m_accent->rgb()) : of(Accent);
+    const QColor extreme = m_dark ? Qt::white : Qt::black;
+    const auto hardest = of(m_dark ? Card : Popover);
     const auto plain = adjustedForContrast(accent, hardest, extreme, readable);
     const auto tinted = composed(withOpacity(plain, 0.1), hardest);
-    const auto text = adjustedForContrast(plain, tinted, extreme, readable);
-    const auto bubble = composed(withOpacity(secondary, 0.15), QColor(base.window));
-    const auto link = adjustedForContrast(text, bubble, extreme, readable);
-
-    set(ColorRole::Accent, text);
-    set(ColorRole::Label, QColor(base.label));
-    set(ColorRole::SecondaryLabel, secondary);
-    set(ColorRole::TertiaryLabel, QColor(base.tertiary));
-    set(ColorRole::Red, QColor(base.red));
-    set(ColorRole::Orange, QColor(base.orange));
-    set(ColorRole::Link, link);
-    set(ColorRole::Window, QColor(base.window));
-    set(ColorRole::Popover, QColor(base.popover));
-    set(ColorRole::Sheet, QColor(base.sheet));
-    set(ColorRole::Card, QColor(base.card));
-    set(ColorRole::Header, QColor(base.window));
-    set(ColorRole::AccentFill, fill);
-    set(ColorRole::OnAccent, Qt::white);
-    set(ColorRole::UserBubble, fill);
-    set(ColorRole::AssistantBubble, withOpacity(secondary, 0.15));
-    set(ColorRole::GreetingBubble, withOpacity(secondary, 0.12));
-    set(ColorRole::Field, withOpacity(secondary, 0.1));
-    set(ColorRole::Chip, withOpacity(text, 0.1));
-    set(ColorRole::ModeBar, withOpacity(text, 0.08));
-    set(ColorRole::Hover, base.hover);
-    set(ColorRole::Pressed, base.pressed);
-    set(ColorRole::Selection, withOpacity(fill, dark ? 0.5 : 0.25));
-    set(ColorRole::SelectionOnAccent, QColor(0, 0, 0, 90));
-    set(ColorRole::Divider, base.divider);
-    set(ColorRole::Outline, base.outline);
-    set(ColorRole::FocusRing, withOpacity(text, 0.6));
-    set(ColorRole::Scrim, base.scrim);
-    set(ColorRole::Shadow, base.shadow);
-    set(ColorRole::ScrollThumb, base.scrollThumb);
-    return result;
+    of(Accent) = adjustedForContrast(plain, tinted, extreme, readable);
+    of(AccentFill) = of(UserBubble) = adjustedForContrast(accent, Qt::white, Qt::black, readable);
+    of(AssistantBubble) = withOpacity(of(SecondaryLabel), 0.15);
+    of(GreetingBubble) = withOpacity(of(SecondaryLabel), 0.12);
+    of(Field) = withOpacity(of(SecondaryLabel), 0.1);
+    of(Link) = adjustedForContrast(of(Accent), composed(of(AssistantBubble), of(Window)), extreme,
+                                   readable);
+    of(Chip) = withOpacity(of(Accent), 0.1);
+    of(ModeBar) = withOpacity(of(Accent), 0.08);
+    of(Selection) = withOpacity(of(AccentFill), m_dark ? 0.5 : 0.25);
+    of(FocusRing) = withOpacity(of(Accent), 0.6);
+    m_revision = m_revision.valueBypassingBindings() + 1;
 }
 
 QFont Theme::font(TextStyle style, QFont::Weight weight) const {
@@ -180,16 +121,16 @@ QFont Theme::font(TextStyle style, QFont::Weight weight) const {
     return font;
 }
 
-QFont Theme::monospacedFont(TextStyle style) const {
+QFont Theme::codeFont() const {
     if (!m_monospaced) // asked of the desktop only when somebody needs it
         m_monospaced = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    const auto like = font(style);
+    const auto body = m_bodyFont.value();
     auto font = *m_monospaced;
-    if (like.pixelSize() > 0)
-        font.setPixelSize(like.pixelSize());
+    if (body.pixelSize() > 0)
+        font.setPixelSize(body.pixelSize());
     else
-        font.setPointSizeF(like.pointSizeF());
-    return font;
+        font.setPointSizeF(body.pointSizeF());
+    return resized(font, 0.92);
 }
 
 qreal Theme::bodySize() const {

@@ -96,8 +96,9 @@ public:
     // Text.
 
     QFont font(TextStyle style, QFont::Weight weight = QFont::Normal) const;
-    /// The desktop's monospaced font in the size of a style.
-    QFont monospacedFont(TextStyle style) const;
+    /// The desktop's monospaced font beside text of the body style: a little smaller, for it looks
+    /// larger than others of its size.
+    QFont codeFont() const;
     /// The height of the body style's em in device-independent pixels.
     qreal bodySize() const;
 
@@ -144,15 +145,12 @@ public:
     static constexpr int focusRingWidth = 3;
 
 private:
-    using Palette = std::array<QColor, static_cast<size_t>(ColorRole::Count_)>;
-
     void rebuild();
-    static Palette palette(bool dark, const QColor& accent);
 
     bool m_dark = false;
     Observed<int> m_revision{0}; // of the palette
     std::optional<QColor> m_accent;
-    Palette m_palette;
+    std::array<QColor, static_cast<size_t>(ColorRole::Count_)> m_palette;
     Observed<QFont> m_bodyFont;
     mutable std::optional<QFont> m_monospaced;
     Icons m_icons;

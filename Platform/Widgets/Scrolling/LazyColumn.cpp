@@ -21,7 +21,7 @@ void discard(QWidget* widget) {
 } // namespace
 
 LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
-    : ScrollArea(theme, parent)
+    : AbstractScrollArea(theme, parent, Qt::Vertical)
     , m_source(rows) {
     QAccessible::installFactory(makeAccessible); // once, however often it is called
     setFocusPolicy(Qt::StrongFocus);
@@ -32,61 +32,48 @@ LazyColumn::LazyColumn(const Theme& theme, LazyRows& rows, QWidget* parent)
 // Rows
 
 void LazyColumn::reload() {
-    const auto count = static_cast<std::size_t>(m_source.count());
-    const auto keyOf = [this](std::size_t i) { return m_source.key(static_cast<qsizetype>(i)); };
-    std::size_t same = 0;
-    while (same < std::min(count, m_rows.size()) && keyOf(same) == m_rows[same].key)
+    const qsizetype count = m_source.count();
+    qsizetype same = 0;
+    while (same < std::min(count, m_rows.size()) && m_source.key(same) == m_rows[same].key)
         ++same;
     QHash<QUuid, Row> others;
-    for (std::size_t i = same; i < m_rows.size(); ++i)
+    for (qsizetype i = same; i < m_rows.size(); ++i)
         others.insert(m_rows[i].key, m_rows[i]);
     m_rows.resize(same);
     m_known = std::min(m_known, same);
-    for (std::size_t i = same; i < count; ++i) {
-        Row row = others.take(keyOf(i));
-        if (row.key.isNull())
-            row = {keyOf(i), m_source.estimatedHeight(static_cast<qsizetype>(i), rowWidth())};
-        m_rows.push_back(row);
+    for (qsizetype i = same; i < count; ++i) {
+        const QUuid key = m_source.key(i);
+        m_rows.append(others.contains(key) ? others.take(key)
+                                           : Row{key, m_source.estimatedHeight(i, rowWidth())});
     }
     for (const Row& gone : std::as_const(others))
         discard(gone.widget);
-    for (std::size_t i = 0; i < count; ++i)
+    for (qsizetype i = 0; i < count; ++i)
         if (m_rows[i].widget)
-            m_source.update(static_cast<qsizetype>(i), m_rows[i].widget);
+            m_source.update(i, m_rows[i].widget);
     layOut();
 }
 
 QWidget* LazyColumn::widgetOf(qsizetype row) const {
-    const auto index = static_cast<std::size_t>(row);
-    return row >= 0 && index < m_rows.size() ? m_rows[index].widget : nullptr;
+    return row >= 0 && row < m_rows.size() ? m_rows[row].widget : nullptr;
 }
 
 qsizetype LazyColumn::rowOf(const QWidget* widget) const {
     while (widget && widget->parentWidget() != this)
         widget = widget->parentWidget();
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [widget](const Row& row) {
-        return widget && row.widget == widget;
-    });
-    return found == m_rows.end() ? -1 : found - m_rows.begin();
+    const auto found = std::ranges::find(m_rows, widget, &Row::widget);
+    return widget && found != m_rows.end() ? found - m_rows.begin() : -1;
 }
 
-std::optional<std::size_t> LazyColumn::indexOf(const QUuid& key, std::size_t guess) const {
+qsizetype LazyColumn::rowWithKey(const QUuid& key, qsizetype guess) const {
     if (guess < m_rows.size() && m_rows[guess].key == key)
         return guess;
-    const auto found =
-        std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return row.key == key; });
-    return found == m_rows.end() ? std::nullopt
-                                 : std::optional(static_cast<std::size_t>(found - m_rows.begin()));
-}
-
-qsizetype LazyColumn::rowWithKey(const QUuid& key) const {
-    const auto index = indexOf(key);
-    return index ? static_cast<qsizetype>(*index) : -1;
+    const auto found = std::ranges::find(m_rows, key, &Row::key);
+    return found != m_rows.end() ? found - m_rows.begin() : -1;
 }
 
 QRect LazyColumn::rowRect(qsizetype row) const {
-    const auto index = static_cast<std::size_t>(row);
-    return {(width() - rowWidth()) / 2, top(index) - offset(), rowWidth(), m_rows[index].height};
+    return {(width() - rowWidth()) / 2, top(row) - offset(), rowWidth(), m_rows[row].height};
 }
 
 // Heights. A new height costs nothing; the next question about a top adds up those from the first
@@ -96,12 +83,12 @@ int LazyColumn::rowWidth() const {
     return std::max(1, std::min(width(), Theme::columnWidth) - 2 * Theme::defaultPadding);
 }
 
-void LazyColumn::setHeight(std::size_t row, int height) {
+void LazyColumn::setHeight(qsizetype row, int height) {
     if (std::exchange(m_rows[row].height, height) != height)
         m_known = std::min(m_known, row + 1);
 }
 
-int LazyColumn::top(std::size_t row) const {
+int LazyColumn::top(qsizetype row) const {
     for (; m_known <= row; ++m_known)
         m_rows[m_known].top =
             m_known == 0 ? Theme::defaultPadding
@@ -111,19 +98,19 @@ int LazyColumn::top(std::size_t row) const {
 
 int LazyColumn::contentLength() const {
     return Theme::defaultPadding +
-           (m_rows.empty() ? Theme::defaultPadding : bottom(m_rows.size() - 1));
+           (m_rows.isEmpty() ? Theme::defaultPadding : bottom(m_rows.size() - 1));
 }
 
 /// The first row whose bottom lies below `y`, or the number of rows.
-std::size_t LazyColumn::firstBelow(int y) const {
-    if (!m_rows.empty())
+qsizetype LazyColumn::firstBelow(int y) const {
+    if (!m_rows.isEmpty())
         top(m_rows.size() - 1);
-    const auto row = std::partition_point(
-        m_rows.begin(), m_rows.end(), [y](const Row& row) { return row.top + row.height <= y; });
-    return static_cast<std::size_t>(row - m_rows.begin());
+    const auto row = std::ranges::partition_point(
+        m_rows, [y](const Row& row) { return row.top + row.height <= y; });
+    return row - m_rows.begin();
 }
 
-void LazyColumn::measure(std::size_t row) {
+void LazyColumn::measure(qsizetype row) {
     const QWidget* widget = m_rows[row].widget;
     setHeight(row, widget->hasHeightForWidth() ? widget->heightForWidth(m_width)
                                                : widget->sizeHint().height());
@@ -137,24 +124,24 @@ void LazyColumn::layOut() {
         return;
     const QScopedValueRollback guard(m_isLayingOut, true);
     const bool isNewWidth = std::exchange(m_width, rowWidth()) != rowWidth();
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
         if (m_rows[i].widget) {
             measure(i);
         } else if (isNewWidth) {
             m_rows[i].isMeasured = false;
-            setHeight(i, m_source.estimatedHeight(static_cast<qsizetype>(i), m_width));
+            setHeight(i, m_source.estimatedHeight(i, m_width));
         }
     }
     // Building a row corrects its height, which can bring further rows into the zone.
     const int margin = height() / 2;
     do {
-        const auto anchor = indexOf(m_anchor, m_anchorRow);
-        adoptOffset(anchor ? top(*anchor) - m_anchorY : offset());
+        const qsizetype anchor = rowWithKey(m_anchor, m_anchorRow);
+        adoptOffset(anchor < 0 ? offset() : top(anchor) - m_anchorY);
     } while (build(firstBelow(offset() - margin), firstBelow(offset() + height() + margin)));
     release(offset() - 3 * margin, offset() + height() + 3 * margin);
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
         if (QWidget* widget = m_rows[i].widget) {
-            widget->setGeometry(rowRect(static_cast<qsizetype>(i)));
+            widget->setGeometry(rowRect(i));
             if (widget->isHidden())
                 widget->show();
         }
@@ -164,12 +151,12 @@ void LazyColumn::layOut() {
 }
 
 /// Makes the widgets of the rows up to and with `last`; returns whether there were any to make.
-bool LazyColumn::build(std::size_t first, std::size_t last) {
+bool LazyColumn::build(qsizetype first, qsizetype last) {
     bool anything = false;
-    for (std::size_t i = first; i < m_rows.size() && i <= last; ++i) {
+    for (qsizetype i = first; i < m_rows.size() && i <= last; ++i) {
         if (m_rows[i].widget)
             continue;
-        m_rows[i].widget = m_source.make(static_cast<qsizetype>(i), this);
+        m_rows[i].widget = m_source.make(i, this);
         m_rows[i].widget->ensurePolished();
         measure(i);
         anything = true;
@@ -182,7 +169,7 @@ bool LazyColumn::build(std::size_t first, std::size_t last) {
 /// Destroys the widgets outside of a zone that nobody needs.
 void LazyColumn::release(int from, int to) {
     const QWidget* focus = QApplication::focusWidget();
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
         QWidget*& widget = m_rows[i].widget;
         if (!widget || (bottom(i) > from && top(i) < to))
             continue;
@@ -194,10 +181,10 @@ void LazyColumn::release(int from, int to) {
 
 void LazyColumn::offsetChanged() {
     m_anchor = {};
-    std::size_t row = firstBelow(offset());
-    if (row >= m_rows.size())
+    qsizetype row = firstBelow(offset());
+    if (row == m_rows.size())
         return;
-    for (std::size_t i = row; i < m_rows.size() && top(i) < offset() + height(); ++i) {
+    for (qsizetype i = row; i < m_rows.size() && top(i) < offset() + height(); ++i) {
         if (m_rows[i].isMeasured) {
             row = i;
             break;

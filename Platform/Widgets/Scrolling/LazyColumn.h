@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Widgets/Scrolling/AbstractScrollArea.h"
 #include "Platform/Widgets/Scrolling/LazyRows.h"
-#include "Platform/Widgets/Scrolling/ScrollArea.h"
 
-#include <optional>
-#include <vector>
+#include <QList>
 
 class QAccessibleInterface;
 
@@ -23,7 +22,7 @@ namespace platform {
 /// For assistive technology it is a list with an item for each row, which says what
 /// LazyRows::accessibleName() says (a row's widget with an interface of its own keeps that). The
 /// item of a row without a widget has its name and its place only.
-class LazyColumn final : public ScrollArea {
+class LazyColumn final : public AbstractScrollArea {
     Q_OBJECT
 
 public:
@@ -38,7 +37,8 @@ public:
     QWidget* widgetOf(qsizetype row) const;
     /// The row of a widget that is one or lies in one, none (-1) for others.
     qsizetype rowOf(const QWidget* widget) const;
-    qsizetype rowWithKey(const QUuid& key) const;
+    /// The row of a key, looked for at `guess` first; none (-1) for others.
+    qsizetype rowWithKey(const QUuid& key, qsizetype guess = 0) const;
     /// Where a row stands, in the column's coordinates; guessed far from the visible area.
     QRect rowRect(qsizetype row) const;
 
@@ -62,24 +62,23 @@ private:
 
     static QAccessibleInterface* makeAccessible(const QString& className, QObject* object);
 
-    bool build(std::size_t first, std::size_t last);
-    void measure(std::size_t row);
-    void setHeight(std::size_t row, int height);
-    int top(std::size_t row) const;
-    int bottom(std::size_t row) const { return top(row) + m_rows[row].height; }
-    std::size_t firstBelow(int y) const;
+    bool build(qsizetype first, qsizetype last);
+    void measure(qsizetype row);
+    void setHeight(qsizetype row, int height);
+    int top(qsizetype row) const;
+    int bottom(qsizetype row) const { return top(row) + m_rows[row].height; }
+    qsizetype firstBelow(int y) const;
     void release(int from, int to);
     void orderTabs();
-    std::optional<std::size_t> indexOf(const QUuid& key, std::size_t guess = 0) const;
     int rowWidth() const;
 
     LazyRows& m_source;
-    std::vector<Row> m_rows;
-    mutable std::size_t m_known = 0; // tops before this row are right
-    int m_width = -1;                // of a row, that the heights belong to
+    QList<Row> m_rows;
+    mutable qsizetype m_known = 0; // tops before this row are right
+    int m_width = -1;              // of a row, that the heights belong to
     QUuid m_anchor;
-    std::size_t m_anchorRow = 0; // when it was noted
-    int m_anchorY = 0;           // where the anchor's top is, below the upper edge
+    qsizetype m_anchorRow = 0; // when it was noted
+    int m_anchorY = 0;         // where the anchor's top is, below the upper edge
     bool m_isLayingOut = false;
     bool m_hasSize = false; // nothing is built for a size that is still to come
 };

@@ -36,10 +36,7 @@ public:
 
     /// Whether a widget far from the visible area must not be destroyed: it holds something of the
     /// user's, a selection for instance. One with the keyboard focus is kept in any case.
-    virtual bool isInUse(const QWidget* widget) const {
-        static_cast<void>(widget);
-        return false;
-    }
+    virtual bool isInUse(const QWidget* widget) const = 0;
 };
 
 } // namespace platform

@@ -1,119 +1,36 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Look/Theme.h"
-#include "Platform/Widgets/Scrolling/ScrollMotion.h"
-
-#include <QWidget>
-
-class QScrollPrepareEvent;
+#include "Platform/Widgets/Scrolling/AbstractScrollArea.h"
 
 namespace platform {
 
-class OverlayScrollBar;
-
-/// A widget whose content may be longer than itself: the one way to scroll.
-///
-/// The content is one widget: in a vertical area it has the area's width, with a bar over its
-/// trailing edge; in a horizontal one it is as wide as it likes, without a bar, and stands in the
-/// middle where it fits. LazyColumn lays out rows instead.
-///
-/// Every area scrolls by the wheel (so many lines a notch as the desktop says, gliding), by the
-/// touchpad and by touch (running out), and, with the focus anywhere inside, by the arrow keys; a
-/// vertical one by Page Up, Page Down, Space, Home, End and its bar, too; a horizontal one by being
-/// dragged. What the focus moves to is brought into view. Where motion is disabled, nothing glides
-/// or runs out. Main thread only.
-class ScrollArea : public QWidget {
+/// An area over one widget. In a vertical area the widget has the area's width; in a horizontal one
+/// it is as wide as it likes, and stands in the middle where it fits.
+class ScrollArea final : public AbstractScrollArea {
     Q_OBJECT
 
 public:
     /// `theme` outlives the area.
     explicit ScrollArea(const Theme& theme, QWidget* parent = nullptr,
                         Qt::Orientation orientation = Qt::Vertical);
-    ~ScrollArea() override;
-
-    /// The innermost area that a widget lies in; none (null) if it lies in none.
-    static ScrollArea* around(const QWidget* widget);
 
     /// Takes ownership and shows the content from its start; destroys the former one.
     void setContent(QWidget* content);
     QWidget* content() const { return m_content; }
 
-    /// How far the content has moved towards its start, in pixels: 0 to maximum().
-    int offset() const { return m_offset; }
-    int maximum() const;
-    /// Whether the end is in view, or was when the content was last laid out.
-    bool isAtEnd() const { return m_offset >= m_laidOut; }
-    /// Scrolls at once, and ends any other movement.
-    void setOffset(int offset);
-
-    /// Brings the end into view: at once, or in 0.2 s easing out where motion is enabled. The
-    /// moving end of a content that grows meanwhile is followed.
-    void scrollToEnd(bool animated);
-    /// Whether an animated scrollToEnd() is under way.
-    bool isScrollingToEnd() const { return m_motion.isGoingToEnd(); }
-
-    /// Brings a part of a widget inside into view, as little as is needed.
-    void reveal(const QWidget* inside, const QRect& part);
-
-    /// For a pointer that draws a selection: where the point, on the screen, lies beyond an end of
-    /// the area, scrolls a step that way, the farther the faster. Call it once a frame; returns
-    /// whether anything has moved.
-    bool scrollTowards(const QPoint& point);
-
-    bool hasHeightForWidth() const override;
+    bool hasHeightForWidth() const override { return isVertical() && m_content; }
     int heightForWidth(int width) const override;
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override { return m_content ? m_content->sizeHint() : QSize(0, 0); }
+    QSize minimumSizeHint() const override { return {0, isVertical() ? 0 : sizeHint().height()}; }
 
 protected:
-    /// How long the whole content is, in pixels.
-    virtual int contentLength() const;
-    /// Puts the content where size and offset say; ends with a call of updateBar().
-    virtual void layOut();
-    /// Called before layOut() when the offset was changed on purpose.
-    virtual void offsetChanged() {}
-
-    /// Sets the offset within its limits; for layOut(), so nothing is laid out.
-    void adoptOffset(int offset);
-    void updateBar();
-    const Theme& theme() const { return m_theme; }
-
+    int contentLength() const override;
+    void layOut() override;
     bool event(QEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 
 private:
-    bool isVertical() const { return m_orientation == Qt::Vertical; }
-    bool isMirrored() const { return !isVertical() && isRightToLeft(); }
-    template <class Point>
-    auto along(const Point& point) const {
-        return isVertical() ? point.y() : point.x();
-    }
-    int length() const { return isVertical() ? height() : width(); }
-    QRect mirrored(const QRect& rect) const;
-    qreal wheelDistance(const QPoint& delta, Qt::KeyboardModifiers modifiers) const;
-    int lineStep() const;
-    int notchStep() const;
-    int pageStep() const;
-    void moveTo(int offset);
-    void scrollBy(qreal distance);
-    void stopMotion();
-    void prepareTouch(QScrollPrepareEvent& event);
-
-    const Theme& m_theme;
-    const Qt::Orientation m_orientation;
     QWidget* m_content = nullptr;
-    OverlayScrollBar* m_bar = nullptr; // of a vertical area
-    int m_offset = 0;
-    int m_laidOut = 0;    // the maximum then
-    qreal m_fraction = 0; // of a pixel that was moved beyond m_offset
-    ScrollMotion m_motion;
-    qreal m_touched = 0; // where a touch, or its run-out, has the content
-    bool m_showsFocusRing = false;
 };
 
 } // namespace platform

@@ -1,19 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Text/TextFlow.h"
 
+#include "Platform/Widgets/Look/Painting.h"
+
 #include <QPainter>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 namespace platform {
-namespace {
 
 constexpr qsizetype toTheEnd = std::numeric_limits<qsizetype>::max();
 constexpr std::size_t keptLayouts = 64;
 constexpr qreal keptMargin = 4000; // pixels above and below what is drawn
 
-} // namespace
+TextFlow::TextFlow(qsizetype chunkSize)
+    : m_chunkSize(chunkSize) {
+    layOutFrom(0);
+}
 
 // Layout
 
@@ -21,20 +27,18 @@ void TextFlow::setFormat(const TextFormat& format) {
     const bool sameFonts = format.font == m_format.font && format.codeFont == m_format.codeFont;
     m_format = format;
     m_layouts.clear();
-    if (!sameFonts) {
-        m_chunks.clear();
+    if (!sameFonts)
         layOutFrom(0);
-    }
 }
 
 qreal TextFlow::replaceTail(qsizetype from, const AttributedString& tail) {
     const AttributedString old = m_content.mid(from, m_content.text.size() - from);
     const qsizetype difference = firstDifference(old, tail);
-    if (difference < 0 && !m_chunks.empty())
+    if (difference < 0)
         return -1;
-    const qsizetype changed = from + std::max<qsizetype>(difference, 0);
-    m_content.truncate(changed);
-    m_content.append(tail.mid(changed - from, tail.text.size()));
+    const qsizetype changed = from + difference;
+    m_content.truncate(from);
+    m_content.append(tail);
     const auto stale = std::partition_point(m_chunks.begin(), m_chunks.end(),
                                             [&](const Chunk& c) { return c.seen <= changed; });
     const auto index = static_cast<std::size_t>(stale - m_chunks.begin());
@@ -43,11 +47,10 @@ qreal TextFlow::replaceTail(qsizetype from, const AttributedString& tail) {
 }
 
 void TextFlow::setWidth(qreal width) {
-    if (width == m_width && !m_chunks.empty())
+    width = std::max<qreal>(width, 1);
+    if (std::exchange(m_width, width) == width)
         return;
-    m_width = width;
-    std::vector<Chunk> old;
-    old.swap(m_chunks);
+    const std::vector<Chunk> old = std::exchange(m_chunks, {});
     m_layouts.clear();
     m_chunks.reserve(old.size());
     for (std::size_t i = 0; i < old.size();) {
@@ -70,12 +73,10 @@ TextFlow::Paragraph TextFlow::paragraphAt(qsizetype start) const {
     Paragraph paragraph{start, start, false};
     while (paragraph.end < text.size() && !isLineBreak(text[paragraph.end]))
         ++paragraph.end;
-    if (paragraph.end < text.size())
-        paragraph.next = paragraph.end + (text.mid(paragraph.end).startsWith(u"\r\n") ? 2 : 1);
-    else
-        paragraph.next = paragraph.end;
-    const qsizetype length = paragraph.end - start;
-    paragraph.rightToLeft = text.mid(start, std::min(length, m_chunkSize)).isRightToLeft();
+    const QStringView behind = text.mid(paragraph.end);
+    paragraph.next = paragraph.end + (behind.isEmpty() ? 0 : behind.startsWith(u"\r\n") ? 2 : 1);
+    const QStringView beginning = text.mid(start, std::min(paragraph.end - start, m_chunkSize));
+    paragraph.rightToLeft = beginning.isRightToLeft();
     return paragraph;
 }
 
@@ -103,7 +104,7 @@ void TextFlow::layOut(qsizetype start, const Paragraph& paragraph, bool first) {
         chunk.shaped = std::min(window, paragraph.end - start);
         chunk.last = start + chunk.shaped == paragraph.end;
         std::unique_ptr<QTextLayout> layout = shape(chunk);
-        chunk.lines = TextLines::make(*layout, m_format, lineWidth(), !chunk.last, noLimit);
+        chunk.lines = TextLines::make(*layout, m_format, m_width, !chunk.last);
         if (!chunk.last && chunk.lines.length == chunk.shaped) {
             window *= 2; // one line: a very wide view, or characters without width
             continue;
@@ -134,14 +135,14 @@ void TextFlow::append(Chunk chunk) {
 }
 
 std::unique_ptr<QTextLayout> TextFlow::shape(const Chunk& chunk) const {
-    return m_format.layout(m_content, chunk.start, chunk.shaped, chunk.rightToLeft);
+    return m_format.layout(m_content.mid(chunk.start, chunk.shaped), chunk.rightToLeft);
 }
 
 QTextLayout& TextFlow::layoutOf(std::size_t index) const {
     std::unique_ptr<QTextLayout>& layout = m_layouts[index];
     if (!layout) {
         layout = shape(m_chunks[index]);
-        TextLines::make(*layout, m_format, lineWidth(), false, m_chunks[index].lines.count);
+        TextLines::make(*layout, m_format, m_width, false, m_chunks[index].lines.count);
     }
     return *layout;
 }
@@ -164,14 +165,6 @@ std::size_t TextFlow::lastChunkFrom(Value Chunk::*place, Value value) const {
     return behind == m_chunks.begin() ? 0 : static_cast<std::size_t>(behind - m_chunks.begin() - 1);
 }
 
-std::size_t TextFlow::chunkAt(qsizetype position) const {
-    return lastChunkFrom(&Chunk::start, position);
-}
-
-std::size_t TextFlow::chunkAtHeight(qreal y) const {
-    return lastChunkFrom(&Chunk::top, y);
-}
-
 /// The line of a chunk at a height of the text.
 QTextLine TextFlow::lineAt(std::size_t index, qreal y) const {
     const QTextLayout& layout = layoutOf(index);
@@ -182,17 +175,17 @@ QTextLine TextFlow::lineAt(std::size_t index, qreal y) const {
 }
 
 /// How far right of its layout a chunk is drawn: a layout sets text from the right against the
-/// width that lines break at, the frame is often only as wide as its widest line.
+/// width that lines break at, which is often more than the frame's.
 qreal TextFlow::indent(const Chunk& chunk) const {
-    return chunk.rightToLeft ? m_frameWidth - lineWidth() : 0;
+    return chunk.rightToLeft ? m_frameWidth - m_width : 0;
 }
 
 qsizetype TextFlow::positionAt(const QPointF& point) const {
-    if (m_chunks.empty() || point.y() < 0)
+    if (point.y() < 0)
         return 0;
     if (point.y() >= height())
         return m_content.text.size();
-    const std::size_t index = chunkAtHeight(point.y());
+    const std::size_t index = lastChunkFrom(&Chunk::top, point.y());
     const Chunk& chunk = m_chunks[index];
     const QTextLine line = lineAt(index, point.y());
     const qsizetype position = chunk.start + line.xToCursor(point.x() - indent(chunk));
@@ -204,9 +197,9 @@ qsizetype TextFlow::positionAt(const QPointF& point) const {
 }
 
 qsizetype TextFlow::characterAt(const QPointF& point) const {
-    if (m_chunks.empty() || point.y() < 0 || point.y() >= height())
+    if (point.y() < 0 || point.y() >= height())
         return -1;
-    const std::size_t index = chunkAtHeight(point.y());
+    const std::size_t index = lastChunkFrom(&Chunk::top, point.y());
     const Chunk& chunk = m_chunks[index];
     const QTextLine line = lineAt(index, point.y());
     const QPointF inside = point - QPointF(indent(chunk), chunk.top);
@@ -217,10 +210,8 @@ qsizetype TextFlow::characterAt(const QPointF& point) const {
 }
 
 QRectF TextFlow::characterRect(qsizetype position) const {
-    if (m_chunks.empty())
-        return {};
     position = std::clamp<qsizetype>(position, 0, m_content.text.size());
-    const std::size_t index = chunkAt(position);
+    const std::size_t index = lastChunkFrom(&Chunk::start, position);
     const Chunk& chunk = m_chunks[index];
     if (position < chunk.end())
         return rects(position, position + 1).front();
@@ -233,7 +224,8 @@ QRectF TextFlow::characterRect(qsizetype position) const {
 
 std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
     std::vector<QRectF> found;
-    for (std::size_t i = chunkAt(start); i < m_chunks.size() && m_chunks[i].start < end; ++i) {
+    for (std::size_t i = lastChunkFrom(&Chunk::start, start);
+         i < m_chunks.size() && m_chunks[i].start < end; ++i) {
         const Chunk& chunk = m_chunks[i];
         const int from = static_cast<int>(std::max(start, chunk.start) - chunk.start);
         const int to = static_cast<int>(std::min(end, chunk.end()) - chunk.start);
@@ -262,7 +254,7 @@ void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip
     QTextCharFormat selected;
     selected.setBackground(m_format.selection);
     painter.setPen(m_format.text);
-    for (std::size_t i = chunkAtHeight(area.top()); i < m_chunks.size(); ++i) {
+    for (std::size_t i = lastChunkFrom(&Chunk::top, area.top()); i < m_chunks.size(); ++i) {
         const Chunk& chunk = m_chunks[i];
         if (chunk.top > area.bottom())
             break;
@@ -283,24 +275,15 @@ void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip
 
 void TextFlow::drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
                                    const Chunk& chunk) const {
-    for (std::size_t i = m_content.firstRangeEndingAfter(chunk.start); i < m_content.ranges.size();
-         ++i) {
-        const AttributedString::Range& range = m_content.ranges[i];
-        if (range.start >= chunk.end())
-            break;
+    for (const auto& range : m_content.mid(chunk.start, chunk.lines.length).ranges) {
         if (!(range.styles & AttributedString::Code))
             continue;
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(m_format.codeBackground);
-        const qsizetype from = std::max(range.start, chunk.start);
-        for (const QRectF& rect : rects(from, std::min(range.end(), chunk.end()))) {
+        const qsizetype from = chunk.start + range.start;
+        for (const QRectF& rect : rects(from, from + range.length)) {
             const QRectF background = rect.translated(origin).adjusted(-1.5, 1, 1.5, -1);
             if (background.intersects(clip))
-                painter.drawRoundedRect(background, 4, 4);
+                fillRounded(painter, background, 4, m_format.codeBackground);
         }
-        painter.restore();
     }
 }
 

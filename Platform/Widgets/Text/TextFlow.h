@@ -9,8 +9,6 @@
 #include <QRectF>
 #include <QTextLayout>
 
-#include <algorithm>
-#include <limits>
 #include <map>
 #include <memory>
 #include <vector>
@@ -23,16 +21,14 @@ namespace platform {
 ///
 /// The text is held in chunks: a paragraph each, and a paragraph beyond the chunk size in several,
 /// cut where a line begins. A change lays out the chunks from the one before it on, so its cost
-/// follows what changed and not the length of the text or of its last paragraph. Only chunks near
-/// what was drawn last keep their glyphs; of the others only the height is kept.
+/// follows what changed. Only chunks near what was drawn last keep their glyphs.
 ///
 /// Points are in the coordinates of the text: (0, 0) is its upper left corner. Positions count
 /// UTF-16 units. Main thread only.
 class TextFlow {
 public:
     /// `chunkSize`: how many UTF-16 units one layout looks at.
-    explicit TextFlow(qsizetype chunkSize = 3000)
-        : m_chunkSize(chunkSize) {}
+    explicit TextFlow(qsizetype chunkSize = 3000);
 
     const AttributedString& content() const { return m_content; }
     const TextFormat& format() const { return m_format; }
@@ -44,11 +40,10 @@ public:
     /// different, or none (-1) when it does not.
     qreal replaceTail(qsizetype from, const AttributedString& tail);
 
-    /// The width to break lines at. Lines that fit either way are not laid out again.
+    /// The width to break lines at, at least 1. Lines that fit either way are not laid out again.
     void setWidth(qreal width);
     qreal width() const { return m_width; }
 
-    /// The height of all lines.
     qreal height() const;
     /// The width of the widest line: what the text needs when its lines break at `width`.
     qreal usedWidth() const;
@@ -70,8 +65,6 @@ public:
     std::vector<QRectF> rects(qsizetype start, qsizetype end) const;
 
 private:
-    static constexpr int noLimit = std::numeric_limits<int>::max();
-
     struct Paragraph {
         qsizetype end = 0;  // before its break
         qsizetype next = 0; // behind it; the same for the text's last paragraph
@@ -103,10 +96,7 @@ private:
     QTextLine lineAt(std::size_t chunk, qreal y) const;
     template <class Value>
     std::size_t lastChunkFrom(Value Chunk::*place, Value value) const;
-    std::size_t chunkAt(qsizetype position) const;
-    std::size_t chunkAtHeight(qreal y) const;
     qreal indent(const Chunk& chunk) const;
-    qreal lineWidth() const { return std::max<qreal>(m_width, 1); }
     void drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
                              const Chunk& chunk) const;
 

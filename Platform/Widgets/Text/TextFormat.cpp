@@ -22,28 +22,29 @@ QString displayed(QString text) {
 
 } // namespace
 
-std::unique_ptr<QTextLayout> TextFormat::layout(const AttributedString& content, qsizetype start,
-                                                qsizetype length, bool rightToLeft) const {
-    auto layout = std::make_unique<QTextLayout>(displayed(content.text.mid(start, length)), font);
+TextFormat TextFormat::of(const Theme& theme, bool isOnAccent) {
+    const auto color = [&](ColorRole onWindow, ColorRole onAccent = ColorRole::OnAccent) {
+        return theme.color(isOnAccent ? onAccent : onWindow);
+    };
+    return {.font = theme.font(TextStyle::Body),
+            .codeFont = theme.codeFont(),
+            .text = color(ColorRole::Label),
+            .link = color(ColorRole::Link),
+            .codeBackground = theme.color(ColorRole::Field),
+            .selection = color(ColorRole::Selection, ColorRole::SelectionOnAccent),
+            .focusRing = color(ColorRole::FocusRing)};
+}
+
+std::unique_ptr<QTextLayout> TextFormat::layout(const AttributedString& content,
+                                                bool rightToLeft) const {
+    auto layout = std::make_unique<QTextLayout>(displayed(content.text), font);
     QTextOption option(rightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setTextDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTabStopDistance(QFontMetricsF(font).horizontalAdvance(u' ') * 8);
     layout->setTextOption(option);
-    layout->setFormats(formats(content, start, length));
-    layout->setCacheEnabled(true);
-    return layout;
-}
-
-QList<QTextLayout::FormatRange> TextFormat::formats(const AttributedString& content,
-                                                    qsizetype start, qsizetype length) const {
     QList<QTextLayout::FormatRange> formats;
-    const qsizetype end = start + length;
-    for (std::size_t i = content.firstRangeEndingAfter(start); i < content.ranges.size(); ++i) {
-        const AttributedString::Range& range = content.ranges[i];
-        if (range.start >= end)
-            break;
-        const qsizetype from = std::max(range.start, start);
+    for (const AttributedString::Range& range : content.ranges) {
         QTextCharFormat format;
         if (range.styles & AttributedString::Code)
             format.setFont(codeFont);
@@ -57,10 +58,11 @@ QList<QTextLayout::FormatRange> TextFormat::formats(const AttributedString& cont
             format.setForeground(link);
             format.setFontUnderline(true);
         }
-        formats.append({static_cast<int>(from - start),
-                        static_cast<int>(std::min(range.end(), end) - from), format});
+        formats.append({static_cast<int>(range.start), static_cast<int>(range.length), format});
     }
-    return formats;
+    layout->setFormats(formats);
+    layout->setCacheEnabled(true);
+    return layout;
 }
 
 qreal TextFormat::lineHeight() const {

@@ -2,12 +2,13 @@
 #pragma once
 
 #include "Platform/Text/AttributedString.h"
+#include "Platform/Widgets/Look/Theme.h"
 
 #include <QColor>
 #include <QFont>
-#include <QList>
 #include <QTextLayout>
 
+#include <limits>
 #include <memory>
 
 namespace platform {
@@ -22,13 +23,11 @@ struct TextFormat {
     QColor selection; ///< behind selected characters
     QColor focusRing;
 
-    /// A layout, still without lines, of the part of `content` that begins at `start`.
-    std::unique_ptr<QTextLayout> layout(const AttributedString& content, qsizetype start,
-                                        qsizetype length, bool rightToLeft) const;
+    /// The theme's, for text on a background of the window or on the accent's fill.
+    static TextFormat of(const Theme& theme, bool isOnAccent);
 
-    /// The formats of that part.
-    QList<QTextLayout::FormatRange> formats(const AttributedString& content, qsizetype start,
-                                            qsizetype length) const;
+    /// A layout of a text, still without lines.
+    std::unique_ptr<QTextLayout> layout(const AttributedString& content, bool rightToLeft) const;
 
     /// The height of a line of plain text, in whole pixels so that lines stay crisp.
     qreal lineHeight() const;
@@ -47,7 +46,7 @@ struct TextLines {
     /// A line in which another font is a little taller, for code or an emoji, stands on the same
     /// grid as all others.
     static TextLines make(QTextLayout& layout, const TextFormat& format, qreal width,
-                          bool textGoesOn, int maximum);
+                          bool textGoesOn, int maximum = std::numeric_limits<int>::max());
 };
 
 } // namespace platform

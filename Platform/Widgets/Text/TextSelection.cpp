@@ -46,13 +46,15 @@ TextSelection::TextSelection(QStringView text, qsizetype position, TextUnit unit
     , m_reached(m_began)
     , m_unit(unit) {}
 
-void TextSelection::extend(QStringView text, qsizetype position) {
-    m_reached = unitAt(text, position, m_unit);
+TextSelection TextSelection::extended(QStringView text, qsizetype position) const {
+    TextSelection longer = *this;
+    longer.m_reached = unitAt(text, position, m_unit);
+    return longer;
 }
 
 void TextSelection::limit(qsizetype length) {
-    for (TextSpan* span : {&m_began, &m_reached})
-        *span = {std::min(span->start, length), std::min(span->end, length)};
+    m_began = m_began.within(length);
+    m_reached = m_reached.within(length);
 }
 
 TextSpan TextSelection::span() const {

@@ -22,8 +22,8 @@ public:
     /// of blanks, or the sign there; for Paragraph the paragraph without its line break.
     TextSelection(QStringView text, qsizetype position, TextUnit unit);
 
-    /// Reaches to the unit around a position, before or behind where it began.
-    void extend(QStringView text, qsizetype position);
+    /// The same beginning, reaching to the unit around a position, before or behind it.
+    TextSelection extended(QStringView text, qsizetype position) const;
 
     /// Ends where the text ends now.
     void limit(qsizetype length);

@@ -3,6 +3,8 @@
 
 #include <QChar>
 
+#include <algorithm>
+
 namespace platform {
 
 /// A range of UTF-16 units of a text.
@@ -12,6 +14,10 @@ struct TextSpan {
 
     bool isEmpty() const { return start >= end; }
     qsizetype length() const { return end - start; }
+    /// What of it lies in a text of `size` units.
+    TextSpan within(qsizetype size) const {
+        return {std::clamp<qsizetype>(start, 0, size), std::clamp<qsizetype>(end, 0, size)};
+    }
     bool operator==(const TextSpan&) const = default;
 };
 

@@ -2,9 +2,9 @@
 #include "Platform/Widgets/Text/TextView.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Scrolling/ScrollArea.h"
-#include "Platform/Widgets/Text/TextViewAccessible.h"
+#include "Platform/Widgets/Scrolling/AbstractScrollArea.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
@@ -16,131 +16,75 @@
 #include <QToolTip>
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace platform {
-namespace {
-
-/// Monospaced fonts look larger than others of their size.
-QFont codeFont(const Theme& theme) {
-    constexpr qreal scale = 0.92;
-    QFont font = theme.monospacedFont(TextStyle::Body);
-    if (font.pointSizeF() > 0)
-        font.setPointSizeF(font.pointSizeF() * scale);
-    else
-        font.setPixelSize(qRound(font.pixelSize() * scale));
-    return font;
-}
-
-} // namespace
 
 TextView::TextView(const Theme& theme, Background background, QWidget* parent)
-    : QWidget(parent)
-    , m_theme(theme)
-    , m_background(background) {
-    QAccessible::installFactory(makeTextViewAccessible); // once, however often it is called
+    : QWidget(parent) {
+    QAccessible::installFactory(makeAccessible); // once, however often it is called
     setFocusPolicy(Qt::ClickFocus);
     setMouseTracking(true);
     setCursor(Qt::IBeamCursor);
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
-    m_flow.replaceTail(0, {});
-    observe(this, [this] { applyTheme(); });
+    observe(this, [this, &theme, background] {
+        m_flow.setFormat(TextFormat::of(theme, background == Background::Accent));
+        updateGeometry();
+        update();
+    });
 }
 
-void TextView::applyTheme() {
-    const bool accent = m_background == Background::Accent;
-    TextFormat format;
-    format.font = m_theme.font(TextStyle::Body);
-    format.codeFont = codeFont(m_theme);
-    format.text = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Label);
-    format.link = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::Link);
-    format.codeBackground = m_theme.color(ColorRole::Field);
-    format.selection = m_theme.color(accent ? ColorRole::SelectionOnAccent : ColorRole::Selection);
-    format.focusRing = m_theme.color(accent ? ColorRole::OnAccent : ColorRole::FocusRing);
-    m_flow.setFormat(format);
-    updateGeometry();
-    update();
-}
-
-void TextView::setPlainText(const TextSnapshot& text) {
-    if (!m_isMarkdown && text == m_source)
+void TextView::setText(const TextSnapshot& text, bool isMarkdown) {
+    const bool isSameKind = std::exchange(m_isMarkdown, isMarkdown) == isMarkdown;
+    if (isSameKind && text == m_source)
         return;
-    const bool grows = !m_isMarkdown && text.continues(m_source);
-    const qsizetype from = grows ? m_source.size() : 0;
-    m_isMarkdown = false;
+    if (!isSameKind || !text.continues(m_source))
+        m_done = {};
     m_source = text;
-    AttributedString tail;
-    tail.append(text.view().mid(from));
-    replaceTail(from, tail);
-}
-
-void TextView::setMarkdown(const TextSnapshot& text) {
-    if (m_isMarkdown && text == m_source)
-        return;
-    if (!m_isMarkdown || !text.continues(m_source))
-        m_parsed = {};
-    m_isMarkdown = true;
-    m_source = text;
-    const qsizetype from = m_parsed.result;
-    replaceTail(from, InlineMarkdown::parseOn(text.view(), m_parsed));
+    const qsizetype from = m_done.result;
+    if (isMarkdown) {
+        replaceTail(from, InlineMarkdown::parseOn(text.view(), m_done));
+    } else {
+        m_done.result = text.size();
+        replaceTail(from, {text.view().mid(from).toString(), {}});
+    }
 }
 
 void TextView::replaceTail(qsizetype from, const AttributedString& tail) {
-    const qreal height = m_flow.height();
-    const qreal width = m_flow.usedWidth();
+    const QSize before = sizeHint();
     const qreal changed = m_flow.replaceTail(from, tail);
     if (changed < 0)
         return;
-    noteLinks(from, tail);
     const qsizetype size = content().text.size();
     m_selection.limit(size);
-    for (TextSpan* link : {&m_focusedLink, &m_pressedLink})
-        *link = {std::min(link->start, size), std::min(link->end, size)};
-    if (height != m_flow.height() || width != m_flow.usedWidth())
-        updateGeometry();
-    update(0, static_cast<int>(changed), this->width(), this->height());
-}
-
-/// Tab stops at a view that has links, so the first one is known at every moment.
-void TextView::noteLinks(qsizetype from, const AttributedString& tail) {
-    if (m_firstLink >= from)
-        m_firstLink = -1;
-    for (const AttributedString::Range& range : tail.ranges) {
-        if (m_firstLink >= 0)
-            break;
-        if ((range.styles & AttributedString::Link) && openableAddress(range.target))
-            m_firstLink = from + range.start;
+    m_focusedLink = m_focusedLink.within(size);
+    m_pressedLink = m_pressedLink.within(size);
+    // Tab stops at a view that has links, so the first one is known at every moment.
+    if (m_firstLink < 0 || m_firstLink >= from) {
+        const TextLink first = linkFrom(content(), from);
+        m_firstLink = first.isNone() ? -1 : first.span.start;
+        setFocusPolicy(first.isNone() ? Qt::ClickFocus : Qt::StrongFocus);
     }
-    setFocusPolicy(m_firstLink >= 0 ? Qt::StrongFocus : Qt::ClickFocus);
+    if (before != sizeHint())
+        updateGeometry();
+    update(0, static_cast<int>(changed), width(), height());
 }
 
 void TextView::fit(int width) const {
-    const bool keepsLines = width <= m_flow.width() && width >= std::ceil(m_flow.usedWidth());
-    if (!keepsLines)
+    if (width > m_flow.width() || width < sizeHint().width()) // else its lines hold
         m_flow.setWidth(width);
 }
 
 QSize TextView::sizeWithin(int maximumWidth) {
     m_flow.setWidth(maximumWidth);
-    const int used = static_cast<int>(std::ceil(m_flow.usedWidth()));
-    return {std::clamp(used, 1, std::max(maximumWidth, 1)),
-            static_cast<int>(std::ceil(m_flow.height()))};
+    return {std::clamp(sizeHint().width(), 1, std::max(maximumWidth, 1)), sizeHint().height()};
 }
 
 int TextView::heightForWidth(int width) const {
     fit(width);
-    return static_cast<int>(std::ceil(m_flow.height()));
-}
-
-QSize TextView::sizeHint() const {
-    return {static_cast<int>(std::ceil(m_flow.usedWidth())),
-            static_cast<int>(std::ceil(m_flow.height()))};
-}
-
-QSize TextView::minimumSizeHint() const {
-    return {1, static_cast<int>(m_flow.format().lineHeight())};
+    return sizeHint().height();
 }
 
 void TextView::resizeEvent(QResizeEvent*) {
@@ -161,43 +105,12 @@ void TextView::paintEvent(QPaintEvent* event) {
 
 // Selection
 
-QString TextView::selectedText() const {
-    return content().text.mid(selection().start, selection().length());
-}
-
-void TextView::select(TextSpan span) {
-    const qsizetype size = content().text.size();
-    setSelection(TextSelection(
-        {std::clamp<qsizetype>(span.start, 0, size), std::clamp<qsizetype>(span.end, 0, size)}));
-}
-
-void TextView::selectAll() {
-    select({0, content().text.size()});
-}
-
-void TextView::copySelection() const {
-    if (hasSelection())
-        QGuiApplication::clipboard()->setText(selectedText());
-}
-
-void TextView::extendSelection(qsizetype position) {
-    TextSelection longer = m_selection;
-    longer.extend(content().text, position);
-    setSelection(longer);
-}
-
-/// Repaints what is selected in one of the two selections only.
 void TextView::setSelection(const TextSelection& selection) {
     const TextSpan before = m_selection.span();
-    const TextSpan now = selection.span();
     m_selection = selection;
-    if (before.end <= now.start || now.end <= before.start) {
-        updateSpan(before);
-        updateSpan(now);
-    } else {
-        updateSpan({std::min(before.start, now.start), std::max(before.start, now.start)});
-        updateSpan({std::min(before.end, now.end), std::max(before.end, now.end)});
-    }
+    const TextSpan now = m_selection.span();
+    updateSpan({std::min(before.start, now.start), std::max(before.start, now.start)});
+    updateSpan({std::min(before.end, now.end), std::max(before.end, now.end)});
 }
 
 /// Repaints the lines that a span touches.
@@ -212,27 +125,20 @@ void TextView::updateSpan(TextSpan span) {
 // Links
 
 void TextView::setFocusedLink(TextSpan link) {
-    if (m_focusedLink == link)
-        return;
-    updateSpan(m_focusedLink);
-    m_focusedLink = link;
-    updateSpan(m_focusedLink);
-    if (link.isEmpty())
-        return;
-    if (auto* area = ScrollArea::around(this))
+    updateSpan(std::exchange(m_focusedLink, link));
+    updateSpan(link);
+    auto* area = link.isEmpty() ? nullptr : AbstractScrollArea::around(this);
+    if (area)
         area->reveal(this, m_flow.characterRect(link.start).toAlignedRect());
 }
 
 bool TextView::focusNextPrevChild(bool next) {
-    if (m_firstLink >= 0 && (next || !m_focusedLink.isEmpty())) {
-        const TextLink link = next ? linkFrom(content(), m_focusedLink.end)
-                                   : linkUpTo(content(), m_focusedLink.start);
-        if (!link.isNone()) {
-            setFocusedLink(link.span);
-            return true;
-        }
-    }
-    return QWidget::focusNextPrevChild(next);
+    const TextLink link =
+        next ? linkFrom(content(), m_focusedLink.end) : linkUpTo(content(), m_focusedLink.start);
+    if (link.isNone())
+        return QWidget::focusNextPrevChild(next);
+    setFocusedLink(link.span);
+    return true;
 }
 
 void TextView::focusInEvent(QFocusEvent* event) {
@@ -256,35 +162,34 @@ void TextView::mousePressEvent(QMouseEvent* event) {
         event->setAccepted(event->button() == Qt::RightButton); // the context menu's
         return;
     }
+    const bool isDoubleClick = event->type() == QEvent::MouseButtonDblClick;
+    const int interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
+    const bool isThird = m_sinceDoubleClick.isValid() && m_sinceDoubleClick.elapsed() < interval;
+    const qsizetype character = m_flow.characterAt(event->position());
+    const qsizetype position = m_flow.positionAt(event->position());
     setFocusedLink({});
     m_pressed = event->pos();
-    m_pressedLink = linkAt(content(), m_flow.characterAt(event->position())).span;
+    m_pressedLink = isDoubleClick ? TextSpan() : linkAt(content(), character).span;
     m_isSelecting = true;
-    const qsizetype position = m_flow.positionAt(event->position());
-    const int interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
-    if (m_sinceDoubleClick.isValid() && m_sinceDoubleClick.elapsed() < interval)
-        setSelection({content().text, position, TextUnit::Paragraph});
-    else if (event->modifiers() & Qt::ShiftModifier)
-        extendSelection(position);
-    else
-        select({position, position});
     m_sinceDoubleClick.invalidate();
-}
-
-void TextView::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton)
-        return;
-    const qsizetype character = m_flow.characterAt(event->position());
-    const qsizetype position = character >= 0 ? character : m_flow.positionAt(event->position());
-    m_isSelecting = true;
-    m_pressedLink = {};
-    setSelection({content().text, position, TextUnit::Word});
-    m_sinceDoubleClick.start();
+    if (isDoubleClick) {
+        setSelection({content().text, character < 0 ? position : character, TextUnit::Word});
+        m_sinceDoubleClick.start();
+    } else if (isThird) {
+        setSelection({content().text, position, TextUnit::Paragraph});
+    } else if (event->modifiers() & Qt::ShiftModifier) {
+        extendSelection(position);
+    } else {
+        select({position, position});
+    }
 }
 
 void TextView::mouseMoveEvent(QMouseEvent* event) {
     if (!(event->buttons() & Qt::LeftButton) || !m_isSelecting) {
-        showCursorFor(event->position());
+        const bool isOnLink = m_firstLink >= 0 && !linkUnder(event->position()).isNone();
+        const Qt::CursorShape shape = isOnLink ? Qt::PointingHandCursor : Qt::IBeamCursor;
+        if (cursor().shape() != shape)
+            setCursor(shape);
         return;
     }
     const int distance = QGuiApplication::styleHints()->startDragDistance();
@@ -298,41 +203,27 @@ void TextView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 /// A selection that is drawn beyond an end of the area around goes on while the area scrolls.
-void TextView::timerEvent(QTimerEvent* event) {
-    if (event->timerId() != m_following.timerId()) {
-        QWidget::timerEvent(event);
-        return;
-    }
-    auto* area = ScrollArea::around(this);
-    if (!m_isSelecting || !area || !area->scrollTowards(m_pointer))
-        m_following.stop();
-    else
+void TextView::timerEvent(QTimerEvent*) {
+    auto* area = AbstractScrollArea::around(this);
+    if (area && area->scrollTowards(m_pointer))
         extendSelection(m_flow.positionAt(mapFromGlobal(QPointF(m_pointer))));
+    else
+        m_following.stop();
 }
 
 void TextView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
     m_isSelecting = false;
-    const TextLink link = linkAt(content(), m_flow.characterAt(event->position()));
-    const bool clicked = !m_pressedLink.isEmpty() && link.span == m_pressedLink;
+    m_following.stop();
+    const TextLink link = linkUnder(event->position());
+    const bool isClick = !m_pressedLink.isEmpty() && link.span == m_pressedLink;
     m_pressedLink = {};
     QClipboard* clipboard = QGuiApplication::clipboard();
     if (hasSelection() && clipboard->supportsSelection())
         clipboard->setText(selectedText(), QClipboard::Selection);
-    if (clicked && !hasSelection() && m_openLink)
+    if (isClick && !hasSelection() && m_openLink)
         m_openLink(link.address);
-}
-
-void TextView::showCursorFor(const QPointF& point) {
-    const bool onLink = m_firstLink >= 0 && !linkAt(content(), m_flow.characterAt(point)).isNone();
-    const Qt::CursorShape shape = onLink ? Qt::PointingHandCursor : Qt::IBeamCursor;
-    if (cursor().shape() != shape)
-        setCursor(shape);
-}
-
-void TextView::leaveEvent(QEvent*) {
-    setCursor(Qt::IBeamCursor);
 }
 
 void TextView::contextMenuEvent(QContextMenuEvent* event) {
@@ -352,12 +243,12 @@ void TextView::contextMenuEvent(QContextMenuEvent* event) {
 
 void TextView::keyPressEvent(QKeyEvent* event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (event->matches(QKeySequence::Copy) && hasSelection()) {
-        copySelection();
+        QGuiApplication::clipboard()->setText(selectedText());
     } else if (event->matches(QKeySequence::SelectAll)) {
         selectAll();
-    } else if (isReturn && plain && !m_focusedLink.isEmpty()) {
+    } else if (isReturn && isPlain && !m_focusedLink.isEmpty()) {
         const TextLink link = linkAt(content(), m_focusedLink.start);
         if (!link.isNone() && m_openLink)
             m_openLink(link.address);
@@ -367,17 +258,12 @@ void TextView::keyPressEvent(QKeyEvent* event) {
 }
 
 bool TextView::event(QEvent* event) {
-    if (event->type() == QEvent::ToolTip) {
-        const auto* help = static_cast<QHelpEvent*>(event);
-        const TextLink link = linkAt(content(), m_flow.characterAt(help->pos()));
-        if (link.isNone())
-            QToolTip::hideText();
-        else
-            QToolTip::showText(help->globalPos(), link.address.toDisplayString().toHtmlEscaped(),
-                               this);
-        return true;
-    }
-    return QWidget::event(event);
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QString address = linkUnder(help->pos()).address.toDisplayString();
+    QToolTip::showText(help->globalPos(), address.toHtmlEscaped(), this); // none without a link
+    return true;
 }
 
 } // namespace platform

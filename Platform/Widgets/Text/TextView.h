@@ -10,10 +10,12 @@
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
-#include <QUrl>
 #include <QWidget>
+#include <QtMath>
 
 #include <functional>
+
+class QAccessibleInterface;
 
 namespace platform {
 
@@ -35,12 +37,13 @@ public:
         Accent, ///< the accent's fill
     };
 
+    /// `theme` outlives the view.
     TextView(const Theme& theme, Background background, QWidget* parent = nullptr);
 
     /// Shows a text as it is.
-    void setPlainText(const TextSnapshot& text);
+    void setPlainText(const TextSnapshot& text) { setText(text, false); }
     /// Shows a text with its inline Markdown read (InlineMarkdown).
-    void setMarkdown(const TextSnapshot& text);
+    void setMarkdown(const TextSnapshot& text) { setText(text, true); }
 
     /// What is shown.
     const AttributedString& content() const { return m_flow.content(); }
@@ -51,17 +54,18 @@ public:
 
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override { return {qCeil(m_flow.usedWidth()), qCeil(m_flow.height())}; }
+    QSize minimumSizeHint() const override { return {1, qCeil(m_flow.format().lineHeight())}; }
 
     bool hasSelection() const { return !selection().isEmpty(); }
     TextSpan selection() const { return m_selection.span(); }
-    QString selectedText() const;
-    void select(TextSpan span);
-    void selectAll();
+    QString selectedText() const {
+        return content().text.mid(selection().start, selection().length());
+    }
+    /// Selects what of a span lies in the text.
+    void select(TextSpan span) { setSelection(TextSelection(span.within(content().text.size()))); }
+    void selectAll() { select({0, content().text.size()}); }
     void clearSelection() { select({}); }
-    /// Puts the selected text on the clipboard; does nothing without a selection.
-    void copySelection() const;
 
     /// Called for a context menu, by the pointer or by its key, with a point on the screen. Without
     /// it, none opens.
@@ -80,8 +84,7 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent*) override { setCursor(Qt::IBeamCursor); }
     void mouseMoveEvent(QMouseEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -90,23 +93,26 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void applyTheme();
+    static QAccessibleInterface* makeAccessible(const QString& className, QObject* object);
+
+    void setText(const TextSnapshot& text, bool isMarkdown);
     void replaceTail(qsizetype from, const AttributedString& tail);
-    void noteLinks(qsizetype from, const AttributedString& tail);
     void fit(int width) const;
     void setSelection(const TextSelection& selection);
-    void extendSelection(qsizetype position);
+    void extendSelection(qsizetype position) {
+        setSelection(m_selection.extended(content().text, position));
+    }
     void updateSpan(TextSpan span);
-    void showCursorFor(const QPointF& point);
+    TextLink linkUnder(const QPointF& point) const {
+        return linkAt(content(), m_flow.characterAt(point));
+    }
     void setFocusedLink(TextSpan link);
 
-    const Theme& m_theme;
-    const Background m_background;
     mutable TextFlow m_flow; // its width is a cache of the last question about heights
 
     TextSnapshot m_source;
     bool m_isMarkdown = false;
-    InlineMarkdown::Position m_parsed;
+    InlineMarkdown::Position m_done; // of the source; a plain text is as long as its result
     qsizetype m_firstLink = -1;
 
     TextSelection m_selection;

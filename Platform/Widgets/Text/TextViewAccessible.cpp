@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Text/TextViewAccessible.h"
-
+// A TextView as assistive technology meets it.
 #include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Text/TextView.h"
 
@@ -105,7 +104,7 @@ private:
 
 } // namespace
 
-QAccessibleInterface* makeTextViewAccessible(const QString&, QObject* object) {
+QAccessibleInterface* TextView::makeAccessible(const QString&, QObject* object) {
     auto* view = qobject_cast<TextView*>(object);
     return view ? new TextViewAccessible(view) : nullptr;
 }

@@ -149,10 +149,20 @@ private Q_SLOTS:
         desktop.setPointSizeF(26); // twice the usual
         theme.setBodyFont(desktop);
         QVERIFY(qAbs(theme.font(style).pointSizeF() - 2 * points) < 0.02);
-        QVERIFY(qAbs(theme.monospacedFont(style).pointSizeF() - 2 * points) < 0.02);
         desktop.setPixelSize(13);
         theme.setBodyFont(desktop);
         QCOMPARE(theme.font(style).pixelSize(), static_cast<int>(points));
+    }
+
+    void codeIsALittleSmallerThanTheText() {
+        platform::Theme theme;
+        QFont desktop;
+        desktop.setPointSizeF(20);
+        theme.setBodyFont(desktop);
+        QVERIFY(qAbs(theme.codeFont().pointSizeF() - 18.4) < 0.02);
+        desktop.setPixelSize(100);
+        theme.setBodyFont(desktop);
+        QCOMPARE(theme.codeFont().pixelSize(), 92);
     }
 
     void lengthsFollowTheFont() {

@@ -91,10 +91,10 @@ public:
 struct AreaWindow {
     SteadyTheme theme;
     QWidget window;
-    platform::ScrollArea* area = nullptr;
+    platform::AbstractScrollArea* area = nullptr;
 
     /// Takes ownership.
-    void show(platform::ScrollArea* shown, QSize size = {500, 400}) {
+    void show(platform::AbstractScrollArea* shown, QSize size = {500, 400}) {
         area = shown;
         area->setParent(&window);
         area->setGeometry(QRect({0, 0}, size));

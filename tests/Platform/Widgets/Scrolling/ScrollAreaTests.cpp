@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every area does alike, tried on one over a widget and on one over rows.
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "tests/Platform/Widgets/Scrolling/Boxes.h"
 #include "tests/support/TestMain.h"
@@ -356,8 +357,8 @@ private Q_SLOTS:
     void theInnermostAreaAroundAWidgetIsFound() {
         const Fixture f;
         auto* inside = f.area->findChild<Box*>();
-        QCOMPARE(ScrollArea::around(inside), f.area);
-        QCOMPARE(ScrollArea::around(f.area), nullptr);
+        QCOMPARE(AbstractScrollArea::around(inside), f.area);
+        QCOMPARE(AbstractScrollArea::around(f.area), nullptr);
     }
 };
 

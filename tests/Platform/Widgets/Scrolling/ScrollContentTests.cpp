@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Areas over one widget: how the content stands in them, and areas that scroll sideways.
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "tests/Platform/Widgets/Scrolling/Boxes.h"
 #include "tests/support/TestMain.h"
 
@@ -19,6 +20,7 @@ namespace {
 /// An area of 200 by 300 over ten boxes, 100 pixels high.
 struct Column : tests::AreaWindow {
     QList<Box*> boxes;
+    ScrollArea* scroll = new ScrollArea(theme);
 
     Column() {
         auto* content = new QWidget;
@@ -29,9 +31,8 @@ struct Column : tests::AreaWindow {
             boxes.append(new Box(100));
             column->addWidget(boxes.last());
         }
-        auto* made = new ScrollArea(theme);
-        made->setContent(content);
-        show(made, {200, 300});
+        scroll->setContent(content);
+        show(scroll, {200, 300});
         area->setFocus();
     }
 };
@@ -69,19 +70,19 @@ class ScrollContentTests : public QObject {
 private Q_SLOTS:
     void theContentHasTheAreasWidthAndItsOwnHeight() {
         const Column f;
-        QCOMPARE(f.area->content()->size(), QSize(200, 1000));
+        QCOMPARE(f.scroll->content()->size(), QSize(200, 1000));
         QCOMPARE(f.area->maximum(), 700);
         QCOMPARE(f.area->heightForWidth(200), 1000);
         QCOMPARE(f.area->minimumSizeHint(), QSize(0, 0));
         f.area->resize(200, 1200);
-        QCOMPARE(f.area->content()->size(), QSize(200, 1200));
+        QCOMPARE(f.scroll->content()->size(), QSize(200, 1200));
     }
 
     void assistiveTechnologyMeetsNothingBetween() {
         const Column f;
         QAccessibleInterface* area = QAccessible::queryAccessibleInterface(f.area);
         QCOMPARE(area->childCount(), 2);
-        QCOMPARE(area->child(0)->object(), f.area->content());
+        QCOMPARE(area->child(0)->object(), f.scroll->content());
         QCOMPARE(area->child(1)->role(), QAccessible::ScrollBar);
         f.area->resize(200, 1200);
         QVERIFY(area->child(1)->state().invisible);
@@ -92,7 +93,7 @@ private Q_SLOTS:
         f.area->setOffset(5000);
         QCOMPARE(f.area->offset(), 700);
         QVERIFY(f.area->isAtEnd());
-        QCOMPARE(f.area->content()->y(), -700);
+        QCOMPARE(f.scroll->content()->y(), -700);
         f.area->setOffset(-5);
         QCOMPARE(f.area->offset(), 0);
         QVERIFY(!f.area->isAtEnd());
@@ -114,8 +115,8 @@ private Q_SLOTS:
     void newContentReplacesTheOldAndStartsAtItsTop() {
         const Column f;
         f.area->setOffset(300);
-        const QPointer<QWidget> old(f.area->content());
-        f.area->setContent(new Box(800));
+        const QPointer<QWidget> old(f.scroll->content());
+        f.scroll->setContent(new Box(800));
         QVERIFY(old.isNull());
         QCOMPARE(f.area->offset(), 0);
         QCOMPARE(f.area->maximum(), 500);
@@ -208,7 +209,7 @@ private Q_SLOTS:
         Strip f;
         Column around;
         auto* content = new Box(1000);
-        around.area->setContent(content);
+        around.scroll->setContent(content);
         f.area->setParent(content);
         QVERIFY(f.wheel({}, {}, Qt::ScrollBegin));
         f.wheel({0, -30}, {0, -30}, Qt::ScrollUpdate);

@@ -157,7 +157,7 @@ private Q_SLOTS:
         const auto isUnderlined = [](const QString& target) {
             AttributedString text;
             text.append(u"link", AttributedString::Link, target);
-            return textFormat().formats(text, 0, 4).at(0).format.fontUnderline();
+            return textFormat().layout(text, false)->formats().at(0).format.fontUnderline();
         };
         QVERIFY(isUnderlined(u"http://example.org"_s));
         QVERIFY(!isUnderlined(u"file:///etc/passwd"_s));
