@@ -4,6 +4,7 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Interface/MessageBubble.h"
