@@ -100,7 +100,6 @@ private Q_SLOTS:
         other.truncate(17);
         row("cut in a range", other, 17);
     }
-
     void theFirstDifferenceIsThatOfCharactersOrOfStyles() {
         QFETCH(AttributedString, other);
         QFETCH(qsizetype, position);

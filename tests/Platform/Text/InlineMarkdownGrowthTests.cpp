@@ -93,7 +93,6 @@ private Q_SLOTS:
                                   "[a](b \"", "\\\n"})
             QTest::newRow(piece) << QString::fromLatin1(piece);
     }
-
     void hostileTextCostsNoMoreThanItsLength() {
         QFETCH(QString, piece);
         // Processor time, for other programs may run beside the test.
@@ -114,8 +113,6 @@ private Q_SLOTS:
         }
         // Four times the text: anything quadratic would cost 16 times as much.
         QVERIFY2(large < 9 * small + 0.01, qPrintable(u"%1 and %2 s"_s.arg(small).arg(large)));
-        if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
-            qInfo("%.2f ms for 128 KB", large * 1000);
     }
 
     void rangesAreSortedAndDoNotOverlap() {

@@ -35,11 +35,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("widget");
         QTest::addColumn<QList<Qt::FocusReason>>("reasons"); // one after the other
         QTest::addColumn<bool>("isShown");
-        for (const char* widget : {"field", "row", "icon", "link", "chip", "default"}) {
-            const auto row = [widget](const char* name, const QList<Qt::FocusReason>& reasons,
-                                      bool isShown) {
-                QTest::addRow("%s: %s", widget, name)
-                    << QString::fromLatin1(widget) << reasons << isShown;
+        for (const auto& widget :
+             {u"field"_s, u"row"_s, u"icon"_s, u"link"_s, u"chip"_s, u"default"_s}) {
+            const auto row = [&](const char* name, QList<Qt::FocusReason> reasons, bool isShown) {
+                QTest::addRow("%s: %s", qPrintable(widget), name) << widget << reasons << isShown;
             };
             row("tab", {Qt::TabFocusReason}, true);
             row("backtab", {Qt::BacktabFocusReason}, true);

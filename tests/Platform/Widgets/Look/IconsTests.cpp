@@ -11,54 +11,47 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A red icon on a background.
+QImage painted(const QString& name, QSize size, const QColor& background = Qt::transparent) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(background);
+    QPainter painter(&image);
+    platform::Icons().paint(painter, name, image.rect(), Qt::red);
+    painter.end();
+    return image;
+}
+
+} // namespace
+
 class IconsTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void everyNameOfTheInterfaceHasADrawing_data() {
         QTest::addColumn<QString>("name");
-        for (const auto* name : {"brain",
-                                 "cpu",
-                                 "info.circle",
-                                 "square.and.pencil",
-                                 "ellipsis.circle",
-                                 "xmark.circle.fill",
-                                 "stop.circle.fill",
-                                 "arrow.up.circle.fill",
-                                 "checkmark.circle",
-                                 "text.alignleft",
-                                 "lightbulb",
-                                 "pencil.and.outline",
-                                 "doc.on.doc",
-                                 "arrow.clockwise",
-                                 "arrow.clockwise.circle.fill",
-                                 "checkmark",
-                                 "lock.shield",
-                                 "wifi.slash",
-                                 "person.slash",
-                                 "calendar.badge.exclamationmark",
-                                 "hand.raised",
-                                 "exclamationmark.triangle"})
-            QTest::newRow(name) << QString::fromLatin1(name);
+        const auto names =
+            u"brain cpu info.circle square.and.pencil ellipsis.circle xmark.circle.fill "
+            "stop.circle.fill arrow.up.circle.fill checkmark.circle text.alignleft lightbulb "
+            "pencil.and.outline doc.on.doc arrow.clockwise arrow.clockwise.circle.fill checkmark "
+            "lock.shield wifi.slash person.slash calendar.badge.exclamationmark hand.raised "
+            "exclamationmark.triangle"_s.split(u' ');
+        for (const auto& name : names)
+            QTest::newRow(qPrintable(name)) << name;
     }
     void everyNameOfTheInterfaceHasADrawing() {
         QFETCH(QString, name);
-        const platform::Icons icons;
-
-        QImage image(64, 64, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        icons.paint(painter, name, image.rect(), Qt::red);
-        painter.end();
-        int painted = 0;
+        const auto image = painted(name, {64, 64});
+        int inside = 0;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
                 const QColor color = image.pixelColor(x, y);
-                painted += color.alpha() > 200 ? 1 : 0;
+                inside += color.alpha() > 200 ? 1 : 0;
                 QVERIFY(color.alpha() == 0 || (color.green() == 0 && color.blue() == 0));
             }
         }
-        QVERIFY2(painted > 64 * 64 / 30, qPrintable(QString::number(painted)));
+        QVERIFY2(inside > 64 * 64 / 30, qPrintable(QString::number(inside)));
     }
 
     void everyDrawingIsReadWholeAndFillsItsSquareWithoutLeavingIt() {
@@ -75,24 +68,16 @@ private Q_SLOTS:
     }
 
     void anUnknownNamePaintsNothing() {
-        const platform::Icons icons;
-        QImage image(16, 16, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::white);
-        const auto before = image;
-        QPainter painter(&image);
-        icons.paint(painter, u"no.such.icon"_s, image.rect(), Qt::red);
-        icons.paint(painter, {}, image.rect(), Qt::red);
-        painter.end();
-        QCOMPARE(image, before);
+        for (const auto& name : {u"no.such.icon"_s, QString()}) {
+            const auto image = painted(name, {16, 16}, Qt::white);
+            QImage white = image;
+            white.fill(Qt::white);
+            QCOMPARE(image, white);
+        }
     }
 
     void aDrawingStaysInTheMiddleOfAnOblongSpace() {
-        const platform::Icons icons;
-        QImage image(64, 16, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        icons.paint(painter, u"stop.circle.fill"_s, image.rect(), Qt::red);
-        painter.end();
+        const auto image = painted(u"stop.circle.fill"_s, {64, 16});
         QCOMPARE(image.pixelColor(20, 8).alpha(), 0);
         QCOMPARE(image.pixelColor(26, 8).alpha(), 255);
         QCOMPARE(image.pixelColor(43, 8).alpha(), 0);

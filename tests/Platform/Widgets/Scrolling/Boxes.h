@@ -4,10 +4,12 @@
 #include "Platform/Widgets/Look/Theme.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 
+#include <QScroller>
 #include <QTest>
+#include <QVariantAnimation>
 #include <QWheelEvent>
 
-#include <optional>
+#include <algorithm>
 
 namespace tests {
 
@@ -115,6 +117,19 @@ struct AreaWindow {
         return event.isAccepted();
     }
     void notches(qreal count) const { wheel({0, static_cast<int>(-120 * count)}); }
+
+    /// Waits until nothing moves by itself.
+    bool settle() const {
+        return QTest::qWaitFor([this] {
+            const auto animations = area->findChildren<QVariantAnimation*>();
+            return QScroller::scroller(area)->state() == QScroller::Inactive &&
+                   std::ranges::all_of(
+                       animations,
+                       [](const auto* animation) {
+                           return animation->state() == QVariantAnimation::Stopped;
+                       });
+        });
+    }
 };
 
 } // namespace tests

@@ -81,7 +81,6 @@ private Q_SLOTS:
         QTest::newRow("at the beginning") << u"\n\na"_s << 3;
         QTest::newRow("only") << u"\n"_s << 2;
     }
-
     void everyLineBreakStartsALine() {
         QFETCH(QString, text);
         QFETCH(int, lines);
@@ -145,7 +144,6 @@ private Q_SLOTS:
                 QTest::addRow("U+%04x in chunks of %d", alphabet[0].unicode(), chunkSize)
                     << random(generator, alphabet, 3500) << 90.0 << chunkSize;
     }
-
     void aLongWordHasTheSameLinesInAnyChunks() {
         QFETCH(QString, text);
         QFETCH(qreal, width);

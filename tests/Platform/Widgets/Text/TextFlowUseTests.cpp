@@ -3,7 +3,6 @@
 #include "tests/support/TestMain.h"
 
 #include <ctime>
-#include <functional>
 #include <malloc.h>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -18,7 +17,7 @@ using namespace tests;
 namespace {
 
 /// Seconds of processor time, for other programs may run beside the test.
-double cost(const std::function<void()>& work) {
+double cost(const auto& work) {
     const std::clock_t begin = std::clock();
     work();
     return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
@@ -55,7 +54,6 @@ private Q_SLOTS:
         QTest::newRow("in one long paragraph") << u"word "_s.repeated(20000);
         QTest::newRow("in one long word") << u"word"_s.repeated(20000);
     }
-
     void growthCostsWhatItAdds() {
         QFETCH(QString, text);
         Filled flow({}, 300);
@@ -64,8 +62,6 @@ private Q_SLOTS:
             for (int i = 0; i < 20; ++i)
                 flow.replaceTail(flow.content().text.size(), plain(u"token "_s));
         });
-        if (qEnvironmentVariableIsSet("TELLWICK_MEASURE"))
-            qInfo("%.0f us an append at %lld KB", added * 50'000, qlonglong(text.size() / 1000));
         // Laid out anew each time, the text would cost 20 times the whole.
         QVERIFY2(added < 5 * whole, qPrintable(u"%1 and %2 s"_s.arg(added).arg(whole)));
     }

@@ -24,7 +24,6 @@ private Q_SLOTS:
         QTest::newRow("empty") << u""_s << false;
         QTest::newRow("blank before") << u" http://example.org"_s << false;
     }
-
     void onlyWebAndMailAddressesMayBeOpened() {
         QFETCH(QString, target);
         QTEST(openableAddress(target).has_value(), "openable");
