@@ -6,14 +6,12 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/ChatView.h"
 
-#include <QPainter>
-
 namespace tellwick {
 
 using platform::ColorRole;
 
-ContentView::ContentView(const Services& services, MakeViewModel makeViewModel, QWidget* parent)
-    : QWidget(parent)
+ContentView::ContentView(const Services& services, MakeViewModel makeViewModel)
+    : Surface(services.theme, ColorRole::Window)
     , m_makeViewModel(std::move(makeViewModel))
     , m_overlays(new platform::OverlayHost(services.theme, this))
     , m_environment{services, *m_overlays} {
@@ -21,7 +19,7 @@ ContentView::ContentView(const Services& services, MakeViewModel makeViewModel, 
     setMinimumSize(360, 480);
     setAttribute(Qt::WA_OpaquePaintEvent);
     platform::observe(this, [this] {
-        static_cast<void>(m_environment.theme.color(ColorRole::Window));
+        static_cast<void>(m_theme.color(ColorRole::Window));
         update();
     });
 }
@@ -47,10 +45,6 @@ void ContentView::showEvent(QShowEvent* event) {
 void ContentView::resizeEvent(QResizeEvent*) {
     if (m_chat)
         m_chat->setGeometry(rect());
-}
-
-void ContentView::paintEvent(QPaintEvent*) {
-    QPainter(this).fillRect(rect(), m_environment.theme.color(ColorRole::Window));
 }
 
 } // namespace tellwick

@@ -2,10 +2,9 @@
 #pragma once
 
 #include "Platform/Widgets/Controls/Accessible.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Tellwick/Interface/Environment.h"
-
-#include <QWidget>
 
 #include <functional>
 #include <memory>
@@ -17,14 +16,14 @@ class ChatViewModel;
 
 /// The root view of the window. It makes the window's one conversation controller when it first
 /// appears, keeps it for its life, and shows the chat screen with it.
-class ContentView final : public QWidget, public platform::AccessibleElement {
+class ContentView final : public platform::Surface, public platform::AccessibleElement {
     Q_OBJECT
 
 public:
     using MakeViewModel = std::function<std::unique_ptr<ChatViewModel>()>;
 
     /// @param services outlive the view, and so does all that the function refers to.
-    ContentView(const Services& services, MakeViewModel makeViewModel, QWidget* parent = nullptr);
+    ContentView(const Services& services, MakeViewModel makeViewModel);
     ~ContentView() override;
 
     QAccessible::Role accessibleRole() const override { return QAccessible::Window; }
@@ -32,7 +31,6 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     MakeViewModel m_makeViewModel;

@@ -72,12 +72,11 @@ int TellwickApp::main(int argc, char** argv) {
     const QByteArray token = platform::activationToken();
     platform::SingleInstance instance(
         platform::UserDirectories::ofThisUser(applicationFolder).runtimeFolders());
-    switch (instance.claim(token)) {
-    case platform::SingleInstance::Claim::First:
-        break;
-    case platform::SingleInstance::Claim::HandedOver:
+    using Claim = platform::SingleInstance::Claim;
+    const auto claim = instance.claim(token);
+    if (claim == Claim::HandedOver)
         return 0;
-    case platform::SingleInstance::Claim::Unanswered:
+    if (claim == Claim::Unanswered) {
         std::fputs("Tellwick is already running and does not answer.\n", stderr);
         return 1;
     }

@@ -281,8 +281,6 @@ void GrowingTextField::focusOutEvent(QFocusEvent* event) {
 void GrowingTextField::contextMenuEvent(QContextMenuEvent* event) {
     if (m_openContextMenu)
         m_openContextMenu(event->globalPos());
-    else
-        QPlainTextEdit::contextMenuEvent(event);
 }
 
 bool GrowingTextField::event(QEvent* event) {

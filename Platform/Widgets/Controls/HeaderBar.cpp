@@ -19,7 +19,6 @@ HeaderBar::HeaderBar(const Theme& theme, const QString& title)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     auto* heading = new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold);
     heading->setHeading();
-    m_subtitle->hide();
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(1);
@@ -39,7 +38,6 @@ HeaderBar::HeaderBar(const Theme& theme, const QString& title)
 
 void HeaderBar::setSubtitle(const QString& subtitle) {
     m_subtitle->setText(subtitle);
-    m_subtitle->setVisible(!subtitle.isEmpty());
 }
 
 void HeaderBar::addTrailing(QWidget* item) {

@@ -19,7 +19,6 @@ class HeaderBar final : public QWidget {
 public:
     HeaderBar(const Theme& theme, const QString& title);
 
-    /// Empty: none, and the title stands alone in the middle of the bar's height.
     void setSubtitle(const QString& subtitle);
 
     /// Adds a widget after the ones added before. Takes ownership.

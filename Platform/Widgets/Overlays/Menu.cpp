@@ -57,11 +57,10 @@ QRect Menu::place(const QRect& area) {
     auto size = layout()->sizeHint() - QSize(2 * Shadow::extent, 2 * Shadow::extent);
     size.setWidth(std::max(size.width(), static_cast<int>(theme().scaled(minimumBodyWidth))));
     QRect body(parentWidget()->mapFromGlobal(m_global), size.boundedTo(free.size()));
-    if (const auto* above = anchor()) {
-        const QRect rect(parentWidget()->mapFromGlobal(above->mapToGlobal(QPoint())),
-                         above->size());
-        body.moveTop(rect.bottom() + gap);
-        above->isRightToLeft() ? body.moveLeft(rect.left()) : body.moveRight(rect.right());
+    if (anchor() != nullptr) {
+        const auto above = anchorRect();
+        body.moveTop(above.bottom() + gap);
+        isRightToLeft() ? body.moveLeft(above.left()) : body.moveRight(above.right());
     }
     body.moveLeft(std::max(free.left(), std::min(body.left(), free.right() + 1 - body.width())));
     body.moveTop(std::max(free.top(), std::min(body.top(), free.bottom() + 1 - body.height())));
@@ -70,29 +69,22 @@ QRect Menu::place(const QRect& area) {
 
 void Menu::focusRow(qsizetype index) {
     const auto count = std::ssize(m_rows);
-    if (count > 0)
-        m_rows.at(static_cast<size_t>((index + count) % count))->setFocus(Qt::OtherFocusReason);
+    m_rows.at(static_cast<size_t>((index + count) % count))->setFocus(Qt::OtherFocusReason);
 }
 
 void Menu::keyPressEvent(QKeyEvent* event) {
     const auto focused = std::ranges::find_if(m_rows, &Button::hasFocus);
     const auto index = focused == m_rows.end() ? -1 : std::distance(m_rows.begin(), focused);
-    switch (event->key()) {
-    case Qt::Key_Down:
+    if (event->key() == Qt::Key_Down)
         focusRow(index + 1);
-        break;
-    case Qt::Key_Up:
+    else if (event->key() == Qt::Key_Up)
         focusRow(std::max<qsizetype>(index, 0) - 1);
-        break;
-    case Qt::Key_Home:
+    else if (event->key() == Qt::Key_Home)
         focusRow(0);
-        break;
-    case Qt::Key_End:
+    else if (event->key() == Qt::Key_End)
         focusRow(-1);
-        break;
-    default:
+    else
         Panel::keyPressEvent(event);
-    }
 }
 
 } // namespace platform

@@ -77,7 +77,8 @@ Qt::FocusReason OverlayHost::focusReason() const {
     return m_lastInputWasKey ? Qt::TabFocusReason : Qt::PopupFocusReason;
 }
 
-void OverlayHost::add(Panel* panel, std::function<void()> onDismissed) {
+Panel* OverlayHost::present(std::unique_ptr<Panel> owned, std::function<void()> onDismissed) {
+    auto* panel = owned.release();
     panel->m_host = this;
     m_shown.push_back({panel, QApplication::focusWidget(), std::move(onDismissed)});
     panel->setParent(this);
@@ -90,6 +91,7 @@ void OverlayHost::add(Panel* panel, std::function<void()> onDismissed) {
     animateIn(panel);
     QAccessibleEvent event(panel, openingEvent(panel->kind()));
     QAccessible::updateAccessibility(&event);
+    return panel;
 }
 
 void OverlayHost::dismiss(Panel* panel) {

@@ -30,12 +30,7 @@ public:
     /// Shows a panel above all others and moves the focus into it. `onDismissed` is called once
     /// when it has been closed, in whatever way, after the focus has gone back to where it was; not
     /// called if the host goes first.
-    template <class PanelClass>
-    PanelClass* present(std::unique_ptr<PanelClass> panel, std::function<void()> onDismissed = {}) {
-        auto* shown = panel.release();
-        add(shown, std::move(onDismissed));
-        return shown;
-    }
+    Panel* present(std::unique_ptr<Panel> panel, std::function<void()> onDismissed = {});
 
     /// Closes a panel and all that were opened over it; one that is not shown: does nothing.
     void dismiss(Panel* panel);
@@ -64,7 +59,6 @@ private:
         qreal opacity;
     };
 
-    void add(Panel* panel, std::function<void()> onDismissed);
     void giveFocusBack(const Shown& gone);
     void animateIn(Panel* panel);
     void animateOut(Panel* panel);

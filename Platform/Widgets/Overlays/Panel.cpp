@@ -133,10 +133,14 @@ QRect Panel::place(const QRect& area) {
     return body;
 }
 
+QRect Panel::anchorRect() const {
+    return {parentWidget()->mapFromGlobal(m_anchor->mapToGlobal(QPoint())), m_anchor->size()};
+}
+
 QRect Panel::placeAtAnchor(const QRect& area) {
     QRect anchor(area.center().x(), area.top(), 1, 1);
     if (m_anchor != nullptr && m_anchor->isVisible())
-        anchor = {parentWidget()->mapFromGlobal(m_anchor->mapToGlobal(QPoint())), m_anchor->size()};
+        anchor = anchorRect();
     constexpr auto margin = popoverMargin;
     const auto width = std::min(m_width, area.width() - 2 * margin);
     const auto wanted = std::min(m_scroll->heightForWidth(width), popoverHeight);

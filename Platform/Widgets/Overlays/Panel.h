@@ -46,8 +46,6 @@ public:
                                         const QString& message, const QString& button);
 
     Kind kind() const { return m_kind; }
-    /// What assistive technology announces when the panel opens.
-    QString title() const { return accessibleName(); }
     /// The body in the panel's own coordinates.
     QRect bodyRect() const;
 
@@ -63,6 +61,8 @@ protected:
 
     const Theme& theme() const { return m_theme; }
     QWidget* anchor() const { return m_anchor; }
+    /// Where the anchor stands in the host.
+    QRect anchorRect() const;
     /// What stands in the body; its margins are the shadow's.
     QVBoxLayout* column() const { return m_column; }
     /// The rectangle of the body in the host, whose area is given.

@@ -21,12 +21,13 @@ PullDownButton::PullDownButton(const Theme& theme, const QString& name, const QS
 void PullDownButton::openMenu() {
     if (m_menu != nullptr)
         return;
-    const auto closed = [self = QPointer(this)] {
+    auto menu = std::make_unique<Menu>(theme(), text(), m_entries(), QPoint(), this);
+    auto* shown = menu.get();
+    m_host.present(std::move(menu), [self = QPointer(this)] {
         if (self != nullptr)
             self->setMenu(nullptr);
-    };
-    setMenu(m_host.present(std::make_unique<Menu>(theme(), text(), m_entries(), QPoint(), this),
-                           closed));
+    });
+    setMenu(shown);
 }
 
 void PullDownButton::openMenuAtFirst() {

@@ -69,35 +69,33 @@ private Q_SLOTS:
         const int top = m->placeOf(m->view->findChild<platform::HeaderBar*>()).bottom() + 1;
         QCOMPARE(m->placeOf(brain).top(), top + 16 + 60);
         QCOMPARE(m->placeOf(brain).center().x(), m->view->rect().center().x());
-
         Label* name = nullptr; // the second of its text: the first is the window's title
         for (auto* heading : m->view->findChildren<Label*>())
             if (m->desktop.isStyled(heading, TextStyle::Title2, QFont::Medium, ColorRole::Label))
                 name = heading;
         QVERIFY(name);
         QCOMPARE(name->text(), AppConfig::appName());
-        QCOMPARE(m->placeOf(name).top(), m->placeOf(brain).bottom() + 1 + 12);
-
         auto* tagline = label(AppConfig::tagline());
         QVERIFY(m->desktop.isStyled(tagline, TextStyle::Subheadline, QFont::Normal,
                                     ColorRole::SecondaryLabel));
-        QCOMPARE(m->placeOf(tagline).top(), m->placeOf(name).bottom() + 1 + 12);
-
+        auto* model = label(AppConfig::modelLabel());
+        QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, QFont::Normal,
+                                    ColorRole::TertiaryLabel));
         const QRect bubble = m->placeOf(greeting());
-        QCOMPARE(bubble.top(), m->placeOf(tagline).bottom() + 1 + 12 + 8);
         QCOMPARE(bubble.left(), 16 + 24);
         QCOMPARE(bubble.right(), m->view->width() - 1 - 16 - 24);
         QCOMPARE(m->placeOf(label(AppConfig::welcomeMessage())), bubble.adjusted(12, 8, -12, -8));
         QCOMPARE(m->desktop.theme.color(ColorRole::GreetingBubble).rgb() | 0xff000000,
                  m->desktop.theme.color(ColorRole::SecondaryLabel).rgb());
-
-        auto* model = label(AppConfig::modelLabel());
-        QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, QFont::Normal,
-                                    ColorRole::TertiaryLabel));
-        QCOMPARE(m->placeOf(model).top(), bubble.bottom() + 1 + 12);
-
-        auto* strip = screen().widget<platform::ScrollArea>(u"Writing modes"_s);
-        QCOMPARE(m->placeOf(strip).top(), m->placeOf(model).bottom() + 1 + 12 + 4);
+        const QWidget* above = brain;
+        for (const auto& [below, gap] : {std::pair<QWidget*, int>(name, 12),
+                                         {tagline, 12},
+                                         {greeting(), 12 + 8},
+                                         {model, 12},
+                                         {screen().widget(u"Writing modes"_s), 12 + 4}}) {
+            QCOMPARE(m->placeOf(below).top(), m->placeOf(above).bottom() + 1 + gap);
+            above = below;
+        }
         QList<QRect> chips;
         for (const auto& mode : AppConfig::writingModes())
             chips.append(m->placeOf(screen().widget(mode.label)));

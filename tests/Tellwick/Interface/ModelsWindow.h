@@ -59,6 +59,10 @@ struct ModelsWindow : TestWindow {
     }
 
     tellwick::ModelManager& manager() const { return conversation.controller->modelManager; }
+    /// Where a widget stands in the screen.
+    QRect placeOf(const QWidget* widget) const {
+        return {widget->mapTo(view, QPoint()), widget->size()};
+    }
     std::size_t listingsAsked() const { return conversation.server.listings.size(); }
 
     tellwick::ModelRow* row(const QString& name) const {

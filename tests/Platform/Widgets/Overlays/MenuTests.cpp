@@ -124,24 +124,18 @@ private Q_SLOTS:
         QVERIFY(m->button->hasFocus());
     }
 
-    void everyOpeningKeyOpens_data() {
-        QTest::addColumn<Qt::Key>("key");
-        QTest::newRow("return") << Qt::Key_Return;
-        QTest::newRow("enter") << Qt::Key_Enter;
-        QTest::newRow("space") << Qt::Key_Space;
-        QTest::newRow("down") << Qt::Key_Down;
-    }
     void everyOpeningKeyOpens() {
-        QFETCH(Qt::Key, key);
         m->button->setFocus(Qt::TabFocusReason);
-        QTest::keyClick(m->widget.windowHandle(), key); // the release goes to the menu
-        QVERIFY(menu());
-        QVERIFY(m->button->isDown());
-        press(Qt::Key_Escape);
-        QVERIFY(!m->button->isDown());
-        QVERIFY(!menu());
-        QVERIFY(m->chosen.isEmpty());
-        QVERIFY(m->button->hasFocus());
+        for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Down}) {
+            QTest::keyClick(m->widget.windowHandle(), key); // the release goes to the menu
+            QVERIFY(menu());
+            QVERIFY(m->button->isDown());
+            press(Qt::Key_Escape);
+            QVERIFY(!m->button->isDown());
+            QVERIFY(!menu());
+            QVERIFY(m->chosen.isEmpty());
+            QVERIFY(m->button->hasFocus());
+        }
     }
 
     void aMenuOpenedByThePointerStartsWithoutAChoice() {
@@ -168,23 +162,18 @@ private Q_SLOTS:
         QVERIFY(m->chosen.isEmpty());
     }
 
-    void aContextMenuOpensWhereItIsAskedForButWithinTheWindow_data() {
-        QTest::addColumn<QPoint>("at");
-        QTest::newRow("middle") << QPoint(200, 200);
-        QTest::newRow("corner") << QPoint(398, 498);
-        QTest::newRow("outside") << QPoint(900, -50);
-    }
     void aContextMenuOpensWhereItIsAskedForButWithinTheWindow() {
-        QFETCH(QPoint, at);
-        auto* menu = m->host->present(std::make_unique<Menu>(m->theme, u"Message"_s, m->entries(),
-                                                             m->widget.mapToGlobal(at)));
-        const auto body = menu->bodyRect().translated(menu->pos());
-        QVERIFY(m->host->rect().contains(body));
-        if (at == QPoint(200, 200))
-            QCOMPARE(body.topLeft(), at);
-        press(Qt::Key_Down);
-        press(Qt::Key_Return);
-        QCOMPARE(m->chosen, QStringList{u"Models"_s});
+        for (const QPoint at : {QPoint(200, 200), QPoint(398, 498), QPoint(900, -50)}) {
+            auto* menu = m->host->present(std::make_unique<Menu>(
+                m->theme, u"Message"_s, m->entries(), m->widget.mapToGlobal(at)));
+            const auto body = menu->bodyRect().translated(menu->pos());
+            QVERIFY(m->host->rect().contains(body));
+            if (at == QPoint(200, 200))
+                QCOMPARE(body.topLeft(), at);
+            press(Qt::Key_Down);
+            press(Qt::Key_Return);
+            QCOMPARE(std::exchange(m->chosen, {}), QStringList{u"Models"_s});
+        }
     }
 
     void assistiveTechnologySeesAMenuOfItems() {
