@@ -8,18 +8,6 @@ using namespace tellwick;
 using namespace tests;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QByteArray instructed(const QByteArray& text) {
-    return "<|im_start|>system\n" + text + "<|im_end|>\n";
-}
-
-QByteArray turn(const QByteArray& prompt) {
-    return "<|im_start|>user\n" + prompt + "<|im_end|>\n<|im_start|>assistant\n";
-}
-
-} // namespace
-
 /// The on-device backend over the real engine, as the conversation uses it.
 class OnDeviceReplyTests final : public QObject {
     Q_OBJECT
