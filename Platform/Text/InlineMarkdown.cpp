@@ -26,10 +26,8 @@ Line lineAt(QStringView source, qsizetype start) {
         line.blank = line.blank && isBlank(source[at]);
         ++at;
     }
-    if (at < source.size() && source[at] == u'\r' && at + 1 < source.size() &&
-        source[at + 1] == u'\n')
-        ++at;
-    line.end = at < source.size() ? at + 1 : at;
+    const QStringView behind = source.mid(at);
+    line.end = at + (behind.isEmpty() ? 0 : behind.startsWith(u"\r\n") ? 2 : 1);
     return line;
 }
 

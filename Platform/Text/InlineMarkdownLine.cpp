@@ -9,6 +9,10 @@ namespace {
 constexpr char standInForBreak = '\f';
 constexpr char standInForLiteral = '.'; // some punctuation that marks nothing
 
+bool isWhite(char byte) {
+    return byte == ' ' || byte == '\t' || byte == standInForBreak;
+}
+
 } // namespace
 
 InlineMarkdownLine::InlineMarkdownLine(QStringView block)
@@ -47,7 +51,7 @@ void InlineMarkdownLine::hideSingleTildes() {
     for (qsizetype i = 1; i + 1 < bytes.size(); ++i) {
         const char byte = bytes[i];
         if (closer != 0) {
-            if (byte == closer || byte == ' ' || byte == '\t' || byte == standInForBreak)
+            if (byte == closer || isWhite(byte))
                 closer = 0;
         } else if (byte == '(' && bytes[i - 1] == ']') {
             closer = ')';
@@ -64,15 +68,14 @@ void InlineMarkdownLine::hideSingleTildes() {
 void InlineMarkdownLine::hideBrokenTargets() {
     for (qsizetype i = 0; (i = bytes.indexOf("](", i)) >= 0; ++i) {
         qsizetype at = i + 2;
-        while (at < bytes.size() &&
-               (bytes[at] == ' ' || bytes[at] == '\t' || bytes[at] == standInForBreak))
+        while (isWhite(bytes[at])) // up to the letter behind the block at the latest
             ++at;
-        if (at >= bytes.size() || bytes[at] != '<')
+        if (bytes[at] != '<')
             continue;
-        ++at;
-        while (at < bytes.size() && bytes[at] != '<' && bytes[at] != '>' &&
-               bytes[at] != standInForBreak)
+        do
             at += bytes[at] == '\\' ? 2 : 1;
+        while (at < bytes.size() && bytes[at] != '<' && bytes[at] != '>' &&
+               bytes[at] != standInForBreak);
         if (at < bytes.size() && bytes[at] == standInForBreak)
             bytes[i + 1] = standInForLiteral;
     }

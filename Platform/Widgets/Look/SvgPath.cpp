@@ -116,7 +116,6 @@ private:
     void step(char command) {
         const bool isRelative = command >= 'a';
         const auto origin = isRelative ? m_at : QPointF();
-        const auto before = m_at;
         const auto reflected = m_at * 2 - m_control;
         const auto kind = static_cast<char>(isRelative ? command - 'a' + 'A' : command);
         const bool followsCurve =
@@ -138,7 +137,7 @@ private:
             break;
         case 'C':
         case 'S': {
-            const auto one = kind == 'C' ? point(origin) : (followsCurve ? reflected : before);
+            const auto one = kind == 'C' ? point(origin) : (followsCurve ? reflected : m_at);
             m_control = point(origin);
             m_at = point(origin);
             m_path.cubicTo(one, m_control, m_at);
@@ -146,7 +145,7 @@ private:
         }
         case 'Q':
         case 'T':
-            m_control = kind == 'Q' ? point(origin) : (followsCurve ? reflected : before);
+            m_control = kind == 'Q' ? point(origin) : (followsCurve ? reflected : m_at);
             m_at = point(origin);
             m_path.quadTo(m_control, m_at);
             break;

@@ -72,17 +72,15 @@ public:
     void scrollToSubstring(int, int) override {} // a view shows all of its text
 
     QString attributes(int offset, int* start, int* end) const override {
-        const AttributedString& text = view().content();
-        *start = offset;
-        *end = characterCount();
-        const std::size_t next = text.firstRangeEndingAfter(offset);
-        if (next >= text.ranges.size() || text.ranges[next].start > offset) {
-            *start = next == 0 ? 0 : narrowed(text.ranges[next - 1].end());
-            if (next < text.ranges.size())
-                *end = narrowed(text.ranges[next].start);
+        const auto& ranges = view().content().ranges;
+        const std::size_t next = view().content().firstRangeEndingAfter(offset);
+        const bool isLast = next == ranges.size();
+        if (isLast || ranges[next].start > offset) { // no style from one range to the next
+            *start = next == 0 ? 0 : narrowed(ranges[next - 1].end());
+            *end = isLast ? characterCount() : narrowed(ranges[next].start);
             return {};
         }
-        const AttributedString::Range& range = text.ranges[next];
+        const AttributedString::Range& range = ranges[next];
         *start = narrowed(range.start);
         *end = narrowed(range.end());
         QString out;

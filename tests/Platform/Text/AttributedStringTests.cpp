@@ -73,32 +73,29 @@ private Q_SLOTS:
     void theFirstDifferenceIsThatOfCharactersOrOfStyles_data() {
         QTest::addColumn<AttributedString>("other");
         QTest::addColumn<qsizetype>("position");
-        const auto row = [](const char* name, const AttributedString& other, qsizetype position) {
+        const auto row = [](const char* name, qsizetype position, auto change) {
+            AttributedString other = sample();
+            change(other);
             QTest::newRow(name) << other << position;
         };
-        row("the same", sample(), -1);
-        row("nothing", {}, 0);
-        AttributedString other = sample();
-        other.append(u"!");
-        row("longer", other, sample().text.size());
-        other = sample();
-        other.text[2] = u'X';
-        row("another character", other, 2);
-        other = sample();
-        other.ranges[0].length = 2;
-        row("a shorter range", other, 8);
-        other = sample();
-        other.ranges[0].styles |= AttributedString::Emphasis;
-        row("another style", other, 6);
-        other = sample();
-        other.ranges[1].target = u"http://b"_s;
-        row("another target", other, 15);
-        other = sample();
-        other.ranges.clear();
-        row("no styles", other, 6);
-        other = sample();
-        other.truncate(17);
-        row("cut in a range", other, 17);
+        using Text = AttributedString;
+        row(
+            "the same", -1, [](Text&) {});
+        row(
+            "nothing", 0, [](Text& other) { other = {}; });
+        row(
+            "longer", sample().text.size(), [](Text& other) { other.append(u"!"); });
+        row(
+            "another character", 2, [](Text& other) { other.text[2] = u'X'; });
+        row(
+            "a shorter range", 8, [](Text& other) { other.ranges[0].length = 2; });
+        row(
+            "another style", 6, [](Text& other) { other.ranges[0].styles |= Text::Emphasis; });
+        row(
+            "another target", 15, [](Text& other) { other.ranges[1].target = u"http://b"_s; });
+        row(
+            "no styles", 6, [](Text& other) { other.ranges.clear(); });
+        row("cut in a range", 17, [](Text& other) { other.truncate(17); });
     }
     void theFirstDifferenceIsThatOfCharactersOrOfStyles() {
         QFETCH(AttributedString, other);

@@ -27,34 +27,28 @@ class InlineMarkdownGrowthTests : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyBeginningParsedStepByStepEqualsTheWhole() {
-        const QString source = variedText();
-        for (const int step : {1, 2, 3, 7}) {
-            AttributedString grown;
-            InlineMarkdown::Position position;
-            for (qsizetype length = 0; length <= source.size(); length += step) {
-                const QStringView beginning = QStringView(source).left(length);
-                grown.truncate(position.result);
-                grown.append(InlineMarkdown::parseOn(beginning, position));
-                QVERIFY(grown == InlineMarkdown::parse(beginning));
-                QVERIFY(position.result <= grown.text.size());
-            }
-        }
-    }
-
-    void aLongBlockGrowingStepByStepEqualsTheWhole() {
+    void whatGrowsStepByStepEqualsTheWhole_data() {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<int>("step");
+        for (const int step : {1, 2, 3, 7})
+            QTest::addRow("varied, by %d", step) << variedText() << step;
         // Blocks longer than the limit, with and without places to cut.
-        QString source;
-        for (int i = 0; i < 1500; ++i)
-            source += u"some *words* in\r\n a line "_s;
-        source += QString(40000, u'x') + u" **\U0001f600"_s + QString(20000, u' ') +
-                  QString(10000, QChar(0x4e2d)) + u"\n\n*end*"_s;
+        QTest::newRow("long blocks")
+            << QString(u"some *words* in\r\n a line "_s.repeated(1500) + QString(40000, u'x') +
+                       u" **\U0001f600"_s + QString(20000, u' ') + QString(10000, QChar(0x4e2d)) +
+                       u"\n\n*end*"_s)
+            << 611;
+    }
+    void whatGrowsStepByStepEqualsTheWhole() {
+        QFETCH(QString, source);
+        QFETCH(int, step);
         AttributedString grown;
         InlineMarkdown::Position position;
-        for (qsizetype length = 0; length <= source.size(); length += 611) {
+        for (qsizetype length = 0; length <= source.size(); length += step) {
             const QStringView beginning = QStringView(source).left(length);
             grown.truncate(position.result);
             grown.append(InlineMarkdown::parseOn(beginning, position));
+            QVERIFY(position.result <= grown.text.size());
             QVERIFY(length - position.source <= 2 * InlineMarkdown::maximumBlockLength);
             QVERIFY2(grown == InlineMarkdown::parse(beginning),
                      qPrintable(QString::number(length)));
@@ -77,20 +71,21 @@ private Q_SLOTS:
 
     void hostileTextCostsNoMoreThanItsLength_data() {
         QTest::addColumn<QString>("piece");
-        for (const char* piece : {"[",        "*",       "`",
-                                  "![",       "[a](",    "*a_",
-                                  "**a ",     "<",       "<!--",
-                                  "<a ",      "~~a",     "~",
-                                  "_",        "a_",      "*a**b",
-                                  "[]",       "]",       "[a](b)",
-                                  "\\",       "&",       "&a;",
-                                  "`a``",     "<?",      "<![CDATA[",
-                                  "a*a_ ",    "[[a](b)", "![a](b)",
-                                  "*_~",      "](<",     "[a](<b",
-                                  "[a](b (",  "((((",    "<a@b",
-                                  "<a:",      "\n",      "*\n",
-                                  " ",        "a",       "&NotExistingName;",
-                                  "[a](b \"", "\\\n"})
+        constexpr const char* pieces[] = {"[",        "*",       "`",
+                                          "![",       "[a](",    "*a_",
+                                          "**a ",     "<",       "<!--",
+                                          "<a ",      "~~a",     "~",
+                                          "_",        "a_",      "*a**b",
+                                          "[]",       "]",       "[a](b)",
+                                          "\\",       "&",       "&a;",
+                                          "`a``",     "<?",      "<![CDATA[",
+                                          "a*a_ ",    "[[a](b)", "![a](b)",
+                                          "*_~",      "](<",     "[a](<b",
+                                          "[a](b (",  "((((",    "<a@b",
+                                          "<a:",      "\n",      "*\n",
+                                          " ",        "a",       "&NotExistingName;",
+                                          "[a](b \"", "\\\n"};
+        for (const char* piece : pieces)
             QTest::newRow(piece) << QString::fromLatin1(piece);
     }
     void hostileTextCostsNoMoreThanItsLength() {

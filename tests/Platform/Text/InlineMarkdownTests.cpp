@@ -80,8 +80,8 @@ private Q_SLOTS:
         row("interleaved", u"*foo _bar* baz_", u"{e:foo _bar} baz_");
         row("four asterisks are strong in strong", u"****foo****", u"{s:foo}");
         row("code span beats emphasis", u"*a `*`*", u"{e:a }{ec:*}");
-        row("autolink beats emphasis", u"**a<http://foo.bar/?q=**>",
-            u"**a{|http://foo.bar/?q=**|:http://foo.bar/?q=**}");
+        row("autolink beats emphasis", u"**a<http://b/?q=**>",
+            u"**a{|http://b/?q=**|:http://b/?q=**}");
         literal("html beats emphasis", u"*<img src=\"foo\" title=\"*\"/>");
 
         row("code span", u"`foo`", u"{c:foo}");
@@ -103,8 +103,7 @@ private Q_SLOTS:
         row("target with brackets", u"[link](foo(and(bar)))", u"{|foo(and(bar))|:link}");
         row("escapes in a target", u"[link](foo\\)\\:)", u"{|foo):|:link}");
         row("references in a target", u"[link](a?b&auml;&amp;c)", u"{|a?b\u00e4&c|:link}");
-        row("tilde in a target", u"[link](http://x/~me?a&amp;b) ~ ~x~",
-            u"{|http://x/~me?a&b|:link} ~ ~x~");
+        row("tilde in a target", u"[a](http://x/~b?c&amp;d) ~ ~x~", u"{|http://x/~b?c&d|:a} ~ ~x~");
         literal("blank before the target", u"[link] (/uri)");
         row("brackets in a link", u"[link [foo [bar]]](/uri)", u"{|/uri|:link [foo [bar]]}");
         row("styles in a link", u"[link *foo **bar** `#`*](/uri)",
@@ -115,14 +114,11 @@ private Q_SLOTS:
         literal("unclosed bracket", u"see [the rest");
         row("escaped bracket", u"\\[foo](/uri)", u"[foo](/uri)");
         row("two links in a row", u"[a](b)[c](d)", u"{|b|:a}{|d|:c}");
-        row("autolink", u"<http://foo.bar.baz/test?q=hello&id=22>",
-            u"{|http://foo.bar.baz/test?q=hello&id=22|:http://foo.bar.baz/test?q=hello&id=22}");
+        row("autolink", u"<http://a/?b=c&d=2>", u"{|http://a/?b=c&d=2|:http://a/?b=c&d=2}");
         row("autolink with tilde", u"<http://x/~a>, <http://x/~b>",
             u"{|http://x/~a|:http://x/~a}, {|http://x/~b|:http://x/~b}");
-        row("autolink with a backslash", u"<http://example.com/\\[\\>",
-            u"{|http://example.com/\\[\\|:http://example.com/\\[\\}");
-        row("mail autolink", u"<foo@bar.example.com>",
-            u"{|mailto:foo@bar.example.com|:foo@bar.example.com}");
+        row("autolink with a backslash", u"<http://a/\\[\\>", u"{|http://a/\\[\\|:http://a/\\[\\}");
+        row("mail autolink", u"<a@b.example>", u"{|mailto:a@b.example|:a@b.example}");
         literal("no autolink with a blank", u"<http://foo.bar/baz bim>");
         literal("empty angle brackets", u"<>");
         literal("a bare address is no link", u"http://example.com");
@@ -143,8 +139,7 @@ private Q_SLOTS:
         row("references to two characters", u"&ngE; &DifferentialD;", u"\u2267\u0338 \u2146");
         row("references to separators", u"&vert;&semi;&quot;", u"|;\"");
         row("beyond the basic plane", u"&Afr; &#x1F600;", u"\U0001d504 \U0001f600");
-        row("numbers", u"&#35; &#1234; &#992; &#X22; &#XD06; &#xcab;",
-            u"# \u04d2 \u03e0 \" \u0d06 \u0cab");
+        row("numbers", u"&#35; &#1234; &#X22; &#XD06; &#xcab;", u"# \u04d2 \" \u0d06 \u0cab");
         row("number zero", u"&#0;", u"\ufffd");
         row("surrogate number", u"&#xD800;", u"\ufffd");
         literal("no references", u"&nbsp &x; &#; &#x; &#87654321; &abcdef0; &ThisIsNotDefined;");
@@ -176,34 +171,14 @@ private Q_SLOTS:
 
     void blockMarkupStaysLiteral_data() {
         QTest::addColumn<QString>("source");
-        for (const char* source : {"# Title",
-                                   "## Title ##",
-                                   "Title\n=====",
-                                   "Title\n---",
-                                   "- item\n- item",
-                                   "+ a\n+ b",
-                                   "1. one\n2. two",
-                                   "1) one",
-                                   "> quote\n> more",
-                                   "---",
-                                   "    indented code",
-                                   "\tindented code",
-                                   "a\n    continued",
-                                   "<div>\nhtml\n</div>",
-                                   "<!-- comment -->",
-                                   "|a|b|\n|-|-|\n|1|2|",
-                                   "~~~\nfenced\n~~~",
-                                   "- [ ] task",
-                                   "[foo]: /url",
-                                   "* * *",
-                                   "* item\n* item",
-                                   "***",
-                                   "___",
-                                   "<pre>\n\n a\n</pre>",
-                                   "<?php\n\n?>",
-                                   "$$x$$ [[wiki]]",
-                                   "www.example.com"})
-            QTest::newRow(source) << QString::fromLatin1(source);
+        const QString sources =
+            u"# Title@@## Title ##@@Title\n=====@@Title\n---@@- item\n- item@@+ a\n+ b@@"
+            "1. one\n2. two@@1) one@@> quote\n> more@@---@@    indented code@@\tindented code@@"
+            "a\n    continued@@<div>\nhtml\n</div>@@<!-- comment -->@@|a|b|\n|-|-|\n|1|2|@@"
+            "~~~\nfenced\n~~~@@- [ ] task@@[foo]: /url@@* * *@@* item\n* item@@***@@___@@"
+            "<pre>\n\n a\n</pre>@@<?php\n\n?>@@$$x$$ [[wiki]]@@www.example.com"_s;
+        for (const QString& source : sources.split(u"@@"_s))
+            QTest::newRow(qPrintable(source)) << source;
     }
     void blockMarkupStaysLiteral() {
         QFETCH(QString, source);
@@ -232,8 +207,8 @@ private Q_SLOTS:
         row("backslash before a break in code", u"`a\\\nb`", u"{c:a\\\nb}");
         row("indented lines", u"*a*\n    b\n\tc", u"{e:a}\n    b\n\tc");
         row("list under a paragraph", u"*a*\n- b\n  - c", u"{e:a}\n- b\n  - c");
-        row("quoted strong at a line's start", u"**\"quoted\"** a\n**\"quoted\"** b",
-            u"{s:\"quoted\"} a\n{s:\"quoted\"} b");
+        row("quoted strong at a line's start", u"**\"a\"** b\n**\"c\"** d",
+            u"{s:\"a\"} b\n{s:\"c\"} d");
         row("punctuated strong at a line's end", u"a **b:**\nc", u"a {s:b:}\nc");
         row("emphasis over lines", u"*a\n  b*", u"{e:a\n  b}");
         literal("no emphasis over a blank line", u"*a\n\nb*");
@@ -250,8 +225,7 @@ private Q_SLOTS:
         literal("break in a target", u"[a](b\nc)");
         literal("break between bracket and target", u"[a]\n(b)");
         literal("break in an autolink", u"<http://a\nb>");
-        row("tag over lines", u"<a  /><b2\ndata=\"*foo*\" > *x*",
-            u"<a  /><b2\ndata=\"*foo*\" > {e:x}");
+        row("tag over lines", u"<a  /><b\nc=\"*d*\" > *x*", u"<a  /><b\nc=\"*d*\" > {e:x}");
         row("form feed and others", u"*a*\f\v\u2028\u2029\u0085b", u"{e:a}\f\v\u2028\u2029\u0085b");
         row("ideographic blank", u"**\u3000a** *b*", u"**\u3000a** {e:b}");
     }

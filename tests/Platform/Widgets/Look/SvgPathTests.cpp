@@ -16,14 +16,11 @@ private Q_SLOTS:
         QTest::newRow("absolute") << "M1 2L5 2L5 8L1 8Z"_ba << QRectF(1, 2, 4, 6);
         QTest::newRow("relative") << "m1 2h4v6h-4z"_ba << QRectF(1, 2, 4, 6);
         QTest::newRow("pairs after a move") << "M1,2 5,2 5,8 1,8z"_ba << QRectF(1, 2, 4, 6);
-        QTest::newRow("relative pairs after a move")
-            << "m1 2 4 0 0 6-4 0z"_ba << QRectF(1, 2, 4, 6);
-        QTest::newRow("no blanks, no leading noughts")
-            << "M.5-.5H1.5V.5H.5Z"_ba << QRectF(0.5, -0.5, 1, 1);
+        QTest::newRow("relative pairs") << "m1 2 4 0 0 6-4 0z"_ba << QRectF(1, 2, 4, 6);
+        QTest::newRow("terse numbers") << "M.5-.5H1.5V.5H.5Z"_ba << QRectF(0.5, -0.5, 1, 1);
         QTest::newRow("points run together") << "M.5.5 1.5.5V1.5H.5z"_ba << QRectF(0.5, 0.5, 1, 1);
         QTest::newRow("exponents and signs") << "M+1e0 20e-1H5V8H1Z"_ba << QRectF(1, 2, 4, 6);
-        QTest::newRow("move after close starts from the subpath's start")
-            << "M1 2h2v2h-2zm2 2h2v4h-2z"_ba << QRectF(1, 2, 4, 6);
+        QTest::newRow("move after close") << "M1 2h2v2h-2zm2 2h2v4h-2z"_ba << QRectF(1, 2, 4, 6);
     }
     void pathsOfStraightLinesCoverTheirRectangle() {
         QFETCH(QByteArray, data);

@@ -10,6 +10,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <functional>
 
 namespace tests {
 
@@ -47,6 +48,7 @@ public:
     mutable qsizetype keysAsked = 0;
     mutable qsizetype guessesAsked = 0;
     int guess = 50;
+    std::function<QWidget*(QWidget*)> makeOther; // rows that are no boxes
 
     explicit Boxes(int count) {
         for (int i = 0; i < count; ++i)
@@ -59,9 +61,11 @@ public:
     }
     QWidget* make(qsizetype row, QWidget* parent) override {
         ++made;
-        return new Box(items[row].height, parent);
+        return makeOther ? makeOther(parent) : new Box(items[row].height, parent);
     }
     void update(qsizetype row, QWidget* widget) override {
+        if (makeOther)
+            return;
         auto* box = static_cast<Box*>(widget);
         ++box->updates;
         box->setBoxHeight(items[row].height);

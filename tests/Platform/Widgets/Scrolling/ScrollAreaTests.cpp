@@ -19,41 +19,26 @@ using tests::Box;
 
 namespace {
 
-/// Rows of one text.
-class Texts : public tests::Boxes {
-public:
-    Texts(const Theme& theme, QString text)
-        : Boxes(1)
-        , m_theme(theme)
-        , m_text(std::move(text)) {}
-    QWidget* make(qsizetype, QWidget* parent) override {
-        auto* view = new TextView(m_theme, TextView::Background::Window, parent);
-        view->setMarkdown(TextSnapshot(m_text));
-        return view;
-    }
-    void update(qsizetype, QWidget*) override {}
-
-private:
-    const Theme& m_theme;
-    QString m_text;
-};
-
 /// An area of 500 by 400 over 2,000 pixels and more, of the kind that the test's row names.
 struct Fixture : tests::AreaWindow {
-    std::unique_ptr<LazyRows> rows;
+    tests::Boxes rows{40};
 
     explicit Fixture(const QString& text = {}, Qt::LayoutDirection direction = Qt::LeftToRight) {
         QFETCH_GLOBAL(bool, isRows);
         window.setLayoutDirection(direction);
-        if (text.isEmpty())
-            rows = std::make_unique<tests::Boxes>(40);
-        else
-            rows = std::make_unique<Texts>(theme, text);
+        if (!text.isEmpty()) {
+            rows.items.resize(1);
+            rows.makeOther = [this, text](QWidget* parent) {
+                auto* view = new TextView(theme, TextView::Background::Window, parent);
+                view->setMarkdown(TextSnapshot(text));
+                return view;
+            };
+        }
         if (isRows) {
-            show(new LazyColumn(theme, *rows));
+            show(new LazyColumn(theme, rows));
         } else {
             auto* made = new ScrollArea(theme);
-            made->setContent(text.isEmpty() ? new Box(2500) : rows->make(0, nullptr));
+            made->setContent(text.isEmpty() ? new Box(2500) : rows.make(0, nullptr));
             show(made);
         }
     }
@@ -188,24 +173,20 @@ private Q_SLOTS:
         QVERIFY(f.settle());
     }
 
-    void aTouchRunsOut_data() {
-        QTest::addColumn<bool>("hasMotion");
-        QTest::newRow("with motion") << true;
-        QTest::newRow("without motion") << false;
-    }
-    void aTouchRunsOut() {
-        QFETCH(bool, hasMotion);
-        Fixture f;
-        f.theme.motion().setEnabled(hasMotion);
-        QScroller* scroller = QScroller::scroller(f.area);
-        scroller->handleInput(QScroller::InputPress, {200, 300}, 1000);
-        for (int i = 1; i <= 10; ++i)
-            scroller->handleInput(QScroller::InputMove, {200, 300.0 - 20 * i}, 1000 + 10 * i);
-        QTRY_VERIFY(f.offset() > 50);
-        scroller->handleInput(QScroller::InputRelease, {200, 100}, 1101);
-        const int released = f.offset();
-        QVERIFY(f.settle());
-        QCOMPARE(f.offset() > released + 50, hasMotion);
+    void aTouchRunsOutWhereMotionIsEnabled() {
+        for (const bool hasMotion : {true, false}) {
+            Fixture f;
+            f.theme.motion().setEnabled(hasMotion);
+            QScroller* scroller = QScroller::scroller(f.area);
+            scroller->handleInput(QScroller::InputPress, {200, 300}, 1000);
+            for (int i = 1; i <= 10; ++i)
+                scroller->handleInput(QScroller::InputMove, {200, 300.0 - 20 * i}, 1000 + 10 * i);
+            QTRY_VERIFY(f.offset() > 50);
+            scroller->handleInput(QScroller::InputRelease, {200, 100}, 1101);
+            const int released = f.offset();
+            QVERIFY(f.settle());
+            QCOMPARE(f.offset() > released + 50, hasMotion);
+        }
     }
 
     void keysScroll_data() {
@@ -339,13 +320,6 @@ private Q_SLOTS:
         QVERIFY(second > 0 && second < 400);
         QTest::keyClick(view, Qt::Key_Backtab);
         QVERIFY(placeOf(0) > 0 && placeOf(0) < 400);
-    }
-
-    void theInnermostAreaAroundAWidgetIsFound() {
-        const Fixture f;
-        auto* inside = f.area->findChild<Box*>();
-        QCOMPARE(AbstractScrollArea::around(inside), f.area);
-        QCOMPARE(AbstractScrollArea::around(f.area), nullptr);
     }
 };
 

@@ -158,22 +158,6 @@ private Q_SLOTS:
         QVERIFY(isUnderlined(u"http://example.org"_s));
         QVERIFY(!isUnderlined(u"file:///etc/passwd"_s));
     }
-
-    void oddCharactersAreDrawnWithoutHarm() {
-        QString odd;
-        for (char16_t c = 0; c < 0x20; ++c)
-            odd += QChar(c);
-        odd += u"\u200b\u200d\u202e\u2066\ufeff\ufffe\ufffc"_s;
-        odd += QChar(0xd800);
-        odd += QChar(0xdc00);
-        odd += QChar(0xdc00);
-        odd += u"a\u0301\u0301\u0301"_s.repeated(50);
-        Filled flow(plain(odd.repeated(20)), 200);
-        QVERIFY(!flow.picture({3, 400}).isNull());
-        for (qsizetype i = 0; i < flow.content().text.size(); i += 3)
-            QVERIFY(flow.characterRect(i).height() > 0);
-        QVERIFY(flow.usedWidth() <= 200);
-    }
 };
 
 TELLWICK_TEST(TextFlowUseTests, Widgets)

@@ -15,9 +15,11 @@ struct TextWindow {
     QWidget window;
     platform::TextView view{theme, platform::TextView::Background::Window, &window};
     QLineEdit field{&window};
+    QStringList opened; // links
 
     explicit TextWindow(QStringView text = {}) {
         view.setMarkdown(platform::TextSnapshot(text));
+        view.onLinkActivated([this](const QUrl& url) { opened.append(url.toString()); });
         window.resize(500, 500);
         view.setGeometry(10, 10, 400, 300);
         field.setGeometry(10, 350, 200, 30);
