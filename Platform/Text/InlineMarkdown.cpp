@@ -2,7 +2,6 @@
 #include "Platform/Text/InlineMarkdown.h"
 
 #include "Platform/Text/InlineMarkdownBlock.h"
-#include "Platform/Text/InlineMarkdownLine.h"
 
 #include <algorithm>
 

@@ -14,17 +14,13 @@ namespace platform {
 /// lists, quotes, fences, rules, tables and raw HTML stay as they were typed.
 ///
 /// Every blank and every line break of the source comes out again, also those that CommonMark
-/// drops: at a line's start and end, and inside the back quotes of a code span. Only what belongs
-/// to the markup itself goes, the blanks between a link's target and its title for instance. A
-/// backslash that makes a hard line break goes too, the break stays.
+/// drops; only what belongs to the markup itself goes, the blanks between a link's target and its
+/// title or the backslash of a hard line break for instance.
 ///
-/// An image is never loaded: its description is shown in its place or, where it has none, its
-/// address. Nothing in a text can make the parser fail or run away: a construct that is not closed
-/// is literal.
-///
-/// Inline constructs end with their block, and a block ends at a blank line. A block longer than
-/// `maximumBlockLength` is read in pieces of that length, cut at a line's start or else after a
-/// blank, and no construct reaches over such a cut. This bounds what hostile text can cost.
+/// An image's description is shown in its place or, where it has none, its address. A construct
+/// that is not closed is literal; one ends with its block, and a block at a blank line. A block
+/// longer than `maximumBlockLength` is read in pieces of that length, cut at a line's start or else
+/// after a blank, which bounds what hostile text can cost.
 class InlineMarkdown {
 public:
     /// In UTF-16 units. Far beyond any paragraph that people or models write.

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Text/InlineMarkdownBlock.h"
 
-#include "Platform/Text/InlineMarkdownLine.h"
-
 #include <md4c-html.h>
 #include <md4c.h>
 
@@ -14,6 +12,97 @@ using namespace Qt::StringLiterals;
 
 namespace platform {
 namespace {
+
+constexpr char standInForBreak = '\f';
+constexpr char standInForLiteral = '.'; // some punctuation that marks nothing
+
+bool isWhite(char byte) {
+    return byte == ' ' || byte == '\t' || byte == standInForBreak;
+}
+
+/// A block of text as one single line for a parser of whole documents, so that it reads the inline
+/// markup and nothing else.
+///
+/// A line break stands there as a form feed, which the parser takes for white space and no more: no
+/// second line can become a heading, a list item, a fence or an underline, and none of the blanks
+/// around the break is dropped. A letter and a blank before the line, a blank and a letter behind
+/// it make it a paragraph whatever it begins with, and are white space to the emphasis beside them.
+struct OneLine {
+    /// How many bytes stand before the block and behind it.
+    static constexpr qsizetype margin = 2;
+
+    QByteArray bytes; ///< UTF-8
+    /// Of each byte's character in the block; one more at the end.
+    std::vector<qsizetype> positions;
+
+    explicit OneLine(QStringView block)
+        : positions(margin, 0) {
+        QString text = block.toString();
+        for (qsizetype i = 0; i < text.size(); ++i)
+            if (isMarkdownBreak(text[i]))
+                text[i] = QLatin1Char(standInForBreak);
+            else if (text[i].isHighSurrogate() && i + 1 < text.size() &&
+                     text[i + 1].isLowSurrogate())
+                ++i;
+            else if (text[i].isSurrogate() || text[i].isNull())
+                text[i] = QChar::ReplacementCharacter;
+        bytes = text.toUtf8();
+        positions.reserve(static_cast<std::size_t>(bytes.size() + 2 * margin + 1));
+        qsizetype position = 0;
+        qsizetype next = 0;
+        for (const char byte : std::as_const(bytes)) {
+            const auto value = static_cast<unsigned char>(byte);
+            const bool startsCharacter = (value & 0xc0) != 0x80;
+            if (startsCharacter) {
+                position = next;
+                next += value >= 0xf0 ? 2 : 1; // a surrogate pair
+            }
+            positions.push_back(position);
+        }
+        bytes = "x " + bytes + " x";
+        positions.insert(positions.end(), margin + 1, block.size());
+        hideSingleTildes();
+        hideBrokenTargets();
+    }
+
+private:
+    /// The parser also strikes out between single tildes, but "5~10 or 20~30" means ranges. Tildes
+    /// in what may be a link's address stay, for the parser hands an address over as it read it.
+    void hideSingleTildes() {
+        char closer = 0;
+        for (qsizetype i = 1; i + 1 < bytes.size(); ++i) {
+            const char byte = bytes[i];
+            if (closer != 0) {
+                if (byte == closer || isWhite(byte))
+                    closer = 0;
+            } else if (byte == '(' && bytes[i - 1] == ']') {
+                closer = ')';
+            } else if (byte == '<') {
+                closer = '>';
+            }
+            if (closer == 0 && byte == '~' && bytes[i - 1] != '~' && bytes[i + 1] != '~')
+                bytes[i] = standInForLiteral;
+        }
+    }
+
+    /// A target in angle brackets cannot hold a line break, though it can hold what stands for one
+    /// here.
+    void hideBrokenTargets() {
+        for (qsizetype i = 0; (i = bytes.indexOf("](", i)) >= 0; ++i) {
+            qsizetype at = i + 2;
+            while (isWhite(bytes[at])) // up to the letter behind the block at the latest
+                ++at;
+            if (bytes[at] != '<')
+                continue;
+            do
+                at += bytes[at] == '\\' ? 2 : 1;
+            while (at < bytes.size() && bytes[at] != '<' && bytes[at] != '>' &&
+                   bytes[at] != standInForBreak);
+            if (at < bytes.size() && bytes[at] == standInForBreak)
+                bytes[i + 1] = standInForLiteral;
+        }
+    }
+};
 
 /// The characters that a reference ("&amp;", "&#233;") stands for; itself when its name is unknown.
 QString referencedCharacters(QByteArrayView reference) {
@@ -64,7 +153,7 @@ AttributedString::Style styleOf(MD_SPANTYPE type) {
 /// position: the parser only tells which parts of the line it was given are shown, and how.
 class BlockReader {
 public:
-    BlockReader(QStringView block, const InlineMarkdownLine& line, AttributedString& result)
+    BlockReader(QStringView block, const OneLine& line, AttributedString& result)
         : m_block(block)
         , m_line(line)
         , m_result(result) {}
@@ -109,7 +198,7 @@ public:
                 ++end;
         }
         // The bytes before the block are none of it; those behind it have its end as their place.
-        start = std::max(start, InlineMarkdownLine::margin);
+        start = std::max(start, OneLine::margin);
         if (start < end)
             show(type, m_line.positions[static_cast<std::size_t>(start)],
                  m_line.positions[static_cast<std::size_t>(end)]);
@@ -148,7 +237,7 @@ private:
     }
 
     QStringView m_block;
-    const InlineMarkdownLine& m_line;
+    const OneLine& m_line;
     AttributedString& m_result;
     /// Of the spans around, the innermost last.
     std::vector<AttributedString::Styles> m_styles{AttributedString::Styles()};
@@ -166,7 +255,7 @@ BlockReader& readerOf(void* data) {
 
 void appendInlineMarkdownBlock(QStringView block, AttributedString& result) {
     const qsizetype before = result.text.size();
-    const InlineMarkdownLine line(block);
+    const OneLine line(block);
     BlockReader reader(block, line, result);
     MD_PARSER parser = {};
     parser.flags = MD_FLAG_STRIKETHROUGH;

@@ -10,10 +10,8 @@ namespace platform {
 /// An immutable text in UTF-16 that is cheap to copy, also while it grows elsewhere.
 ///
 /// A reply arrives as thousands of texts, each the whole reply so far. They all share one buffer
-/// that a TextBuilder appends to, and differ in length only: a copy costs a reference, and keeping
-/// all of them costs no more memory than a small multiple of the longest.
-///
-/// Texts may be read on any thread, also while the builder that made them goes on.
+/// that a TextBuilder appends to, and differ in length only. They may be read on any thread, also
+/// while the builder goes on.
 class TextSnapshot {
 public:
     /// The empty text.
@@ -48,10 +46,8 @@ private:
     qsizetype m_size = 0;
 };
 
-/// Builds a text by appending, and hands out what it has so far at any moment.
-///
-/// Used by one thread at a time. It never changes characters that it has handed out: it writes
-/// behind them, or moves on to a larger buffer.
+/// Builds a text by appending, and hands out what it has so far at any moment. It never changes
+/// characters that it has handed out. One thread at a time.
 class TextBuilder {
 public:
     /// Adds characters at the end. Amortised cost: their number.

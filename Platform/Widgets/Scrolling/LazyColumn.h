@@ -15,9 +15,7 @@ namespace platform {
 ///
 /// The rows stand below each other in a centred column of limited width. What is visible stays
 /// where it is when rows above it come, go or change their height, and when a guessed height turns
-/// out wrong. A column whose end is visible keeps its end visible when it is resized. A widget
-/// inside that asks for a new height with updateGeometry() gets it by the next turn of the event
-/// loop.
+/// out wrong. A column whose end is visible keeps its end visible when it is resized.
 ///
 /// For assistive technology it is a list with an item for each row, which says what
 /// LazyRows::accessibleName() says (a row's widget with an interface of its own keeps that). The
