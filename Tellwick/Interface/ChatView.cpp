@@ -22,6 +22,8 @@
 #include <QPointer>
 #include <QShortcut>
 
+#include <algorithm>
+
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
@@ -38,18 +40,6 @@ namespace {
 
 constexpr qreal toolbarIconSize = 17;
 constexpr qreal sendIconSize = 30;
-
-/// Without blanks and tabs at both ends; line breaks stay.
-QStringView withoutBlanks(QStringView text) {
-    const auto isBlank = [](QChar character) {
-        return character == u'\t' || character.category() == QChar::Separator_Space;
-    };
-    while (!text.isEmpty() && isBlank(text.front()))
-        text = text.sliced(1);
-    while (!text.isEmpty() && isBlank(text.back()))
-        text.chop(1);
-    return text;
-}
 
 } // namespace
 
@@ -284,8 +274,11 @@ void ChatView::openEditMenu(QPoint globalPosition) {
 ColorRole ChatView::sendButtonColor() const {
     if (m_vm.isGenerating.value())
         return ColorRole::Red;
-    return withoutBlanks(m_vm.draft.value()).isEmpty() ? ColorRole::SecondaryLabel
-                                                       : ColorRole::Accent;
+    const auto isBlank = [](QChar character) { // a line break is none
+        return character == u'\t' || character.category() == QChar::Separator_Space;
+    };
+    const QString draft = m_vm.draft.value();
+    return std::ranges::all_of(draft, isBlank) ? ColorRole::SecondaryLabel : ColorRole::Accent;
 }
 
 template <class State, class Make>
@@ -312,7 +305,6 @@ void ChatView::showWhile(platform::Observed<State>& state, Make make) {
 }
 
 void ChatView::focusField() {
-    // What is open over the screen keeps the keyboard.
     if (!m_environment.overlays.isPresenting())
         m_field->setFocus(Qt::OtherFocusReason);
 }

@@ -32,7 +32,7 @@ public:
     /// send, else the secondary colour.
     platform::ColorRole sendButtonColor() const;
 
-    /// Puts the keyboard focus into the message field.
+    /// Puts the keyboard into the message field, unless something is open over the screen.
     void focusField();
 
 protected:

@@ -20,11 +20,7 @@ namespace tellwick {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr auto applicationFolder = "tellwick"_L1;
-
-} // namespace
+static constexpr auto applicationFolder = "tellwick"_L1;
 
 TellwickApp::TellwickApp(QApplication& application)
     : m_directories(platform::UserDirectories::ofThisUser(applicationFolder))

@@ -10,8 +10,7 @@ namespace {
 
 class ElementInterface final : public QAccessibleWidget {
 public:
-    ElementInterface(QWidget* widget, const AccessibleElement& element)
-        : QAccessibleWidget(widget, element.accessibleRole()) {}
+    using QAccessibleWidget::QAccessibleWidget;
 
     QString text(QAccessible::Text kind) const override {
         auto text = QAccessibleWidget::text(kind);
@@ -41,7 +40,7 @@ public:
     void doAction(const QString& name) override {
         if (element().accessibleActions().contains(name)) {
             if (widget()->isEnabled())
-                element().performAccessibleAction(name);
+                element().performAccessibleAction();
         } else {
             QAccessibleWidget::doAction(name);
         }
@@ -52,10 +51,8 @@ private:
 };
 
 QAccessibleInterface* elementInterface(const QString&, QObject* object) {
-    auto* widget = qobject_cast<QWidget*>(object);
-    const auto* element = dynamic_cast<AccessibleElement*>(object);
-    return widget != nullptr && element != nullptr ? new ElementInterface(widget, *element)
-                                                   : nullptr;
+    const bool isElement = dynamic_cast<AccessibleElement*>(object) != nullptr;
+    return isElement ? new ElementInterface(static_cast<QWidget*>(object)) : nullptr;
 }
 
 } // namespace

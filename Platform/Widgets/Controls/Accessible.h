@@ -27,9 +27,9 @@ public:
     virtual QString accessibleText() const { return {}; }
     /// The description, if the widget has no accessibleDescription().
     virtual QString accessibleDetail() const { return {}; }
-    /// Names as in QAccessibleActionInterface.
+    /// Names as in QAccessibleActionInterface, all for one action.
     virtual QStringList accessibleActions() const { return {}; }
-    virtual void performAccessibleAction(const QString&) {}
+    virtual void performAccessibleAction() {}
 
     /// Makes the elements known to Qt; to call it again changes nothing.
     static void install();
@@ -37,10 +37,8 @@ public:
 
 /// Has assistive technology read a text out, once, without moving the focus.
 ///
-/// From Qt 6.8 on this is an announcement of the accessibility bus. Earlier releases know none:
-/// there the widget tells that its name has changed, which is what screen readers of the time
-/// listen to; the text should therefore be the widget's name. Costs nothing where no assistive
-/// technology runs.
+/// Before Qt 6.8, which has no announcements, the widget tells that its name has changed, which is
+/// what screen readers of the time listen to; so the text should be the widget's name.
 void announce(QWidget* widget, const QString& text);
 
 } // namespace platform

@@ -219,9 +219,4 @@ QStringList Button::accessibleActions() const {
     return {QAccessibleActionInterface::pressAction()};
 }
 
-void Button::performAccessibleAction(const QString& name) {
-    if (name == QAccessibleActionInterface::pressAction())
-        click();
-}
-
 } // namespace platform

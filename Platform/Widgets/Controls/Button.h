@@ -54,7 +54,7 @@ public:
     QString accessibleText() const override { return text(); }
     QString accessibleDetail() const override;
     QStringList accessibleActions() const override;
-    void performAccessibleAction(const QString& name) override;
+    void performAccessibleAction() override { click(); }
 
 protected:
     const Theme& theme() const { return m_theme; }

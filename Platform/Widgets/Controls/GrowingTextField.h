@@ -35,10 +35,7 @@ public:
 
     /// Called after every change that the user has made to the text.
     void onTextEdited(std::function<void(const QString&)> edited) { m_edited = std::move(edited); }
-
-    /// Called when Return is pressed.
     void onSubmit(std::function<void()> submit) { m_submit = std::move(submit); }
-
     /// Called for a context menu with a point on the screen, in place of the toolkit's own menu.
     void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
 

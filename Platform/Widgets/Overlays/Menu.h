@@ -29,8 +29,9 @@ public:
     Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global,
          QWidget* anchor = nullptr);
 
-    /// Puts the focus on the first entry: for menus opened from the keyboard.
-    void focusFirst() { focusRow(0); }
+    /// Puts the focus on an entry. One before the first is the last, one behind the last is the
+    /// first.
+    void focusRow(qsizetype index);
     /// The row under a point of the screen; none: null.
     Button* rowAt(QPoint global) const;
 
@@ -39,9 +40,6 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    /// One before the first is the last, one behind the last is the first.
-    void focusRow(qsizetype index);
-
     std::vector<Button*> m_rows;
     QPoint m_global;
 };

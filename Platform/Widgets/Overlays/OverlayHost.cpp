@@ -72,11 +72,6 @@ Panel* OverlayHost::top() const {
     return m_shown.empty() ? nullptr : m_shown.back().panel;
 }
 
-Qt::FocusReason OverlayHost::focusReason() const {
-    // Opened from the keyboard, the panel shows at once where the keyboard is.
-    return m_lastInputWasKey ? Qt::TabFocusReason : Qt::PopupFocusReason;
-}
-
 Panel* OverlayHost::present(std::unique_ptr<Panel> owned, std::function<void()> onDismissed) {
     auto* panel = owned.release();
     panel->m_host = this;
@@ -86,7 +81,7 @@ Panel* OverlayHost::present(std::unique_ptr<Panel> owned, std::function<void()> 
     panel->fit();
     panel->show();
     panel->raise();
-    panel->initialFocus()->setFocus(focusReason());
+    panel->initialFocus()->setFocus(m_focusReason);
     fadeScrim();
     animateIn(panel);
     QAccessibleEvent event(panel, openingEvent(panel->kind()));
@@ -116,9 +111,9 @@ void OverlayHost::giveFocusBack(const Shown& gone) {
         return; // somebody has taken it meanwhile
     auto* before = gone.focusBefore.data();
     if (before != nullptr && before->isVisible() && before->isEnabled())
-        before->setFocus(focusReason());
+        before->setFocus(m_focusReason);
     else if (!m_shown.empty())
-        m_shown.back().panel->setFocus(focusReason());
+        m_shown.back().panel->setFocus(m_focusReason);
 }
 
 void OverlayHost::animateIn(Panel* panel) {
@@ -195,9 +190,9 @@ void OverlayHost::updateVisibility() {
 bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_watchedWindow) {
         if (event->type() == QEvent::KeyPress)
-            m_lastInputWasKey = true;
+            m_focusReason = Qt::TabFocusReason;
         else if (event->type() == QEvent::MouseButtonPress)
-            m_lastInputWasKey = false;
+            m_focusReason = Qt::PopupFocusReason;
     } else if (event->type() == QEvent::Resize) {
         setGeometry(parentWidget()->rect());
         for (auto& shown : m_shown)

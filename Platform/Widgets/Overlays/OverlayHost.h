@@ -35,7 +35,6 @@ public:
     /// Closes a panel and all that were opened over it; one that is not shown: does nothing.
     void dismiss(Panel* panel);
 
-    /// Whether anything is shown.
     bool isPresenting() const { return !m_shown.empty(); }
     /// The panel on top; none: null.
     Panel* top() const;
@@ -64,7 +63,6 @@ private:
     void animateOut(Panel* panel);
     void fadeScrim();
     void updateVisibility();
-    Qt::FocusReason focusReason() const;
 
     const Theme& m_theme;
     std::vector<Shown> m_shown; // bottom up
@@ -72,7 +70,8 @@ private:
     qreal m_scrim = 0; // 0 to 1
     QPointer<QObject> m_scrimAnimation;
     QPointer<QObject> m_watchedWindow;
-    bool m_lastInputWasKey = false;
+    /// By the last input: opened from the keyboard, a panel shows at once where the keyboard is.
+    Qt::FocusReason m_focusReason = Qt::PopupFocusReason;
 };
 
 } // namespace platform

@@ -79,12 +79,10 @@ private:
     friend class OverlayHost;
 
     void setContent(QWidget* content, int width);
-    /// Takes its place in the host.
     void fit();
     QRect placeAtAnchor(const QRect& area);
     /// The widget that gets the focus after one inside (or after the panel itself); none: null.
     QWidget* focusAfter(QWidget* from, bool forward) const;
-    /// Where the focus goes first.
     QWidget* initialFocus();
     qreal cornerRadius() const;
     QPainterPath outline() const;

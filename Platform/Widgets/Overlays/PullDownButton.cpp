@@ -32,7 +32,7 @@ void PullDownButton::openMenu() {
 
 void PullDownButton::openMenuAtFirst() {
     openMenu();
-    m_menu->focusFirst();
+    m_menu->focusRow(0);
 }
 
 void PullDownButton::setMenu(Menu* menu) {
@@ -55,10 +55,6 @@ void PullDownButton::addAccessibleState(QAccessible::State& state) const {
 QStringList PullDownButton::accessibleActions() const {
     return {QAccessibleActionInterface::showMenuAction(),
             QAccessibleActionInterface::pressAction()};
-}
-
-void PullDownButton::performAccessibleAction(const QString& /*name*/) {
-    openMenuAtFirst();
 }
 
 void PullDownButton::keyPressEvent(QKeyEvent* event) {

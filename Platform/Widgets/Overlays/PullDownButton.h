@@ -26,7 +26,7 @@ public:
     QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
     void addAccessibleState(QAccessible::State& state) const override;
     QStringList accessibleActions() const override;
-    void performAccessibleAction(const QString& name) override;
+    void performAccessibleAction() override { openMenuAtFirst(); }
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

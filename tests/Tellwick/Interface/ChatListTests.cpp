@@ -187,16 +187,6 @@ private Q_SLOTS:
         QCOMPARE(reply->height(), reply->heightForWidth(reply->width()));
     }
 
-    void aFailureIsShownInPlaceOfTheReply() {
-        QVERIFY(m->open());
-        auto& turn = m->conversation.ask(u"One"_s);
-        turn.say(u"Some **text**");
-        turn.fail();
-        settle();
-        QCOMPARE(m->bubbles().value(1), u"Tellwick: Error: The model is tired."_s);
-        QVERIFY(!m->overlays()->isPresenting());
-    }
-
     void theColumnIsAtMost700WideAndCentred() {
         m->conversation.store({u"user"_s, u"assistant"_s},
                               {lines(1).repeated(9), u"word "_s.repeated(200)});
@@ -289,13 +279,15 @@ private Q_SLOTS:
         QVERIFY(isAtEnd());
     }
 
-    void aShorterTextScrollsToTheEnd() {
+    void aFailureIsShownInPlaceOfTheReplyAndScrolledTo() {
         openWith(12);
         auto& turn = m->conversation.ask(u"One more"_s);
         say(turn, lines(100));
         m->column()->setOffset(0);
         turn.fail();
         settle();
+        QCOMPARE(m->bubbles().value(13), u"Tellwick: Error: The model is tired."_s);
+        QVERIFY(!m->overlays()->isPresenting());
         QVERIFY(isAtEnd());
     }
 

@@ -198,6 +198,7 @@ private Q_SLOTS:
         m->conversation.server.listed = QStringList{u"llama"_s};
         choose(u"Models"_s);
         QTRY_VERIFY(screen().shows(u"llama"_s, QAccessible::ListItem));
+        m->flush();
         QVERIFY(screen().click(u"llama"_s, QAccessible::ListItem));
         QVERIFY(shown(Panel::Kind::Popover));
         QCOMPARE(m->vm().modelManager.selectedID.value(), u"ollama-llama"_s);

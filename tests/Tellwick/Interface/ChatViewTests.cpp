@@ -71,16 +71,14 @@ private Q_SLOTS:
         QCOMPARE(m->placeOf(brain).center().x(), m->view->rect().center().x());
         Label* name = nullptr; // the second of its text: the first is the window's title
         for (auto* heading : m->view->findChildren<Label*>())
-            if (m->desktop.isStyled(heading, TextStyle::Title2, QFont::Medium, ColorRole::Label))
+            if (m->desktop.isStyled(heading, TextStyle::Title2, ColorRole::Label, QFont::Medium))
                 name = heading;
         QVERIFY(name);
         QCOMPARE(name->text(), AppConfig::appName());
         auto* tagline = label(AppConfig::tagline());
-        QVERIFY(m->desktop.isStyled(tagline, TextStyle::Subheadline, QFont::Normal,
-                                    ColorRole::SecondaryLabel));
+        QVERIFY(m->desktop.isStyled(tagline, TextStyle::Subheadline, ColorRole::SecondaryLabel));
         auto* model = label(AppConfig::modelLabel());
-        QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, QFont::Normal,
-                                    ColorRole::TertiaryLabel));
+        QVERIFY(m->desktop.isStyled(model, TextStyle::Caption, ColorRole::TertiaryLabel));
         const QRect bubble = m->placeOf(greeting());
         QCOMPARE(bubble.left(), 16 + 24);
         QCOMPARE(bubble.right(), m->view->width() - 1 - 16 - 24);
@@ -163,7 +161,7 @@ private Q_SLOTS:
         auto* bar = modeBar();
         QCOMPARE(tests::ScreenReader(bar).texts(), QStringList{u"Summarise"_s});
         auto* label = tests::ScreenReader(bar).widget<Label>(u"Summarise"_s);
-        QVERIFY(m->desktop.isStyled(label, TextStyle::Caption, QFont::Medium, ColorRole::Accent));
+        QVERIFY(m->desktop.isStyled(label, TextStyle::Caption, ColorRole::Accent, QFont::Medium));
         auto* clear = screen().widget<platform::Button>(u"Clear mode"_s);
         QCOMPARE(clear->icon(), u"xmark.circle.fill"_s);
         QCOMPARE(clear->colorRole(), ColorRole::SecondaryLabel);

@@ -141,13 +141,11 @@ private Q_SLOTS:
 
     void theChatFillsTheWindow() {
         QVERIFY(m->open());
-        for (const QSize size : {QSize(640, 800), QSize(1500, 500), QSize(360, 480)}) {
+        for (const QSize size : {QSize(640, 800), QSize(1500, 500), QSize(1, 1)}) {
             m->view->resize(size);
             QTRY_COMPARE(m->chat()->geometry(), m->view->rect());
+            QTRY_VERIFY(m->view->rect().contains(m->placeOf(m->sendButton())));
         }
-        m->view->resize(1, 1);
-        QTRY_COMPARE(m->chat()->geometry(), m->view->rect());
-        QVERIFY(m->view->rect().contains(m->placeOf(m->sendButton())));
     }
 
     void theBackgroundFollowsTheTheme() {

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Tellwick/Interface/ModelsView.h"
-#include "tests/Tellwick/Interface/ModelsWindow.h"
+#include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/Tellwick/Interface/TestWindow.h"
 #include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
 
@@ -16,12 +20,83 @@ using tellwick::ModelRow;
 using tellwick::ModelsView;
 using Availability = platform::SystemLanguageModel::Availability;
 
-static const QString appleIntelligence = u"Apple Intelligence"_s;
+namespace {
+
+const QString appleIntelligence = u"Apple Intelligence"_s;
+
+/// The screen over a real catalogue whose server says what the test tells it to.
+struct ModelsWindow : tests::TestWindow {
+    ~ModelsWindow() { delete window->findChild<platform::ScrollArea*>(); }
+
+    /// Starts the catalogue, whose first refresh begins by itself, and shows the screen.
+    bool open() {
+        conversation.start();
+        view = new ModelsView(environment, manager());
+        auto* scroll = new platform::ScrollArea(desktop.theme, window.get());
+        scroll->setContent(view);
+        fit();
+        return show();
+    }
+
+    /// Shows the screen over these models, all refreshes done.
+    bool openOver(const QStringList& models) {
+        conversation.server.listed = models;
+        return open() && settle();
+    }
+
+    /// Presses the button; the server lists these models now.
+    bool refresh(const QStringList& models) {
+        conversation.server.listed = models;
+        return screen().press(u"Refresh"_s) && settle();
+    }
+
+    /// Waits for the end of all refreshes and brings the screen up to date.
+    bool settle() {
+        QCoreApplication::processEvents();
+        const bool isDone = QTest::qWaitFor([this] { return !manager().isRefreshing.value(); });
+        QCoreApplication::processEvents();
+        flush();
+        return isDone;
+    }
+    /// Makes the screen as high as its content, as a popover does.
+    void fit() const {
+        auto* scroll = window->findChild<platform::ScrollArea*>();
+        scroll->setGeometry(0, 0, ModelsView::width,
+                            std::min(window->height(), scroll->heightForWidth(ModelsView::width)));
+    }
+    void flush() const {
+        platform::flushObservers(window.get());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents(); // widgets that were added come to be shown
+        fit();
+    }
+
+    tellwick::ModelManager& manager() const { return conversation.controller->modelManager; }
+    /// Where a widget stands in the screen.
+    QRect placeOf(const QWidget* widget) const {
+        return {widget->mapTo(view, QPoint()), widget->size()};
+    }
+    std::size_t listingsAsked() const { return conversation.server.listings.size(); }
+
+    ModelRow* row(const QString& name) const {
+        return screen().widget<ModelRow>(name, QAccessible::ListItem);
+    }
+    QString description(const QString& name) const {
+        return screen().find(name, QAccessible::ListItem)->text(QAccessible::Description);
+    }
+    QStringList rows() const { return screen().names(QAccessible::ListItem); }
+    Button* refreshButton() const { return screen().widget<Button>(u"Refresh"_s); }
+
+    tests::Conversation conversation;
+    ModelsView* view = nullptr;
+};
+
+} // namespace
 
 class ModelsViewTests final : public QObject {
     Q_OBJECT
 
-    std::optional<tests::ModelsWindow> m;
+    std::optional<ModelsWindow> m;
 
     /// What a row asks to be painted at its trailing end: a text in orange, or the checkmark, which
     /// is all that is in the accent.
@@ -76,16 +151,14 @@ private Q_SLOTS:
         for (const QString& footer :
              {u"Default on-device model. Private, offline, no setup needed."_s,
               u"For advanced users. Manage and download models via the Ollama app."_s}) {
-            QVERIFY(m->desktop.isStyled(label(footer), TextStyle::Caption, QFont::Normal,
-                                        ColorRole::SecondaryLabel));
+            QVERIFY(
+                m->desktop.isStyled(label(footer), TextStyle::Caption, ColorRole::SecondaryLabel));
             QVERIFY(label(footer)->heightForWidth(120) > label(footer)->heightForWidth(1000));
         }
         auto* first = label(u"No Ollama models found"_s);
         auto* second = label(u"Start Ollama and tap \u21BA to refresh."_s);
-        QVERIFY(
-            m->desktop.isStyled(first, TextStyle::Subheadline, QFont::Normal, ColorRole::Label));
-        QVERIFY(m->desktop.isStyled(second, TextStyle::Caption, QFont::Normal,
-                                    ColorRole::SecondaryLabel));
+        QVERIFY(m->desktop.isStyled(first, TextStyle::Subheadline, ColorRole::Label));
+        QVERIFY(m->desktop.isStyled(second, TextStyle::Caption, ColorRole::SecondaryLabel));
         QCOMPARE(m->placeOf(second).topLeft(), m->placeOf(first).bottomLeft() + QPoint(0, 1 + 2));
     }
 

@@ -28,8 +28,8 @@ struct TestDesktop {
     }};
 
     /// Whether a label shows its text in this style, weight and colour.
-    bool isStyled(const QLabel* label, platform::TextStyle style, QFont::Weight weight,
-                  platform::ColorRole role) const {
+    bool isStyled(const QLabel* label, platform::TextStyle style, platform::ColorRole role,
+                  QFont::Weight weight = QFont::Normal) const {
         return label && label->font() == theme.font(style, weight) &&
                label->palette().color(QPalette::WindowText) == theme.color(role);
     }

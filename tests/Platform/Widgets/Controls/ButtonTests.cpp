@@ -91,23 +91,19 @@ private Q_SLOTS:
 
     void assistiveTechnologyMeetsEachLookAsWhatItIs_data() {
         QTest::addColumn<Look>("look");
-        QTest::addColumn<QAccessible::Role>("role");
-        QTest::newRow("icon") << Look::Icon << QAccessible::Button;
-        QTest::newRow("disc") << Look::Disc << QAccessible::Button;
-        QTest::newRow("default") << Look::Default << QAccessible::Button;
-        QTest::newRow("link") << Look::Link << QAccessible::Link;
-        QTest::newRow("chip") << Look::Chip << QAccessible::Button;
-        QTest::newRow("menu row") << Look::MenuRow << QAccessible::MenuItem;
+        for (const auto look :
+             {Look::Icon, Look::Disc, Look::Default, Look::Link, Look::Chip, Look::MenuRow})
+            QTest::addRow("look %d", int(look)) << look;
     }
     void assistiveTechnologyMeetsEachLookAsWhatItIs() {
         QFETCH(Look, look);
-        QFETCH(QAccessible::Role, role);
         Button button(m_theme, look, u"Send"_s, u"arrow.up.circle.fill"_s);
         int presses = 0;
         button.setAction([&] { ++presses; });
         auto* interface = QAccessible::queryAccessibleInterface(&button);
-        QVERIFY(interface);
-        QCOMPARE(interface->role(), role);
+        QCOMPARE(interface->role(), look == Look::Link      ? QAccessible::Link
+                                    : look == Look::MenuRow ? QAccessible::MenuItem
+                                                            : QAccessible::Button);
         QCOMPARE(interface->text(QAccessible::Name), u"Send"_s);
         QCOMPARE(interface->text(QAccessible::Description), QString());
         const bool isSymbolAlone = look == Look::Icon || look == Look::Disc;
