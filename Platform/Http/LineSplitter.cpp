@@ -2,6 +2,7 @@
 #include "Platform/Http/LineSplitter.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace platform {
 
@@ -20,23 +21,13 @@ bool LineSplitter::isAtLineEnd() const {
     return m_scanned < m_bytes.size();
 }
 
-void LineSplitter::skipSecondHalfOfLineEnd() {
-    if (!m_afterCarriageReturn || m_start == m_bytes.size())
-        return;
-    m_afterCarriageReturn = false;
-    if (m_bytes[m_start] == '\n')
-        m_scanned = ++m_start;
-}
-
-void LineSplitter::scan() {
-    skipSecondHalfOfLineEnd();
+bool LineSplitter::hasLine() {
+    if (m_start < m_bytes.size() && std::exchange(m_afterCarriageReturn, false) &&
+        m_bytes[m_start] == '\n')
+        m_scanned = ++m_start; // the second half of the line end before
     const auto end = std::find_if(m_bytes.cbegin() + m_scanned, m_bytes.cend(),
                                   [](char byte) { return byte == '\n' || byte == '\r'; });
     m_scanned = end - m_bytes.cbegin();
-}
-
-bool LineSplitter::hasLine() {
-    scan();
     return isAtLineEnd() || (m_isFinished && m_start < m_bytes.size());
 }
 

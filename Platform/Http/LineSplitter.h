@@ -30,8 +30,6 @@ public:
 
 private:
     bool isAtLineEnd() const;
-    void skipSecondHalfOfLineEnd();
-    void scan();
 
     QByteArray m_bytes;
     qsizetype m_start = 0;   // where the next line begins

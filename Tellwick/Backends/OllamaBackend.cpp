@@ -47,20 +47,16 @@ QList<OllamaMessage> messageList(const QString& prompt, const QList<ChatMessage>
     return messages;
 }
 
-HttpRequest chatRequest(const OllamaChatRequest& chat, std::chrono::milliseconds idleTimeout) {
+/// Yields the text so far after each line of the reply.
+Task<void> readReply(HttpClient client, OllamaChatRequest chat,
+                     std::chrono::milliseconds idleTimeout,
+                     StreamContinuation<TextSnapshot> continuation) {
     HttpRequest request("/api/chat");
     request.method = "POST";
     request.headers = {{"Content-Type", "application/json"}};
     request.body = chat.toJson();
     request.idleTimeout = idleTimeout;
-    return request;
-}
-
-/// Yields the text so far after each line of the reply.
-Task<void> readReply(HttpClient client, OllamaChatRequest chat,
-                     std::chrono::milliseconds idleTimeout,
-                     StreamContinuation<TextSnapshot> continuation) {
-    HttpBody body = co_await client.bytes(chatRequest(chat, idleTimeout));
+    HttpBody body = co_await client.bytes(std::move(request));
     if (body.status() != ok)
         throw OllamaError::badResponse(body.status());
     platform::TextBuilder reply;

@@ -49,9 +49,7 @@ private Q_SLOTS:
     }
 
     void aTurnIsStoredAtItsEndAndNotBefore() {
-        const auto& turn = m->ask(u"Hello"_s);
-        turn.say(u"Hi");
-        QVERIFY(m->waitForReply(u"Hi"_s));
+        const auto& turn = m->ask(u"Hello"_s, u"Hi"_s);
         QCOMPARE(storedContents(), QStringList());
         QVERIFY(!m->context().hasChanges());
         const QDateTime before = m->stored().first().updatedAt;
@@ -87,9 +85,7 @@ private Q_SLOTS:
     }
 
     void stoppedMidwayTheLastSnapshotStays() {
-        const auto& turn = m->ask(u"Hello"_s);
-        turn.say(u"Once upon");
-        QVERIFY(m->waitForReply(u"Once upon"_s));
+        const auto& turn = m->ask(u"Hello"_s, u"Once upon"_s);
         vm().stop();
         QVERIFY(m->settle());
         turn.say(u"Once upon a time");
@@ -123,9 +119,7 @@ private Q_SLOTS:
     }
 
     void aSendWhileAnAbandonedReplyStillStreamsIsATurnOfItsOwn() {
-        const auto& abandoned = m->ask(u"one"_s);
-        abandoned.say(u"1");
-        QVERIFY(m->waitForReply(u"1"_s));
+        const auto& abandoned = m->ask(u"one"_s, u"1"_s);
         vm().stop();
         QVERIFY(m->settle());
         const auto& next = m->ask(u"two"_s);
@@ -143,9 +137,7 @@ private Q_SLOTS:
 
     void newChatWhileGeneratingEmptiesEverythingAndRefusesUntilTheTurnHasEnded() {
         QVERIFY(m->talk(u"one"_s, u"1"_s));
-        const auto& turn = m->ask(u"two"_s);
-        turn.say(u"2");
-        QVERIFY(m->waitForReply(u"2"_s));
+        m->ask(u"two"_s, u"2"_s);
         vm().newChat();
         QVERIFY(vm().messages.value().isEmpty());
         QVERIFY(vm().isGenerating.value());
@@ -167,9 +159,7 @@ private Q_SLOTS:
 
     void afterANewChatTheOldTurnWritesNothing() {
         QFETCH(bool, hasFailed);
-        const auto& turn = m->ask(u"one"_s);
-        turn.say(u"1");
-        QVERIFY(m->waitForReply(u"1"_s));
+        const auto& turn = m->ask(u"one"_s, u"1"_s);
         turn.say(u"1 and more");
         if (hasFailed)
             turn.fail();
@@ -212,9 +202,7 @@ private Q_SLOTS:
     void quittingInTheMiddleOfATurnLosesTheTurnAndNothingElse() {
         QVERIFY(m->talk(u"one"_s, u"1"_s));
         const auto before = m->stored().first();
-        const auto& turn = m->ask(u"two"_s);
-        turn.say(u"2");
-        QVERIFY(m->waitForReply(u"2"_s));
+        const auto& turn = m->ask(u"two"_s, u"2"_s);
         m->quit();
         turn.say(u"2 and more"); // the model speaks on, to nobody
         turn.end();

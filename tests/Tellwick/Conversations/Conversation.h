@@ -93,6 +93,15 @@ public:
         return model.turns.back();
     }
 
+    /// The same, once the reply begins with what the model says at first.
+    AskedTurn& ask(const QString& text, const QString& said) {
+        AskedTurn& turn = ask(text);
+        turn.say(said);
+        if (!waitForReply(said))
+            qFatal("the reply is not shown");
+        return turn;
+    }
+
     /// Sends this text and gives the request once the selected model of the server has it.
     ScriptedModelServer::Request& askServer(const QString& text) {
         const auto before = server.requests.size();
