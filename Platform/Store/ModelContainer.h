@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Store/Database.h"
-#include "Platform/Store/RecordType.h"
+#include "Platform/Store/PersistentModel.h"
 
 #include <optional>
 

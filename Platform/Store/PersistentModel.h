@@ -5,6 +5,8 @@
 
 #include <QList>
 
+#include <functional>
+#include <memory>
 #include <optional>
 
 namespace platform {
@@ -43,6 +45,23 @@ private:
     ModelContext* m_context = nullptr;
     std::optional<StoredRow> m_stored; ///< none before the record has been saved
     bool m_hasChanges = false;         ///< whether the context has yet to write it
+};
+
+/// What a store knows of its records: the name of their table, their attributes, how to make one.
+struct RecordType {
+    QString name;
+    QStringList attributes;
+    std::function<std::shared_ptr<PersistentModel>()> make;
+
+    /// The description that the type gives of itself.
+    template <class Model>
+    static RecordType of() {
+        RecordType type{Model::recordName(), {}, [] { return std::make_shared<Model>(); }};
+        const Model example;
+        for (const Attribute* attribute : example.attributes())
+            type.attributes.append(attribute->name());
+        return type;
+    }
 };
 
 } // namespace platform
