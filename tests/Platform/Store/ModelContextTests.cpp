@@ -245,6 +245,9 @@ private Q_SLOTS:
         saved->lines = QStringList{u"b"_s};
         fetched->lines = QStringList{u"c"_s};
         QCOMPARE(m->lines(), Lines{QStringList{}});
+        ModelContext next(m->container, never);
+        next.insert(saved); // it belongs to nobody any more
+        QCOMPARE(notesIn(next), Notes{saved});
     }
 
     void whatAnotherProgramHasChangedIsNotOverwritten() {
