@@ -6,8 +6,6 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
-#include <atomic>
-
 using namespace platform;
 using tests::HttpFixture;
 using tests::Script;

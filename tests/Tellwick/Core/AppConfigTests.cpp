@@ -30,22 +30,19 @@ private Q_SLOTS:
         row("appDescription", AppConfig::appDescription(),
             "Tellwick is a private AI chat assistant powered entirely by Apple Intelligence. "
             "Everything runs on your device \xE2\x80\x94 no internet connection or account is "
-            "needed, "
-            "and no data ever leaves your device.",
+            "needed, and no data ever leaves your device.",
             194);
         row("disclaimer", AppConfig::disclaimer(),
-            "This app is for personal research and exploration only. Responses may be incomplete, "
-            "outdated, or declined due to model guardrails. Do not rely on it for professional, "
-            "medical, legal, or financial decisions.",
+            "This app is for personal research and exploration only. Responses may be "
+            "incomplete, outdated, or declined due to model guardrails. Do not rely on it for "
+            "professional, medical, legal, or financial decisions.",
             207);
         row("defaultSystemPrompt", AppConfig::defaultSystemPrompt(),
             "You are an on-device AI assistant running via Apple Intelligence directly on the "
-            "user's "
-            "device. All processing happens locally \xE2\x80\x94 you have no internet access and "
-            "cannot "
-            "retrieve real-time information. You work entirely from your pre-trained knowledge. "
-            "Never "
-            "claim to have internet access, live data, or the ability to look things up.",
+            "user's device. All processing happens locally \xE2\x80\x94 you have no internet "
+            "access and cannot retrieve real-time information. You work entirely from your "
+            "pre-trained knowledge. Never claim to have internet access, live data, or the "
+            "ability to look things up.",
             332);
 
         const auto modes = AppConfig::writingModes();
@@ -58,9 +55,9 @@ private Q_SLOTS:
             QTest::addRow("prompt %d", int(i)) << modes[i].systemPrompt << prompt << characters;
         };
         mode(0, "Proofread", "checkmark.circle",
-             "You are a careful editor. Correct grammar, spelling, punctuation, and clarity in the "
-             "text the user provides. Return the corrected text, then briefly list the changes "
-             "made.",
+             "You are a careful editor. Correct grammar, spelling, punctuation, and clarity in "
+             "the text the user provides. Return the corrected text, then briefly list the "
+             "changes made.",
              171);
         mode(1, "Summarise", "text.alignleft",
              "You are a concise summariser. When the user gives you text, return a clear, "
@@ -68,13 +65,11 @@ private Q_SLOTS:
              129);
         mode(2, "Explain Simply", "lightbulb",
              "Explain things simply, as if to someone completely new to the topic. Use plain "
-             "language, "
-             "short sentences, and helpful analogies. Avoid jargon.",
+             "language, short sentences, and helpful analogies. Avoid jargon.",
              142);
         mode(3, "Rewrite", "pencil.and.outline",
              "Rewrite the user's text to improve clarity, flow, and conciseness. Preserve the "
-             "original "
-             "meaning and intended tone.",
+             "original meaning and intended tone.",
              115);
     }
 
