@@ -60,6 +60,18 @@ private Q_SLOTS:
         QCOMPARE(m->view->windowTitle(), u"Tellwick"_s);
     }
 
+    void theHeaderHasItsButtonsAtItsEnd() {
+        QStringList read;
+        for (auto* element : screen().elements())
+            if (const QString name = element->text(QAccessible::Name); !name.isEmpty())
+                read.append(name);
+        QCOMPARE(read.mid(0, 4),
+                 (QStringList{u"Tellwick"_s, u"On-device · Private"_s, u"New Chat"_s, u"More"_s}));
+        QVERIFY(m->placeOf(screen().widget(u"New Chat"_s)).left() > m->view->width() / 2);
+        QVERIFY(m->placeOf(screen().widget(u"More"_s)).left() >
+                m->placeOf(screen().widget(u"New Chat"_s)).right());
+    }
+
     void theEmptyStateHasItsSizesAndStyles() {
         const auto label = [this](const QString& text) {
             return screen().widget<Label>(text, QAccessible::StaticText);

@@ -89,48 +89,42 @@ private Q_SLOTS:
         QTest::addColumn<int>("length");
         QTest::addColumn<int>("style"); // of the one styled part; none: 0
 
-        const auto plain = [](const char* name, Role role, const QString& content) {
-            QTest::newRow(name) << role << content << content << 0 << 0 << 0;
+        const auto plain = [](Role role, const QString& content) {
+            QTest::newRow(qPrintable(content)) << role << content << content << 0 << 0 << 0;
         };
-        plain("the user's asterisks", Role::user, u"say **this** now"_s);
-        plain("the user's other markers", Role::user,
-              u"__a__ *b* `c` [d](http://e.example) ~~f~~"_s);
-        plain("the user's entities and tags", Role::user, u"<b>x</b> &amp; %1 %n"_s);
-        plain("the user's blanks and breaks", Role::user, u"  a  \n\n\tb "_s);
-        plain("a plain reply", Role::assistant, u"Just a text."_s);
-        plain("a reply with a heading and a list", Role::assistant, u"# Title\n- item"_s);
-        plain("a reply with a numbered list", Role::assistant, u"1. one\n2. two"_s);
-        plain("a reply with a quotation", Role::assistant, u"> so they say"_s);
-        plain("a reply with one underscore", Role::assistant, u"snake_case"_s);
-        plain("a reply with single underscores about a word", Role::assistant, u"a _word_ here"_s);
-        plain("a reply with other marks", Role::assistant, u"~~x~~ &amp; <b> \\# ]"_s);
-        plain("an unclosed bracket", Role::assistant, u"an [open bracket"_s);
-        plain("unclosed asterisks", Role::assistant, u"an **open end"_s);
-        plain("an unclosed code span", Role::assistant, u"an `open end"_s);
-        plain("underscores within a word", Role::assistant, u"under__score"_s);
-        plain("an asterisk alone", Role::assistant, u"2 * 3"_s);
-        const auto styled = [](const char* name, const QString& content, const QString& shown,
-                               int start, int length, AttributedString::Style style) {
-            QTest::newRow(name) << Role::assistant << content << shown << start << length
-                                << int(style);
+        plain(Role::user, u"say **this** now"_s);
+        plain(Role::user, u"__a__ *b* `c` [d](http://e.example) ~~f~~"_s);
+        plain(Role::user, u"<b>x</b> &amp; %1 %n"_s);
+        plain(Role::user, u"  a  \n\n\tb "_s);
+        plain(Role::assistant, u"Just a text."_s);
+        plain(Role::assistant, u"# Title\n- item"_s);
+        plain(Role::assistant, u"1. one\n2. two"_s);
+        plain(Role::assistant, u"> so they say"_s);
+        plain(Role::assistant, u"snake_case"_s);
+        plain(Role::assistant, u"a _word_ here"_s);
+        plain(Role::assistant, u"~~x~~ &amp; <b> \\# ]"_s);
+        plain(Role::assistant, u"an [open bracket"_s);
+        plain(Role::assistant, u"an **open end"_s);
+        plain(Role::assistant, u"an `open end"_s);
+        plain(Role::assistant, u"under__score"_s);
+        plain(Role::assistant, u"2 * 3"_s);
+        const auto styled = [](const QString& content, const QString& shown, int start, int length,
+                               AttributedString::Style style) {
+            QTest::newRow(qPrintable(content + u" of the model"_s))
+                << Role::assistant << content << shown << start << length << int(style);
         };
-        styled("a bold word", u"say **this** now"_s, u"say this now"_s, 4, 4,
-               AttributedString::Strong);
-        styled("a word between two underscores", u"say __this__ now"_s, u"say this now"_s, 4, 4,
-               AttributedString::Strong);
-        styled("an emphasised word", u"say *this*"_s, u"say this"_s, 4, 4,
-               AttributedString::Emphasis);
-        styled("single underscores beside a marker", u"2 * _word_"_s, u"2 * word"_s, 4, 4,
-               AttributedString::Emphasis);
-        styled("code in a list below a heading", u"# Title\n- item `code`"_s,
-               u"# Title\n- item code"_s, 15, 4, AttributedString::Code);
-        styled("struck out beside a marker", u"* ~~gone~~"_s, u"* gone"_s, 2, 4,
-               AttributedString::Strikethrough);
-        styled("a link", u"[here](https://a.example) it is"_s, u"here it is"_s, 0, 4,
-               AttributedString::Link);
-        styled("blanks and breaks about a marker", u"  a  \n\n\tb  **c** "_s, u"  a  \n\n\tb  c "_s,
-               11, 1, AttributedString::Strong);
-        styled("a fence", u"> a\n---\n**b**"_s, u"> a\n---\nb"_s, 8, 1, AttributedString::Strong);
+        const auto strong = AttributedString::Strong;
+        const auto emphasis = AttributedString::Emphasis;
+        styled(u"say **this** now"_s, u"say this now"_s, 4, 4, strong);
+        styled(u"say __this__ now"_s, u"say this now"_s, 4, 4, strong);
+        styled(u"say *this*"_s, u"say this"_s, 4, 4, emphasis);
+        styled(u"2 * _word_"_s, u"2 * word"_s, 4, 4, emphasis);
+        styled(u"# Title\n- item `code`"_s, u"# Title\n- item code"_s, 15, 4,
+               AttributedString::Code);
+        styled(u"* ~~gone~~"_s, u"* gone"_s, 2, 4, AttributedString::Strikethrough);
+        styled(u"[here](https://a.example) it is"_s, u"here it is"_s, 0, 4, AttributedString::Link);
+        styled(u"  a  \n\n\tb  **c** "_s, u"  a  \n\n\tb  c "_s, 11, 1, strong);
+        styled(u"> a\n---\n**b**"_s, u"> a\n---\nb"_s, 8, 1, strong);
     }
     void theTextIsShownByRole() {
         QFETCH(Role, role);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/HeaderBar.h"
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
@@ -144,25 +143,6 @@ private Q_SLOTS:
         theme.setBodyFont(font);
         QVERIFY(chip.sizeHint().height() > chipBefore.height() + 10);
         QVERIFY(button.sizeHint().height() > buttonBefore.height() + 25);
-    }
-
-    void theHeaderBarShowsTitleSubtitleAndItsItemsInOrder() {
-        platform::HeaderBar bar(m_theme, u"Tellwick"_s);
-        bar.setSubtitle(u"llama3 · Ollama"_s);
-        auto* first = new Button(m_theme, Look::Icon, u"New Chat"_s, u"square.and.pencil"_s);
-        auto* second = new Button(m_theme, Look::Icon, u"More"_s, u"ellipsis.circle"_s);
-        bar.addTrailing(first);
-        bar.addTrailing(second);
-        bar.resize(400, bar.sizeHint().height());
-        bar.show();
-        QVERIFY(first->x() > 200);
-        QVERIFY(second->x() >= first->x() + first->width());
-        QStringList names;
-        auto* interface = QAccessible::queryAccessibleInterface(&bar);
-        for (int i = 0; i < interface->childCount(); ++i)
-            names << interface->child(i)->text(QAccessible::Name);
-        QCOMPARE(names,
-                 QStringList({u"Tellwick"_s, u"llama3 · Ollama"_s, u"New Chat"_s, u"More"_s}));
     }
 };
 

@@ -39,16 +39,6 @@ private Q_SLOTS:
         }
     }
 
-    void aRowWithADetailIsHigher() {
-        ListRow row(m_theme);
-        row.setName(u"llama3"_s);
-        const auto alone = row.sizeHint().height();
-        row.setDetail(u"4.7 GB"_s);
-        QVERIFY(row.sizeHint().height() > alone);
-        row.setDetail({});
-        QCOMPARE(row.sizeHint().height(), alone);
-    }
-
     void assistiveTechnologySeesAListOfItems() {
         platform::InsetSection section(m_theme, u"Other Models"_s, u"For advanced users."_s);
         auto* row = new ListRow(m_theme);
