@@ -36,12 +36,6 @@ std::optional<QString> engineProgram() {
     return found.isEmpty() ? std::nullopt : std::optional(found);
 }
 
-std::optional<QString> reasonToSkipEngineTests() {
-    if (engineProgram() || qEnvironmentVariable("TELLWICK_REQUIRE_ENGINE") == u"1")
-        return std::nullopt;
-    return u"llama-server is not installed (scripts/get-engine gets it)"_s;
-}
-
 QByteArray instructed(const QByteArray& text) {
     return "<|im_start|>system\n" + text + "<|im_end|>\n";
 }

@@ -6,7 +6,7 @@
 // number of tokens a second (0: as fast as it can be sent); with several texts, each turn of a
 // conversation gets the next. It can hold a reply back after some words. Each answered request is a
 // line on its standard output.
-#include "tests/support/LoopbackServer.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -20,9 +20,8 @@
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
-using tests::httpReply;
-using tests::LoopbackConnection;
-using tests::LoopbackServer;
+using tests::RecordedRequest;
+using tests::Script;
 
 namespace {
 
@@ -82,44 +81,32 @@ QStringList words(const QString& text) {
     return pieces;
 }
 
-void chat(LoopbackConnection& connection, const Settings& settings) {
-    const auto request = QJsonDocument::fromJson(connection.request().body).object();
-    if (request.value(u"model"_s).toString().isEmpty() || !request.value(u"messages"_s).isArray()) {
-        connection.send(httpReply(400, R"({"error":"missing request body"})"));
-        return;
-    }
-    if (!connection.pause(std::chrono::milliseconds(settings.latency)))
-        return;
-    connection.send("HTTP/1.1 200 OK\r\nContent-Type: application/x-ndjson\r\n\r\n");
+Script chat(const RecordedRequest& asked, const Settings& settings) {
+    const auto request = QJsonDocument::fromJson(asked.body).object();
+    if (request.value(u"model"_s).toString().isEmpty() || !request.value(u"messages"_s).isArray())
+        return Script::reply(400, R"({"error":"missing request body"})");
+    Script script;
+    script.pause(std::chrono::milliseconds(settings.latency));
+    script.head(200, {"Content-Type: application/x-ndjson"});
     // The question on its own, after the system prompt and two messages for each turn before it.
     const qsizetype turn = (request.value(u"messages"_s).toArray().size() - 1) / 2;
     int sent = 0;
     for (const QString& word : words(settings.replies[turn % settings.replies.size()])) {
-        if (sent++ == settings.hold) {
-            say("holding");
-            connection.holdUntilGone();
-            return;
-        }
-        if (!connection.send(chatLine(word, false)))
-            return;
-        if (settings.wordsPerSecond > 0 &&
-            !connection.pause(std::chrono::milliseconds(1000 / settings.wordsPerSecond)))
-            return;
+        if (sent++ == settings.hold)
+            return script.call([] { say("holding"); }).hold();
+        script.send(chatLine(word, false));
+        if (settings.wordsPerSecond > 0)
+            script.pause(std::chrono::milliseconds(1000 / settings.wordsPerSecond));
     }
-    if (connection.send(chatLine(QString(), true)))
-        say("answered");
+    return script.send(chatLine(QString(), true)).call([] { say("answered"); });
 }
 
-void serve(LoopbackConnection& connection, const Settings& settings) {
-    if (connection.request().target == "/api/tags") {
-        connection.send(httpReply(200, listing(settings.models)));
-        say("listed");
-    } else if (connection.request().target == "/api/chat" &&
-               connection.request().method == "POST") {
-        chat(connection, settings);
-    } else {
-        connection.send(httpReply(404, R"({"error":"not found"})"));
-    }
+Script answer(const RecordedRequest& request, const Settings& settings) {
+    if (request.target == "/api/tags")
+        return Script::reply(200, listing(settings.models)).call([] { say("listed"); });
+    if (request.target == "/api/chat" && request.method == "POST")
+        return chat(request, settings);
+    return Script::reply(404, R"({"error":"not found"})");
 }
 
 bool readSettings(Settings& settings) {
@@ -169,11 +156,9 @@ int main(int argc, char** argv) {
     sigaddset(&ending, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 
-    LoopbackServer server;
-    const auto handler = [&settings](LoopbackConnection& connection) {
-        serve(connection, settings);
-    };
-    if (!server.listenOnPort(settings.port, handler)) {
+    tests::ScriptedServer server;
+    server.setAnswer([&](const RecordedRequest& request) { return answer(request, settings); });
+    if (!server.listen(settings.port)) {
         std::fprintf(stderr, "Cannot listen on 127.0.0.1:%d: %s\n", settings.port,
                      qPrintable(server.errorString()));
         return 1;

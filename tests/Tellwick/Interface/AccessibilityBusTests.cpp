@@ -2,15 +2,15 @@
 // What a screen reader meets: the real program in a real window, asked over the accessibility bus.
 #include "tests/Tellwick/Interface/AccessibleDesktop.h"
 #include "tests/Tellwick/Interface/BusElement.h"
-#include "tests/support/LoopbackServer.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/TestMain.h"
 
 #include <QDBusVariant>
 
-#include <sys/eventfd.h>
 using namespace Qt::StringLiterals;
-using tests::LoopbackConnection;
-using tests::LoopbackServer;
+using tests::RecordedRequest;
+using tests::Script;
+using tests::ScriptedServer;
 
 #define EVENTUALLY(condition) QVERIFY2(eventually([&] { return condition; }), #condition)
 #define EVENTUALLY_EQUAL(actual, expected)                                                         \
@@ -34,20 +34,17 @@ constexpr unsigned escapeKey = 0xff1b;
 /// Toggle buttons, which Qt 6.4 cannot name on the bus.
 constexpr auto chipRole = BusElement::Role::PushButton;
 
-/// Lists two models; sends a reply word by word, each when the event is raised.
-void serve(LoopbackConnection& connection, int words) {
-    const auto say = [&connection](const QByteArray& line) { return connection.send(line); };
-    say("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\n\r\n");
-    if (connection.request().target == "/api/tags") {
-        say(R"({"models":[{"name":"llama3.2:3b","size":2019393189},{"name":"bare","size":1}]})");
-        return;
-    }
+/// Lists two models; sends a reply word by word, each when its gate is opened.
+Script answer(const RecordedRequest& request) {
+    if (request.target == "/api/tags")
+        return Script::reply(
+            200,
+            R"({"models":[{"name":"llama3.2:3b","size":2019393189},{"name":"bare","size":1}]})");
+    Script script = Script().head(200);
     for (const char* word : {"It ", "is **really** ", "simple."})
-        if (!connection.waitForEvent(words) ||
-            !say(QByteArray(R"({"message":{"content":")") + word + R"("},"done":false})" + "\n"))
-            return;
-    if (connection.waitForEvent(words))
-        say("{\"message\":{\"content\":\"\"},\"done\":true}\n");
+        script.gate().send(QByteArray(R"({"message":{"content":")") + word + R"("},"done":false})" +
+                           "\n");
+    return script.gate().send("{\"message\":{\"content\":\"\"},\"done\":true}\n");
 }
 
 } // namespace
@@ -93,10 +90,9 @@ private Q_SLOTS:
 
     void init() {
         m_desktop->endProgram(); // cleanup() does not come after an init() that failed
-        for (eventfd_t word = 0; eventfd_read(m_words, &word) == 0;) {
-        }
-        const auto answer = [this](LoopbackConnection& connection) { serve(connection, m_words); };
-        QVERIFY2(m_server.listenOnPort(11434, answer), "Port 11434 is taken: run ./test instead.");
+        m_server = std::make_unique<ScriptedServer>();
+        m_server->setAnswer(&answer);
+        QVERIFY2(m_server->listen(11434), "Port 11434 is taken: run ./test instead.");
         QVERIFY(m_desktop->startProgram(QStringLiteral(TELLWICK)));
         const auto window = [this] {
             return BusElement::programs(m_desktop->bus()).value(0).children().value(0);
@@ -109,7 +105,7 @@ private Q_SLOTS:
 
     void cleanup() {
         const bool endedWell = m_desktop->endProgram();
-        m_server.stop();
+        m_server.reset();
         QVERIFY(endedWell);
         EVENTUALLY(BusElement::programs(m_desktop->bus()).isEmpty());
     }
@@ -283,12 +279,16 @@ private:
         return find(Role::List, u"Conversation"_s).namesOf(Role::ListItem);
     }
 
-    void release(int words) { eventfd_write(m_words, static_cast<eventfd_t>(words)); }
+    /// Lets the reply that has been asked for go on by so many words.
+    void release(int words) {
+        const auto last = [this] { return m_server->requestCount() - 1; };
+        EVENTUALLY(m_server->request(last()).target == "/api/chat");
+        for (int word = 0; word < words; ++word)
+            m_server->release(last());
+    }
 
     std::unique_ptr<AccessibleDesktop> m_desktop;
-    LoopbackServer m_server;
-    // An event for each word that the server may send.
-    const int m_words = eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK | EFD_CLOEXEC);
+    std::unique_ptr<ScriptedServer> m_server;
     BusElement m_window;
     QStringList m_announced;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/Files.h"
-#include "tests/support/LoopbackServer.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
@@ -34,13 +34,9 @@ class EngineFaultsTests final : public QObject {
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
     void init() {
+        m_chat.reset();
         m_folders.emplace();
         m_chat.emplace(m_folders->paths());
-    }
-
-    void cleanup() {
-        m_chat.reset();
-        m_folders.reset();
     }
 
     void anEngineKilledMidReplyFailsTheTurnAndTheNextOneWorks() {
@@ -117,7 +113,7 @@ private Q_SLOTS:
     }
 
     void anEngineThatWorksInVainIsWaitedForOnlySoLong() {
-        QCOMPARE(outcomeOf(askStandIn("r", "v", {.longestSilence = 100ms})), hung);
+        QCOMPARE(outcomeOf(askStandIn("r", "v", {.longestSilence = 2s})), hung);
         m_folders->setEngineScript(EngineFolders::realEngine);
         QCOMPARE(answerTo(u"Again"_s), m_reply);
     }
@@ -236,38 +232,35 @@ void work(std::chrono::milliseconds time) {
 /// middle, a late one after some work, or work in vain.
 int standIn(const QByteArray& health, const QByteArray& turn, const QString& record,
             const QStringList& options) {
-    std::atomic<qsizetype> healthAsked = 0;
-    std::atomic<qsizetype> turnsAsked = 0;
-    LoopbackServer server;
-    server.listenOnPath(options.at(options.indexOf(u"--host"_s) + 1), [&](LoopbackConnection& c) {
+    qsizetype healthAsked = 0;
+    qsizetype turnsAsked = 0;
+    ScriptedServer server;
+    server.setAnswer([&](const RecordedRequest& request) {
         QFile file(record);
         (void)file.open(QIODevice::Append);
         const qint64 now = QDeadlineTimer::current(Qt::PreciseTimer).deadline();
-        file.write(QByteArray::number(now) + ' ' + c.request().target + '\n');
-        file.close();
-        const bool isTurn = c.request().method == "POST";
+        file.write(QByteArray::number(now) + ' ' + request.target + '\n');
+        const bool isTurn = request.method == "POST";
         const QByteArray& plan = isTurn ? turn : health;
         switch (plan.at(std::min((isTurn ? turnsAsked : healthAsked)++, plan.size() - 1))) {
         case 'r':
-            c.send(httpReply(200, "{}"));
-            return;
+            return Script::reply(200, "{}");
         case 'l':
-            c.send(httpReply(503, "{}"));
-            return;
+            return Script::reply(503, "{}");
         case 'm':
-            c.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nx");
-            break;
+            return Script().head(200, {"Content-Length: 9"}).send("x").hold();
         case 'w':
-            work(5s);
-            c.send("HTTP/1.1 200 OK\r\n\r\ndata: {\"choices\":[{\"finish_reason\":\"stop\","
-                   "\"delta\":{\"content\":\"Late\"}}]}\n\n");
-            return;
+            return Script()
+                .call([] { work(5s); })
+                .send("HTTP/1.1 200 OK\r\n\r\ndata: {\"choices\":[{\"finish_reason\":\"stop\","
+                      "\"delta\":{\"content\":\"Late\"}}]}\n\n");
         case 'v':
-            work(10min);
-            break;
+            return Script().call([] { work(10min); });
+        default:
+            return Script().hold();
         }
-        c.holdUntilGone();
     });
+    server.listen(options.at(options.indexOf(u"--host"_s) + 1));
     return QCoreApplication::exec();
 }
 

@@ -31,12 +31,9 @@ class LlamaServerSessionTests final : public QObject {
 private Q_SLOTS:
     void initTestCase() { REQUIRE_ENGINE(); }
     void init() {
+        m_chat.reset();
         m_folders.emplace();
         m_chat.emplace(m_folders->paths());
-    }
-    void cleanup() {
-        m_chat.reset();
-        m_folders.reset();
     }
 
     void aReplyArrivesInGrowingSnapshots() {
