@@ -26,7 +26,6 @@ AppearanceSettings::AppearanceSettings(Palette palette)
     : m_portal(std::make_unique<SettingsPortal>())
     , m_readPalette(std::move(palette)) {
     readPalette();
-    update();
     qApp->installEventFilter(this);
 }
 
@@ -47,10 +46,8 @@ void AppearanceSettings::follow(const DesktopAppearance& desktop) {
 }
 
 bool AppearanceSettings::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp) {
+    if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp)
         readPalette();
-        update();
-    }
     return false;
 }
 
@@ -67,6 +64,7 @@ void AppearanceSettings::readPalette() {
                                         highlight.rgb()) == toolkitHighlights.end();
         m_palette.accent = isChosen ? std::optional(QColor(highlight.rgb())) : std::nullopt;
     }
+    update();
 }
 
 void AppearanceSettings::update() {

@@ -30,14 +30,11 @@ struct DesktopAppearance {
 /// How the user wants programs to look: observed state that follows the desktop while the program
 /// runs.
 ///
-/// What the desktop does not tell is taken from the application's palette. For that, the program
-/// must leave the application's palette to the desktop: roles that it sets itself tell nothing.
-///
-/// Until start() the palette alone speaks. start() returns without waiting for the desktop's
-/// answer; it may wait for the bus, to which Qt itself connects in the same way when it shows the
-/// first window. Called right after the application object is made, the answer arrives while the
-/// window is built; settle() just before the window is shown takes it over, so that a dark desktop
-/// sees no light window first.
+/// What the desktop does not tell is taken from the application's palette, which speaks alone until
+/// start(); roles that the program sets itself tell nothing. start() does not wait for the answer:
+/// called right after the application object is made, it arrives while the window is built, and
+/// settle() just before the window is shown takes it over, so that a dark desktop sees no light
+/// window first.
 ///
 /// Main thread only; made after the application object and destroyed before it.
 class AppearanceSettings final : public QObject {

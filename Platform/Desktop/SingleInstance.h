@@ -47,10 +47,10 @@ public:
     Claim claim(const QByteArray& token,
                 std::chrono::milliseconds limit = std::chrono::milliseconds(3000));
 
-    /// From here on, calls `activated` with the token of each later start; starts since claim()
-    /// are told by the next turn of the event loop. Needs the application object; this may outlive
-    /// it, which keeps the place until everything else is closed. Called once, by the first
-    /// instance. The callback must not destroy this.
+    /// From here on, calls `activated` with the token of each later start since claim(), from the
+    /// event loop. Needs the application object; this may outlive it, which keeps the place until
+    /// everything else is closed. Called once, by the first instance. The callback must not destroy
+    /// this.
     void onActivated(std::function<void(const QByteArray& token)> activated);
 
 private:

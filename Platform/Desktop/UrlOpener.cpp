@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/UrlOpener.h"
 
-#include <QDesktopServices>
 #include <QUrlQuery>
 
 namespace platform {
@@ -28,9 +27,6 @@ QUrl withoutAttachments(QUrl mail) {
 }
 
 } // namespace
-
-UrlOpener::UrlOpener()
-    : m_open(&QDesktopServices::openUrl) {}
 
 bool UrlOpener::open(const QUrl& url) const {
     if (!url.isValid())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QDesktopServices>
 #include <QUrl>
 
 #include <functional>
@@ -17,9 +18,8 @@ public:
     /// Opens an address and tells whether that worked.
     using Open = std::function<bool(const QUrl&)>;
 
-    /// Opens with the desktop's programs.
-    UrlOpener();
-    explicit UrlOpener(Open open)
+    /// @param open by the desktop's programs, where nothing else is given.
+    explicit UrlOpener(Open open = &QDesktopServices::openUrl)
         : m_open(std::move(open)) {}
 
     /// Opens the address; one of another kind is ignored. True if a program took it.

@@ -9,6 +9,8 @@
 namespace platform {
 
 class LanguageModelSession;
+class NetworkThread;
+class UserDirectories;
 
 /// The language model that this machine itself offers.
 ///
@@ -64,5 +66,14 @@ public:
 
 /// The reason's name as text, the same as in the code: "modelNotReady".
 QString toText(SystemLanguageModel::Availability::UnavailableReason reason);
+
+/// The model of the system that the program was built for; the one function that the folder of each
+/// implementation defines. Costs nothing: the model is touched when it is asked something.
+///
+/// @param network where replies are taken from the model; outlives every call of it.
+/// @param programFolder the folder that the running program lies in.
+std::unique_ptr<SystemLanguageModel> makeSystemLanguageModel(NetworkThread& network,
+                                                             const UserDirectories& directories,
+                                                             const QString& programFolder);
 
 } // namespace platform

@@ -4,7 +4,7 @@
 #include "Platform/Desktop/FontWarmUp.h"
 #include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/WindowActivation.h"
-#include "Platform/LanguageModel/MakeSystemLanguageModel.h"
+#include "Platform/LanguageModel/SystemLanguageModel.h"
 #include "Platform/Observation/Observer.h"
 #include "Tellwick/Backends/OllamaBackend.h"
 #include "Tellwick/Conversations/ChatViewModel.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "benchmarks/engine/DirectEngine.h"
 
-#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "benchmarks/engine/Conversation.h"
 

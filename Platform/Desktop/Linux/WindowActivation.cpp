@@ -5,6 +5,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -49,31 +50,24 @@ public:
         , m_root(rootOf(window)) {}
 
     void activate(std::optional<xcb_timestamp_t> time) const {
-        if (time) {
+        if (time)
             xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window,
                                 atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 32, 1, &*time);
-        }
         // A start from a terminal has no time to show. It is the user's action all the same, which
         // is what the second kind of source stands for.
         constexpr uint32_t application = 1;
         constexpr uint32_t user = 2;
-        auto event = message("_NET_ACTIVE_WINDOW", 32);
-        event.data.data32[0] = time ? application : user;
-        event.data.data32[1] = time.value_or(XCB_CURRENT_TIME);
-        send(event, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+        const std::array<uint32_t, 2> wish{time ? application : user,
+                                           time.value_or(XCB_CURRENT_TIME)};
+        send("_NET_ACTIVE_WINDOW", 32, {reinterpret_cast<const char*>(wish.data()), sizeof wish},
+             XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
     }
 
     void endStart(const QByteArray& startupId) const {
         const QByteArray text = endOfStart(startupId);
-        auto event = message("_NET_STARTUP_INFO_BEGIN", 8);
-        constexpr qsizetype most = sizeof event.data.data8;
-        for (qsizetype at = 0; at < text.size(); at += most) {
-            std::memset(event.data.data8, 0, most);
-            std::memcpy(event.data.data8, text.constData() + at,
-                        static_cast<size_t>(std::min(most, text.size() - at)));
-            send(event, XCB_EVENT_MASK_PROPERTY_CHANGE);
-            event.type = atom("_NET_STARTUP_INFO");
-        }
+        for (qsizetype at = 0; at < text.size(); at += messageSize)
+            send(at == 0 ? "_NET_STARTUP_INFO_BEGIN" : "_NET_STARTUP_INFO", 8,
+                 text.mid(at, messageSize), XCB_EVENT_MASK_PROPERTY_CHANGE);
     }
 
 private:
@@ -90,20 +84,19 @@ private:
         return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
-    xcb_client_message_event_t message(const char* type, uint8_t format) const {
+    /// Sends a message of at most 20 bytes; `format` is the size of its numbers, in bits.
+    void send(const char* type, uint8_t format, QByteArrayView data, uint32_t mask) const {
         xcb_client_message_event_t event{};
         event.response_type = XCB_CLIENT_MESSAGE;
         event.format = format;
         event.window = m_window;
         event.type = atom(type);
-        return event;
-    }
-
-    void send(const xcb_client_message_event_t& event, uint32_t mask) const {
+        std::copy(data.begin(), data.end(), reinterpret_cast<char*>(event.data.data8));
         xcb_send_event(m_connection, 0, m_root, mask, reinterpret_cast<const char*>(&event));
         xcb_flush(m_connection);
     }
 
+    static constexpr qsizetype messageSize = sizeof(xcb_client_message_data_t);
     xcb_connection_t* m_connection;
     xcb_window_t m_window;
     xcb_window_t m_root;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/LanguageModel/GenerationOptions.h"
+#include "Platform/LanguageModel/LanguageModelSession.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
-#include "Platform/Text/TextSnapshot.h"
 
 #include <QByteArray>
 #include <QList>

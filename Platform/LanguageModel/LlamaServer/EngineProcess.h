@@ -17,13 +17,11 @@ namespace platform {
 /// Process and offspring are one process group in a session of their own, killed as a whole. So
 /// that a killed program's engine goes too, a small shell in the group reads from a pipe that the
 /// program holds open: when it can read no more, the program has gone, and it kills its group. (The
-/// kernel's own signal on a parent's death reaches the script alone, and a process that adopts the
-/// orphans would have to outlive the program itself.) A wrapper that moves the engine out of the
-/// group (setsid, a container) takes it out of all this, too.
+/// kernel's own signal on a parent's death reaches the script alone.) A wrapper that moves the
+/// engine out of the group takes it out of all this.
 ///
-/// It reads nothing, shares no open file with the program, is not reached by a Ctrl-C in the
-/// program's terminal, is the first to go when memory runs out, and leaves no memory image behind
-/// when it crashes. What it writes is kept in memory for output().
+/// It shares no open file with the program, is not reached by a Ctrl-C in the program's terminal,
+/// is the first to go when memory runs out, and leaves no memory image when it crashes.
 ///
 /// One thread at a time. Nothing here waits, but for the moment that the destructor allows.
 class EngineProcess {

@@ -4,7 +4,6 @@
 #include "Platform/Concurrency/Task.h"
 #include "Platform/Desktop/PrivateFolder.h"
 #include "Platform/Http/HttpClient.h"
-#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
 #include "Platform/LanguageModel/LlamaServer/EngineProcess.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerCommand.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
@@ -15,6 +14,21 @@
 namespace platform {
 
 class HttpError;
+
+/// How long the engine may take. The first token of a long prompt on a slow machine takes minutes,
+/// as may the model's loading: what counts is whether the engine works.
+struct EngineLimits {
+    /// After this long without a request the engine gives its memory back; the next request makes
+    /// it load the model again.
+    std::chrono::seconds idleTime = std::chrono::minutes(5);
+    /// An engine that is waited for and does nothing for so long hangs.
+    std::chrono::milliseconds longestStandstill = std::chrono::minutes(2);
+    /// An engine that works and says nothing for so long works in vain.
+    std::chrono::milliseconds longestSilence = std::chrono::minutes(30);
+    /// How often a ready engine may refuse one request, and the pause before it is asked again.
+    int maximumRefusals = 50;
+    std::chrono::milliseconds refusalPause = std::chrono::milliseconds(100);
+};
 
 /// The engine of one run of the program: `llama-server` as a private child process behind a Unix
 /// socket, started when it is first needed and again when it has ended. One that hangs is ended.

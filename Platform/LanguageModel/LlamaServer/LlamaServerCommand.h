@@ -13,8 +13,8 @@ namespace platform {
 ///
 /// The program knows other options in other versions and ends at once, naming the first that it
 /// does not know. So the newest spelling is tried first, and what it refuses is replaced by an
-/// older one or, where the program does without, left out: a start with a program of today costs no
-/// question beforehand. One object serves a whole run and remembers what was refused.
+/// older one or, where the program does without, left out. One object serves a whole run and
+/// remembers what was refused.
 class LlamaServerCommand {
 public:
     /// @param contextSize the room for one conversation, in tokens.

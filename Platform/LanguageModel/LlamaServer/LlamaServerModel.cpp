@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 
-#include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerSession.h"
-#include "Platform/LanguageModel/MakeSystemLanguageModel.h"
+#include "Platform/LanguageModel/SystemLanguageModel.h"
 
 namespace platform {
 
@@ -24,8 +23,6 @@ LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths path
     : m_scope(network.scope())
     , m_paths(std::move(paths))
     , m_server(std::make_shared<LlamaServer>(network, m_paths, limits)) {}
-
-LlamaServerModel::~LlamaServerModel() = default;
 
 SystemLanguageModel::Availability LlamaServerModel::availability() const {
     return m_paths.availability();

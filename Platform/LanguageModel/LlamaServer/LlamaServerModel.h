@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Http/NetworkThread.h"
-#include "Platform/LanguageModel/LlamaServer/EngineLimits.h"
-#include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServer.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 
 namespace platform {
-
-class LlamaServer;
 
 /// The on-device model where the system has none of its own: a model file, run by llama-server.
 ///
@@ -19,7 +15,6 @@ public:
     /// The network thread outlives the calls made here, but not necessarily the object.
     LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
                      const EngineLimits& limits = {});
-    ~LlamaServerModel() override;
 
     Availability availability() const override;
     std::shared_ptr<LanguageModelSession> makeSession(const QString& instructions) override;

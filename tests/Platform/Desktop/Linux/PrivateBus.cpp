@@ -7,22 +7,14 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QString daemonProgram() {
-    return QStandardPaths::findExecutable(u"dbus-daemon"_s);
-}
-
-} // namespace
-
 bool PrivateBus::isPossible() {
-    return !daemonProgram().isEmpty();
+    return !QStandardPaths::findExecutable(u"dbus-daemon"_s).isEmpty();
 }
 
 PrivateBus::PrivateBus() {
-    m_daemon.start(daemonProgram(), {u"--config-file=" SCRIPTS_FOLDER "/session-bus.conf"_s,
-                                     u"--address=unix:dir="_s + m_folder.path(), u"--nofork"_s,
-                                     u"--print-address"_s});
+    m_daemon.start(u"dbus-daemon"_s, {u"--config-file=" SCRIPTS_FOLDER "/session-bus.conf"_s,
+                                      u"--address=unix:dir="_s + m_folder.path(), u"--nofork"_s,
+                                      u"--print-address"_s});
     m_address = QString::fromUtf8(tests::lineOf(m_daemon));
 }
 

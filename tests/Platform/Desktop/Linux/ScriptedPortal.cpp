@@ -16,23 +16,16 @@ const auto interface = u"org.freedesktop.portal.Settings"_s;
 
 } // namespace
 
-static QDBusArgument& operator<<(QDBusArgument& argument, const PortalColor& color) {
-    argument.beginStructure();
-    argument << color.red << color.green << color.blue;
-    argument.endStructure();
-    return argument;
-}
-
-static const QDBusArgument& operator>>(const QDBusArgument& argument, PortalColor& color) {
-    argument.beginStructure();
-    argument >> color.red >> color.green >> color.blue;
-    argument.endStructure();
-    return argument;
+QVariant portalColor(double red, double green, double blue) {
+    QDBusArgument color;
+    color.beginStructure();
+    color << red << green << blue;
+    color.endStructure();
+    return QVariant::fromValue(color);
 }
 
 ScriptedPortal::ScriptedPortal(QDBusConnection bus)
     : m_bus(std::move(bus)) {
-    qDBusRegisterMetaType<PortalColor>();
     qDBusRegisterMetaType<PortalSettings>();
     m_bus.registerVirtualObject(path, this);
 }
@@ -49,10 +42,10 @@ void ScriptedPortal::disappear() {
     m_bus.unregisterService(service);
 }
 
-void ScriptedPortal::changeValue(const QString& group, const QString& key, const QVariant& value) {
-    setValue(group, key, value);
+void ScriptedPortal::changeValue(const PortalKey& key, const QVariant& value) {
+    setValue(key, value);
     auto signal = QDBusMessage::createSignal(path, interface, u"SettingChanged"_s);
-    signal << group << key << QVariant::fromValue(QDBusVariant(value));
+    signal << key.first << key.second << QVariant::fromValue(QDBusVariant(value));
     m_bus.send(signal);
 }
 

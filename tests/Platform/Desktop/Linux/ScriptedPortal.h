@@ -8,13 +8,10 @@
 #include <QVariant>
 
 /// A colour as the portal sends it.
-struct PortalColor {
-    double red = 0;
-    double green = 0;
-    double blue = 0;
-};
-Q_DECLARE_METATYPE(PortalColor)
+QVariant portalColor(double red, double green, double blue);
 
+/// The group of a setting, and its name there.
+using PortalKey = std::pair<QString, QString>;
 using PortalSettings = QMap<QString, QVariantMap>;
 Q_DECLARE_METATYPE(PortalSettings)
 
@@ -29,11 +26,11 @@ public:
     /// Gives the name up.
     void disappear();
 
-    void setValue(const QString& group, const QString& key, const QVariant& value) {
-        m_settings[group].insert(key, value);
+    void setValue(const PortalKey& key, const QVariant& value) {
+        m_settings[key.first].insert(key.second, value);
     }
     /// Sets a value and tells everybody.
-    void changeValue(const QString& group, const QString& key, const QVariant& value);
+    void changeValue(const PortalKey& key, const QVariant& value);
 
     void setAnswers(bool answers) { m_answers = answers; }
     /// Answers with this in place of the settings.

@@ -19,10 +19,12 @@ namespace {
 const auto appearance = u"org.freedesktop.appearance"_s;
 const auto gnome = u"org.gnome.desktop.interface"_s;
 const auto plasma = u"org.kde.kdeglobals.KDE"_s;
-
-QVariant color(double red, double green, double blue) {
-    return QVariant::fromValue(PortalColor{red, green, blue});
-}
+const PortalKey scheme{appearance, u"color-scheme"_s};
+const PortalKey accent{appearance, u"accent-color"_s};
+const PortalKey contrast{appearance, u"contrast"_s};
+const PortalKey motion{appearance, u"reduced-motion"_s};
+const PortalKey animations{gnome, u"enable-animations"_s};
+const PortalKey duration{plasma, u"AnimationDurationFactor"_s};
 
 } // namespace
 
@@ -30,13 +32,12 @@ Q_DECLARE_METATYPE(DesktopAppearance)
 
 /// The columns of a table of settings, and what adds a row to it.
 static auto settingColumns() {
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<QString>("key");
+    QTest::addColumn<PortalKey>("key");
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<DesktopAppearance>("expected");
-    return [](const char* name, const QString& group, const char* key, const QVariant& value,
-              const DesktopAppearance& expected) {
-        QTest::newRow(name) << group << QString::fromLatin1(key) << value << expected;
+    return [](const char* name, const PortalKey& key, const QVariant& value,
+              const DesktopAppearance& expected = {}) {
+        QTest::newRow(name) << key << value << expected;
     };
 }
 
@@ -75,46 +76,38 @@ private Q_SLOTS:
         const auto row = settingColumns();
         const double nan = std::numeric_limits<double>::quiet_NaN();
         const double endless = std::numeric_limits<double>::infinity();
-        row("no preference", appearance, "color-scheme", 0U, {});
-        row("dark", appearance, "color-scheme", 1U, {.isDark = true});
-        row("light", appearance, "color-scheme", 2U, {.isDark = false});
-        row("a scheme of the future", appearance, "color-scheme", 7U, {});
-        row("a scheme as text", appearance, "color-scheme", u"1"_s, {});
-        row("a dark theme elsewhere", gnome, "color-scheme", u"prefer-dark"_s, {});
-        row("dark, wrapped twice", appearance, "color-scheme",
-            QVariant::fromValue(QDBusVariant(1U)), {.isDark = true});
-        row("accent", appearance, "accent-color", color(0.2, 0.4, 0.6),
-            {.accent = QColor(51, 102, 153)});
-        row("black accent", appearance, "accent-color", color(0, 0, 0),
-            {.accent = QColor(0, 0, 0)});
-        row("white accent", appearance, "accent-color", color(1, 1, 1),
-            {.accent = QColor(Qt::white)});
-        row("unset accent", appearance, "accent-color", color(-1, -1, -1), {});
-        row("accent out of range", appearance, "accent-color", color(0.5, 1.01, 0.5), {});
-        row("accent that is no number", appearance, "accent-color", color(nan, 0.5, 0.5), {});
-        row("endless accent", appearance, "accent-color", color(0.5, 0.5, endless), {});
-        row("accent as text", appearance, "accent-color", u"blue"_s, {});
-        row("normal contrast", appearance, "contrast", 0U, {.increasesContrast = false});
-        row("more contrast", appearance, "contrast", 1U, {.increasesContrast = true});
-        row("motion", appearance, "reduced-motion", 0U, {.reducesMotion = false});
-        row("reduced motion", appearance, "reduced-motion", 1U, {.reducesMotion = true});
-        row("animations", gnome, "enable-animations", true, {.reducesMotion = false});
-        row("no animations", gnome, "enable-animations", false, {.reducesMotion = true});
-        row("animations as a number", gnome, "enable-animations", 0U, {});
-        row("slow animations", plasma, "AnimationDurationFactor", u"2.5"_s,
-            {.reducesMotion = false});
-        row("instant animations", plasma, "AnimationDurationFactor", u"0"_s,
-            {.reducesMotion = true});
-        row("instant animations, a number", plasma, "AnimationDurationFactor", 0.0,
-            {.reducesMotion = true});
-        row("nonsense animations", plasma, "AnimationDurationFactor", u"fast"_s, {});
+        row("no preference", scheme, 0U);
+        row("dark", scheme, 1U, {.isDark = true});
+        row("light", scheme, 2U, {.isDark = false});
+        row("a scheme of the future", scheme, 7U);
+        row("a scheme as text", scheme, u"1"_s);
+        row("a dark theme elsewhere", PortalKey{gnome, u"color-scheme"_s}, u"prefer-dark"_s);
+        row("dark, wrapped twice", scheme, QVariant::fromValue(QDBusVariant(1U)), {.isDark = true});
+        row("accent", accent, portalColor(0.2, 0.4, 0.6), {.accent = QColor(51, 102, 153)});
+        row("black accent", accent, portalColor(0, 0, 0), {.accent = QColor(0, 0, 0)});
+        row("white accent", accent, portalColor(1, 1, 1), {.accent = QColor(Qt::white)});
+        row("unset accent", accent, portalColor(-1, -1, -1));
+        row("accent out of range", accent, portalColor(0.5, 1.01, 0.5));
+        row("accent that is no number", accent, portalColor(nan, 0.5, 0.5));
+        row("endless accent", accent, portalColor(0.5, 0.5, endless));
+        row("accent as text", accent, u"blue"_s);
+        row("normal contrast", contrast, 0U, {.increasesContrast = false});
+        row("more contrast", contrast, 1U, {.increasesContrast = true});
+        row("motion", motion, 0U, {.reducesMotion = false});
+        row("reduced motion", motion, 1U, {.reducesMotion = true});
+        row("animations", animations, true, {.reducesMotion = false});
+        row("no animations", animations, false, {.reducesMotion = true});
+        row("animations as a number", animations, 0U);
+        row("slow animations", duration, u"2.5"_s, {.reducesMotion = false});
+        row("instant animations", duration, u"0"_s, {.reducesMotion = true});
+        row("instant animations, a number", duration, 0.0, {.reducesMotion = true});
+        row("nonsense animations", duration, u"fast"_s);
     }
     void whatThePortalSaysIsTold() {
-        QFETCH(QString, group);
-        QFETCH(QString, key);
+        QFETCH(PortalKey, key);
         QFETCH(QVariant, value);
         QFETCH(DesktopAppearance, expected);
-        m_portal->setValue(group, key, value);
+        m_portal->setValue(key, value);
         startSource();
         EXPECT_TOLD(1, expected);
     }
@@ -128,42 +121,38 @@ private Q_SLOTS:
     void aLiveChangeIsTold_data() {
         const auto row = settingColumns();
         const QColor blue(0, 0, 255);
-        row("to light", appearance, "color-scheme", 2U, {.isDark = false, .accent = blue});
-        row("to no preference", appearance, "color-scheme", 0U, {.accent = blue});
-        row("accent", appearance, "accent-color", color(1, 0, 0),
-            {.isDark = true, .accent = QColor(255, 0, 0)});
-        row("accent taken back", appearance, "accent-color", color(-1, 0, 0), {.isDark = true});
-        row("contrast", appearance, "contrast", 1U,
-            {.isDark = true, .accent = blue, .increasesContrast = true});
-        row("motion", appearance, "reduced-motion", 1U,
-            {.isDark = true, .accent = blue, .reducesMotion = true});
-        row("animations", gnome, "enable-animations", false,
+        row("to light", scheme, 2U, {.isDark = false, .accent = blue});
+        row("to no preference", scheme, 0U, {.accent = blue});
+        row("accent", accent, portalColor(1, 0, 0), {.isDark = true, .accent = QColor(255, 0, 0)});
+        row("accent taken back", accent, portalColor(-1, 0, 0), {.isDark = true});
+        row("contrast", contrast, 1U, {.isDark = true, .accent = blue, .increasesContrast = true});
+        row("motion", motion, 1U, {.isDark = true, .accent = blue, .reducesMotion = true});
+        row("animations", animations, false,
             {.isDark = true, .accent = blue, .reducesMotion = true});
     }
     void aLiveChangeIsTold() {
-        QFETCH(QString, group);
-        QFETCH(QString, key);
+        QFETCH(PortalKey, key);
         QFETCH(QVariant, value);
         QFETCH(DesktopAppearance, expected);
-        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
-        m_portal->setValue(appearance, u"accent-color"_s, color(0, 0, 1));
+        m_portal->setValue(scheme, 1U);
+        m_portal->setValue(accent, portalColor(0, 0, 1));
         startSource();
         QTRY_COMPARE(m_told.size(), 1);
-        m_portal->changeValue(group, key, value);
+        m_portal->changeValue(key, value);
         EXPECT_TOLD(2, expected);
     }
 
     void aChangeOfSomethingElseIsNotTold() {
         startSource();
         QTRY_COMPARE(m_told.size(), 1);
-        m_portal->changeValue(gnome, u"font-name"_s, u"Sans 12"_s);
-        m_portal->changeValue(u"org.example"_s, u"color-scheme"_s, 1U);
-        m_portal->changeValue(appearance, u"color-scheme"_s, 1U); // messages keep their order
+        m_portal->changeValue({gnome, u"font-name"_s}, u"Sans 12"_s);
+        m_portal->changeValue({u"org.example"_s, u"color-scheme"_s}, 1U);
+        m_portal->changeValue(scheme, 1U); // messages keep their order
         EXPECT_TOLD(2, (DesktopAppearance{.isDark = true}));
     }
 
     void anAnswerThatHasComeCanBeTakenAtOnce() {
-        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->setValue(scheme, 1U);
         startSource();
         while (m_portal->questions().isEmpty())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -174,7 +163,7 @@ private Q_SLOTS:
             std::this_thread::yield();
         }
         EXPECT_TOLD(1, (DesktopAppearance{.isDark = true}));
-        m_portal->changeValue(appearance, u"color-scheme"_s, 2U);
+        m_portal->changeValue(scheme, 2U);
         EXPECT_TOLD(2, (DesktopAppearance{.isDark = false})); // and it is told once only
     }
 
@@ -192,7 +181,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_portal->questions().size(), 1);
         QVERIFY(m_told.isEmpty());
         // What it does say later counts all the same.
-        m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->changeValue(scheme, 1U);
         EXPECT_TOLD(1, (DesktopAppearance{.isDark = true}));
     }
 
@@ -207,13 +196,13 @@ private Q_SLOTS:
         m_portal->setAnswer(answer);
         startSource();
         QTRY_COMPARE(m_portal->questions().size(), 1);
-        m_portal->changeValue(appearance, u"contrast"_s, 1U); // comes after the answer
+        m_portal->changeValue(contrast, 1U); // comes after the answer
         EXPECT_TOLD(1, (DesktopAppearance{.increasesContrast = true}));
     }
 
     void withoutAPortalNothingIsTold() {
         m_portal->disappear();
-        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->setValue(scheme, 1U);
         startSource();
         QDBusConnection bus = m_bus->connect();
         const auto question = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/"_s,
@@ -225,18 +214,18 @@ private Q_SLOTS:
 
     void aPortalThatStartsLaterIsAsked() {
         m_portal->disappear();
-        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->setValue(scheme, 1U);
         startSource();
         QVERIFY(m_portal->appear());
         EXPECT_TOLD(1, (DesktopAppearance{.isDark = true}));
     }
 
     void aPortalThatStartsAnewIsAskedAgain() {
-        m_portal->setValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->setValue(scheme, 1U);
         startSource();
         QTRY_COMPARE(m_told.size(), 1);
         m_portal->disappear();
-        m_portal->setValue(appearance, u"color-scheme"_s, 2U);
+        m_portal->setValue(scheme, 2U);
         QVERIFY(m_portal->appear());
         EXPECT_TOLD(2, (DesktopAppearance{.isDark = false}));
     }
@@ -272,7 +261,7 @@ private Q_SLOTS:
         startSource();
         QTRY_COMPARE(m_portal->questions().size(), 1);
         m_source.reset();
-        m_portal->changeValue(appearance, u"color-scheme"_s, 1U);
+        m_portal->changeValue(scheme, 1U);
         // Another source hears that change: so the first one would have heard it, too.
         m_portal->setAnswers(true);
         SettingsPortal another;

@@ -20,8 +20,8 @@ int main(int argc, char** argv) {
     }
     const auto appearance = u"org.freedesktop.appearance"_s;
     ScriptedPortal portal(QDBusConnection::sessionBus());
-    portal.setValue(appearance, u"color-scheme"_s, scheme == u"dark" ? 1U : 2U);
-    portal.setValue(appearance, u"reduced-motion"_s, 1U);
+    portal.setValue({appearance, u"color-scheme"_s}, scheme == u"dark" ? 1U : 2U);
+    portal.setValue({appearance, u"reduced-motion"_s}, 1U);
     if (!portal.appear()) {
         std::fputs("There is no session bus, or another portal on it.\n", stderr);
         return 1;
