@@ -38,13 +38,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("hasEngine");
         QTest::addColumn<QString>("reason");
         QTest::newRow("model and engine") << 1 << true << QString();
-        QTest::newRow("no model") << 0 << true << toText(Reason::modelNotReady);
-        QTest::newRow("no engine") << 1 << false << toText(Reason::appleIntelligenceNotEnabled);
-        QTest::newRow("neither") << 0 << false << toText(Reason::appleIntelligenceNotEnabled);
+        QTest::newRow("no model") << 0 << true << u"modelNotReady"_s;
+        QTest::newRow("no engine") << 1 << false << u"appleIntelligenceNotEnabled"_s;
+        QTest::newRow("neither") << 0 << false << u"appleIntelligenceNotEnabled"_s;
         QTest::newRow("a model as large as the memory") << 1'000 << true << QString();
-        QTest::newRow("a larger model") << 1'001 << true << toText(Reason::deviceNotEligible);
-        QTest::newRow("a larger model, no engine")
-            << 1'001 << false << toText(Reason::deviceNotEligible);
+        QTest::newRow("a larger model") << 1'001 << true << u"deviceNotEligible"_s;
+        QTest::newRow("a larger model, no engine") << 1'001 << false << u"deviceNotEligible"_s;
     }
     void itIsAvailableAsFarAsAllIsThere() {
         QFETCH(int, modelSize);
