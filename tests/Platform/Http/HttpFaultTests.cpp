@@ -228,7 +228,7 @@ private Q_SLOTS:
     void aServerThatReadsNothingTimesOut() {
         // A listening socket whose connections nobody accepts: the kernel takes what its buffers
         // hold.
-        m->server->hang();
+        m->server.hang();
         HttpRequest request = impatient(200ms);
         request.method = "POST";
         request.body = QByteArray(50'000'000, 'x');
