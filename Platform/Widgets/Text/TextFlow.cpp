@@ -21,8 +21,6 @@ TextFlow::TextFlow(qsizetype chunkSize)
     layOutFrom(0);
 }
 
-// Layout
-
 void TextFlow::setFormat(const TextFormat& format) {
     const bool sameFonts = format.font == m_format.font && format.codeFont == m_format.codeFont;
     m_format = format;
