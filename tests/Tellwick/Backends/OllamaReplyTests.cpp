@@ -186,7 +186,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m->server.gatesReached() == 2 || m->server.isFinished(), 30'000);
         QVERIFY2(!m->server.isFinished(), "the reply was given up");
         m->server.release();
-        QTRY_VERIFY(m->server.clientClosed());
+        QTRY_VERIFY_WITH_TIMEOUT(m->server.clientClosed(), 30'000);
         if (reply)
             QCOMPARE(reply->texts(), QStringList{u"a"_s});
     }
