@@ -64,7 +64,7 @@ public:
     virtual std::shared_ptr<LanguageModelSession> makeSession(const QString& instructions) = 0;
 };
 
-/// The reason's name as text, the same as in the code: "modelNotReady".
+/// The reason and what to do about it, as the end of a sentence: "the model's file is not …".
 QString toText(SystemLanguageModel::Availability::UnavailableReason reason);
 
 /// The model of the system that the program was built for; the one function that the folder of each

@@ -119,13 +119,13 @@ private Q_SLOTS:
     void anUnavailableModelIsReportedAndTheDraftStays_data() {
         QTest::addColumn<int>("reason");
         QTest::addColumn<QString>("text");
-        const auto row = [](Reason reason, const QString& name) {
-            QTest::newRow(qPrintable(name))
-                << int(reason) << u"Apple Intelligence unavailable: "_s + name;
+        const auto row = [](const char* name, Reason reason) {
+            QTest::newRow(name) << int(reason)
+                                << u"Apple Intelligence unavailable: "_s + platform::toText(reason);
         };
-        row(Reason::deviceNotEligible, u"deviceNotEligible"_s);
-        row(Reason::appleIntelligenceNotEnabled, u"appleIntelligenceNotEnabled"_s);
-        row(Reason::modelNotReady, u"modelNotReady"_s);
+        row("too little memory", Reason::deviceNotEligible);
+        row("no engine", Reason::appleIntelligenceNotEnabled);
+        row("no model", Reason::modelNotReady);
     }
 
     void anUnavailableModelIsReportedAndTheDraftStays() {

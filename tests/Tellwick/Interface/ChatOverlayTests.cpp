@@ -110,7 +110,9 @@ private Q_SLOTS:
         screen().type("Hello");
         screen().key(Qt::Key_Return);
         QVERIFY(shown(Panel::Kind::Alert));
-        QCOMPARE(top().texts().value(1), u"Apple Intelligence unavailable: modelNotReady"_s);
+        QCOMPARE(top().texts().value(1),
+                 u"Apple Intelligence unavailable: "_s +
+                     platform::toText(Availability::UnavailableReason::modelNotReady));
         screen().key(Qt::Key_Return);
         QVERIFY(isClosed());
         QCOMPARE(m->field()->text(), u"Hello"_s);

@@ -15,6 +15,8 @@ using namespace tests;
 using namespace Qt::StringLiterals;
 using Reason = SystemLanguageModel::Availability::UnavailableReason;
 
+using enum SystemLanguageModel::Availability::UnavailableReason;
+
 namespace {
 
 const auto ownModel = u"home/chat/models/on-device.gguf"_s;
@@ -38,12 +40,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("hasEngine");
         QTest::addColumn<QString>("reason");
         QTest::newRow("model and engine") << 1 << true << QString();
-        QTest::newRow("no model") << 0 << true << u"modelNotReady"_s;
-        QTest::newRow("no engine") << 1 << false << u"appleIntelligenceNotEnabled"_s;
-        QTest::newRow("neither") << 0 << false << u"appleIntelligenceNotEnabled"_s;
+        QTest::newRow("no model") << 0 << true << toText(modelNotReady);
+        QTest::newRow("no engine") << 1 << false << toText(appleIntelligenceNotEnabled);
+        QTest::newRow("neither") << 0 << false << toText(appleIntelligenceNotEnabled);
         QTest::newRow("a model as large as the memory") << 1'000 << true << QString();
-        QTest::newRow("a larger model") << 1'001 << true << u"deviceNotEligible"_s;
-        QTest::newRow("a larger model, no engine") << 1'001 << false << u"deviceNotEligible"_s;
+        QTest::newRow("a larger model") << 1'001 << true << toText(deviceNotEligible);
+        QTest::newRow("a larger model, no engine") << 1'001 << false << toText(deviceNotEligible);
     }
     void itIsAvailableAsFarAsAllIsThere() {
         QFETCH(int, modelSize);
