@@ -19,7 +19,8 @@ struct AttributedString {
         Emphasis = 2,
         Code = 4,
         Strikethrough = 8,
-        Link = 16, ///< the range's `target` says where it leads
+        Link = 16,   ///< the range's `target` says where it leads
+        Fenced = 32, ///< together with Code: whole lines of it
     };
     Q_DECLARE_FLAGS(Styles, Style)
 

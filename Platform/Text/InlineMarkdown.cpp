@@ -14,8 +14,15 @@ bool isBlank(QChar character) {
 
 /// One line of a text: its break (LF, CR or CR LF) belongs to it.
 struct Line {
+    qsizetype breakAt = 0;
     qsizetype end = 0; ///< behind the break
     bool blank = true;
+
+    /// Whether it stays as it is when more text follows: a CR at the end may become a CR LF.
+    bool isWhole(QStringView source) const {
+        return breakAt < end &&
+               (end < source.size() || source[breakAt] == u'\n' || end - breakAt == 2);
+    }
 };
 
 Line lineAt(QStringView source, qsizetype start) {
@@ -25,6 +32,7 @@ Line lineAt(QStringView source, qsizetype start) {
         line.blank = line.blank && isBlank(source[at]);
         ++at;
     }
+    line.breakAt = at;
     const QStringView behind = source.mid(at);
     line.end = at + (behind.isEmpty() ? 0 : behind.startsWith(u"\r\n") ? 2 : 1);
     return line;
@@ -55,6 +63,8 @@ qsizetype blockEnd(QStringView source, qsizetype start) {
         const Line line = lineAt(window, end);
         if (line.blank && (line.end <= limit || line.end == source.size()))
             break;
+        if (end > start && CodeFence::openedBy(window.sliced(end, line.breakAt - end)))
+            break;
         end = line.end;
     }
     return end > limit ? cut(source, start) : end;
@@ -71,17 +81,33 @@ AttributedString InlineMarkdown::parseOn(QStringView source, Position& position)
     AttributedString result;
     const qsizetype base = position.result;
     qsizetype at = position.source;
+    std::optional<CodeFence> fence = position.fence;
     while (at < source.size()) {
         const Line line = lineAt(source.left(std::min(source.size(), at + maximumBlockLength)), at);
-        if (line.blank) {
-            result.append(source.mid(at, line.end - at));
+        const QStringView content = source.sliced(at, line.breakAt - at);
+        const bool wasOpen = fence.has_value();
+        if (!wasOpen)
+            fence = CodeFence::openedBy(content);
+        if (fence) {
+            if (wasOpen && fence->isClosedBy(content))
+                fence.reset();
+            // The last line's break is no code.
+            result.append(source.sliced(at, (fence ? line.end : line.breakAt) - at),
+                          AttributedString::Code | AttributedString::Fenced);
+            if (!fence)
+                result.append(source.sliced(line.breakAt, line.end - line.breakAt));
+            if (line.isWhole(source) || line.end < source.size())
+                position = {line.end, base + result.text.size(), fence};
             at = line.end;
-            continue;
+        } else if (line.blank) {
+            result.append(source.sliced(at, line.end - at));
+            at = line.end;
+        } else {
+            position = {at, base + result.text.size(), {}};
+            const qsizetype end = blockEnd(source, at);
+            appendInlineMarkdownBlock(source.sliced(at, end - at), result);
+            at = end;
         }
-        position = {at, base + result.text.size()};
-        const qsizetype end = blockEnd(source, at);
-        appendInlineMarkdownBlock(source.mid(at, end - at), result);
-        at = end;
     }
     return result;
 }

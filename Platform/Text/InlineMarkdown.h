@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Text/AttributedString.h"
+#include "Platform/Text/CodeFence.h"
 
 #include <QStringView>
 
@@ -11,7 +12,9 @@ namespace platform {
 ///
 /// Interpreted are strong, emphasis, code spans, links, autolinks in angle brackets, strikethrough
 /// (two tildes), backslash escapes and character references, as CommonMark tells them. Headings,
-/// lists, quotes, fences, rules, tables and raw HTML stay as they were typed.
+/// lists, quotes, rules, tables and raw HTML stay as they were typed. So does a fenced block of
+/// code, fences included: all of it is code, from the line that opens it to the one that closes it
+/// or, as long as there is none, to the end.
 ///
 /// Every blank and every line break of the source comes out again, also those that CommonMark
 /// drops; only what belongs to the markup itself goes, the blanks between a link's target and its
@@ -32,8 +35,9 @@ public:
     /// Where in a text the parser stands: before it, nothing changes any more when text is
     /// appended.
     struct Position {
-        qsizetype source = 0; ///< start of the last block in the source
-        qsizetype result = 0; ///< start of the same block in the parsed text
+        qsizetype source = 0;                ///< start of the last block in the source
+        qsizetype result = 0;                ///< start of the same block in the parsed text
+        std::optional<CodeFence> fence = {}; ///< of the block of code that is open there
     };
 
     /// Parses `source` from `position` (its beginning, or a position that an earlier call with a
