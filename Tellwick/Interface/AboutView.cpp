@@ -78,7 +78,7 @@ QLayout* limitations(const Theme& theme) {
            u"Content guardrails — some topics may be declined or answered cautiously"_s},
           {u"exclamationmark.triangle"_s,
            u"Not a substitute for medical, legal, or financial advice"_s}})
-        rows->addWidget(new AboutRow(theme, icon, text, ColorRole::Orange));
+        rows->addWidget(new AboutRow(theme, icon, text, ColorRole::OrangeSymbol));
     auto* layout = column(12, {24, 24, 24, 24});
     layout->addWidget(heading);
     layout->addLayout(rows);

@@ -4,7 +4,6 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Divider.h"
-#include "Platform/Widgets/Controls/GrowingTextField.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Controls/Surface.h"
@@ -14,10 +13,14 @@
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
+#include "Tellwick/Interface/FindBar.h"
+#include "Tellwick/Interface/MessageField.h"
 #include "Tellwick/Interface/MessageList.h"
 #include "Tellwick/Interface/ModelsView.h"
 
+#include <QApplication>
 #include <QBoxLayout>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QShortcut>
@@ -39,19 +42,17 @@ using platform::Theme;
 namespace {
 
 constexpr qreal toolbarIconSize = 17;
-constexpr qreal sendIconSize = 30;
+constexpr int inputPadding = 12;
 
 } // namespace
 
 ChatView::ChatView(const Environment& environment, ChatViewModel& vm, QWidget* parent)
     : QWidget(parent)
     , m_environment(environment)
-    , m_vm(vm) {
+    , m_vm(vm)
+    , m_find(vm) {
     body();
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* send = new QShortcut(QKeySequence(Qt::CTRL | key), this);
-        connect(send, &QShortcut::activated, this, [this] { m_vm.send(); });
-    }
+    shortcuts();
     showWhile(
         m_showingAbout,
         [this] {
@@ -81,10 +82,38 @@ void ChatView::body() {
     stack->setSpacing(0);
     stack->setContentsMargins({});
     stack->addWidget(header);
+    stack->addWidget(findBar());
     stack->addWidget(messageList(), 1);
     stack->addWidget(new platform::Divider(m_environment.theme));
+    auto* input = inputBar();
     stack->addWidget(modeBar());
-    stack->addWidget(inputBar());
+    stack->addWidget(input);
+    QWidget* last = nullptr; // Tab goes in reading order
+    for (QWidget* inside : findChildren<QWidget*>())
+        if (inside->focusPolicy() != Qt::NoFocus)
+            setTabOrder(std::exchange(last, inside), inside);
+}
+
+void ChatView::shortcuts() {
+    const auto on = [this](QKeyCombination keys, auto action) {
+        auto* shortcut = new QShortcut(QKeySequence(keys), this);
+        connect(shortcut, &QShortcut::activated, this, action);
+    };
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
+        on(
+            Qt::CTRL | key, [this] { m_vm.send(); });
+    on(Qt::CTRL | Qt::Key_F, [this] {
+        if (!m_environment.overlays.isPresenting())
+            m_findBar->begin();
+    });
+}
+
+QWidget* ChatView::findBar() {
+    m_findBar = new FindBar(m_environment.theme, m_find);
+    m_findBar->onAskedForPlace([this] { return m_list->firstVisible(); });
+    m_findBar->onClosed([this] { focusField(); });
+    m_findBar->hide();
+    return m_findBar;
 }
 
 void ChatView::newChatButton(platform::HeaderBar& placement) {
@@ -120,8 +149,8 @@ void ChatView::menuButton(platform::HeaderBar& placement) {
 }
 
 QWidget* ChatView::messageList() {
-    return new MessageList(
-        m_environment, m_vm, [this] { return emptyState(); });
+    m_list = new MessageList(m_environment, m_vm, m_find, [this] { return emptyState(); });
+    return m_list;
 }
 
 QWidget* ChatView::emptyState() {
@@ -209,66 +238,71 @@ QWidget* ChatView::modeBar() {
     row->addWidget(label);
     row->addStretch(1);
     row->addWidget(clear);
-    observe(bar, [this, bar, label] {
+    auto* bordered = new QWidget;
+    auto* column = new QVBoxLayout(bordered);
+    column->setSpacing(0);
+    column->setContentsMargins({});
+    column->addWidget(bar);
+    column->addWidget(new platform::Divider(theme));
+    // The disc stands over the middle of Send.
+    observe(clear, [this, clear] {
+        static_cast<void>(m_environment.theme.bodySize());
+        const int middle = inputPadding + m_field->lineHeight() / 2;
+        clear->setFixedWidth(2 * (middle - 16) + 1);
+    });
+    observe(bordered, [this, bordered, label] {
         const auto& mode = m_vm.activeMode.value();
         const bool isShown = mode && m_vm.messages.value().isEmpty();
         if (isShown) {
             label->setText(mode->label);
             label->setIcon(mode->icon);
         }
-        bar->setVisible(isShown);
+        bordered->setVisible(isShown);
     });
-    return bar;
+    return bordered;
 }
 
 QWidget* ChatView::inputBar() {
     auto* bar = new QWidget;
-    auto* row = new QHBoxLayout(bar);
-    row->setSpacing(8);
-    row->setContentsMargins(12, 10, 12, 10);
+    auto* content = new QWidget;
+    content->setMaximumWidth(Theme::columnWidth);
+    auto* centring = new QHBoxLayout(bar);
+    centring->setContentsMargins({});
+    centring->addWidget(content);
+    // What can be pressed of the button is larger than its disc, which is as high as the field.
+    constexpr int ring = Theme::focusRingWidth;
+    auto* row = new QHBoxLayout(content);
+    row->setSpacing(8 - ring);
+    row->setContentsMargins(inputPadding, 10 - ring, inputPadding - ring, 10 - ring);
 
-    m_field = new platform::GrowingTextField(m_environment.theme);
-    m_field->setPlaceholderText(u"Message"_s);
-    m_field->setAccessibleName(u"Message"_s);
-    m_field->onTextEdited([this](const QString& text) { m_vm.draft = text; });
-    m_field->onSubmit([this] { m_vm.send(); });
-    m_field->onContextMenu([this](QPoint position) { openEditMenu(position); });
-    observe(m_field, [this] { m_field->setText(m_vm.draft.value()); });
-
+    m_field = new MessageField(m_environment, m_vm);
+    m_field->takeCompositionsFrom(*m_list);
     auto* button = new Button(m_environment.theme, Button::Look::Disc, {});
-    button->setSymbolPoints(sendIconSize);
     button->setAction([this] {
         if (m_vm.isGenerating.value())
             m_vm.stop();
         else
             m_vm.send();
     });
+    observe(
+        button,
+        [this, button] {
+            const bool isGenerating = m_vm.isGenerating.value();
+            button->setIcon(isGenerating ? u"stop.circle.fill"_s : u"arrow.up.circle.fill"_s);
+            button->setName(isGenerating ? u"Stop"_s : u"Send"_s);
+            button->setColorRole(sendButtonColor());
+            button->setSymbolOpacity(button->colorRole() == ColorRole::SecondaryLabel ? 0.5 : 1.0);
+        });
     observe(button, [this, button] {
-        const bool isGenerating = m_vm.isGenerating.value();
-        button->setIcon(isGenerating ? u"stop.circle.fill"_s : u"arrow.up.circle.fill"_s);
-        button->setName(isGenerating ? u"Stop"_s : u"Send"_s);
-        button->setColorRole(sendButtonColor());
-        button->setSymbolOpacity(button->colorRole() == ColorRole::SecondaryLabel ? 0.7 : 1.0);
+        button->setSymbolPoints(m_environment.theme.symbolPoints(m_field->lineHeight()));
     });
 
-    row->addWidget(m_field, 1, Qt::AlignBottom);
+    auto* field = new QVBoxLayout;
+    field->setContentsMargins(0, ring, 0, ring);
+    field->addWidget(m_field);
+    row->addLayout(field, 1);
     row->addWidget(button, 0, Qt::AlignBottom);
     return bar;
-}
-
-void ChatView::openEditMenu(QPoint globalPosition) {
-    std::vector<platform::MenuEntry> entries;
-    if (m_field->textCursor().hasSelection()) {
-        entries.push_back({u"Cut"_s, {}, [this] { m_field->cut(); }});
-        entries.push_back({u"Copy"_s, {}, [this] { m_field->copy(); }});
-    }
-    if (m_field->canPaste())
-        entries.push_back({u"Paste"_s, {}, [this] { m_field->paste(); }});
-    if (!m_vm.draft.value().isEmpty())
-        entries.push_back({u"Select All"_s, {}, [this] { m_field->selectAll(); }});
-    if (!entries.empty())
-        m_environment.overlays.present(std::make_unique<platform::Menu>(
-            m_environment.theme, u"Edit"_s, std::move(entries), globalPosition));
 }
 
 ColorRole ChatView::sendButtonColor() const {
@@ -278,7 +312,7 @@ ColorRole ChatView::sendButtonColor() const {
         return character == u'\t' || character.category() == QChar::Separator_Space;
     };
     const QString draft = m_vm.draft.value();
-    return std::ranges::all_of(draft, isBlank) ? ColorRole::SecondaryLabel : ColorRole::Accent;
+    return std::ranges::all_of(draft, isBlank) ? ColorRole::SecondaryLabel : ColorRole::AccentFill;
 }
 
 template <class State, class Make>
@@ -310,15 +344,23 @@ void ChatView::focusField() {
 }
 
 void ChatView::keyPressEvent(QKeyEvent* event) {
-    // What nothing else in the window has a use for is the beginning of a message.
-    const bool isTyped = !event->text().isEmpty() && event->text().front().isPrint() &&
-                         !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
-    if (!isTyped || m_environment.overlays.isPresenting()) {
+    if (m_environment.overlays.isPresenting()) {
         QWidget::keyPressEvent(event);
-        return;
+    } else if (event->key() == Qt::Key_Escape && m_findBar->isVisible()) {
+        m_findBar->end();
+    } else if (event->key() == Qt::Key_Escape) {
+        m_vm.stop();
+    } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        // The menu key comes as an event for the menu, this one does not.
+        if (QWidget* focused = QApplication::focusWidget()) {
+            const QPoint middle = focused->rect().center();
+            QContextMenuEvent menu(QContextMenuEvent::Keyboard, middle,
+                                   focused->mapToGlobal(middle));
+            QCoreApplication::sendEvent(focused, &menu);
+        }
+    } else if (!m_field->takeTyping(*event) && !m_list->scrollByKey(*event)) {
+        QWidget::keyPressEvent(event);
     }
-    focusField();
-    m_field->insertPlainText(event->text());
 }
 
 } // namespace tellwick

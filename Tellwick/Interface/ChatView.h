@@ -3,12 +3,12 @@
 
 #include "Platform/Observation/Observed.h"
 #include "Platform/Widgets/Look/Theme.h"
+#include "Tellwick/Interface/ConversationFind.h"
 #include "Tellwick/Interface/Environment.h"
 
 #include <QWidget>
 
 namespace platform {
-class GrowingTextField;
 class HeaderBar;
 class PullDownButton;
 } // namespace platform
@@ -16,6 +16,9 @@ class PullDownButton;
 namespace tellwick {
 
 class ChatViewModel;
+class FindBar;
+class MessageField;
+class MessageList;
 
 /// The main screen: the conversation, the field for the next message, the writing modes, and the
 /// way to the other screens.
@@ -45,10 +48,11 @@ private:
     QWidget* writingModeChips();
     QWidget* modeBar();
     QWidget* inputBar();
+    QWidget* findBar();
     void newChatButton(platform::HeaderBar& placement);
     void menuButton(platform::HeaderBar& placement);
 
-    void openEditMenu(QPoint globalPosition);
+    void shortcuts();
     /// Keeps a panel open while the state is set, and another one when it is set to something else;
     /// to close the panel clears it.
     template <class State, class Make>
@@ -58,7 +62,10 @@ private:
     ChatViewModel& m_vm;
     platform::Observed<bool> m_showingAbout{false};
     platform::Observed<bool> m_showingModels{false};
-    platform::GrowingTextField* m_field = nullptr;
+    ConversationFind m_find;
+    MessageList* m_list = nullptr;
+    FindBar* m_findBar = nullptr;
+    MessageField* m_field = nullptr;
     platform::PullDownButton* m_menuButton = nullptr;
 };
 

@@ -6,6 +6,8 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/ChatView.h"
 
+#include <QWheelEvent>
+
 namespace tellwick {
 
 using platform::ColorRole;
@@ -45,6 +47,18 @@ void ContentView::showEvent(QShowEvent* event) {
 void ContentView::resizeEvent(QResizeEvent*) {
     if (m_chat)
         m_chat->setGeometry(rect());
+}
+
+void ContentView::wheelEvent(QWheelEvent* event) {
+    if (!(event->modifiers() & Qt::ControlModifier) || !m_zoom) {
+        event->ignore();
+        return;
+    }
+    constexpr int notch = QWheelEvent::DefaultDeltasPerStep;
+    m_turned += event->angleDelta().y();
+    if (const int notches = m_turned / notch)
+        m_zoom(notches);
+    m_turned %= notch;
 }
 
 } // namespace tellwick

@@ -26,11 +26,15 @@ public:
     ContentView(const Services& services, MakeViewModel makeViewModel);
     ~ContentView() override;
 
+    /// Called when the wheel is turned with Ctrl held, with the notches: up makes text larger.
+    void onZoom(std::function<void(int)> zoom) { m_zoom = std::move(zoom); }
+
     QAccessible::Role accessibleRole() const override { return QAccessible::Window; }
 
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     MakeViewModel m_makeViewModel;
@@ -38,6 +42,8 @@ private:
     platform::OverlayHost* m_overlays;
     Environment m_environment;
     ChatView* m_chat = nullptr;
+    std::function<void(int)> m_zoom;
+    int m_turned = 0; // of a notch, in eighths of a degree
 };
 
 } // namespace tellwick

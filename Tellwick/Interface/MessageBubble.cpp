@@ -88,13 +88,35 @@ void MessageBubble::openContextMenu(QPoint globalPosition) {
         m_environment.theme, u"Message"_s, std::vector{copy}, globalPosition));
 }
 
+void MessageBubble::setCurrent(bool isCurrent) {
+    if (std::exchange(m_isCurrent, isCurrent) != isCurrent)
+        update();
+}
+
+void MessageBubble::addAccessibleState(QAccessible::State& state) const {
+    state.focusable = true;
+    state.selectable = true;
+    state.focused = m_isCurrent;
+    state.selected = m_isCurrent;
+}
+
+void MessageBubble::setFound(const QString& text, std::optional<qsizetype> current) {
+    m_text->setFound(text, current);
+}
+
+QRect MessageBubble::characterRect(qsizetype position) const {
+    return m_text->characterRect(position).translated(m_text->pos());
+}
+
+QString MessageBubble::shownText(const ChatMessage& message) {
+    return isMarkdown(message) ? platform::InlineMarkdown::parse(message.content.view()).text
+                               : message.content.toString();
+}
+
 QString MessageBubble::spokenText(const ChatMessage& message) {
     const bool isUser = message.role() == ChatMessage::Role::user;
     const QString speaker = isUser ? u"You"_s : AppConfig::appName();
-    const QString text = isMarkdown(message)
-                             ? platform::InlineMarkdown::parse(message.content.view()).text
-                             : message.content.toString();
-    return platform::speakable(speaker + ": "_L1 + text);
+    return platform::speakable(speaker + ": "_L1 + shownText(message));
 }
 
 QSize MessageBubble::textSize(int width) const {
@@ -138,6 +160,9 @@ void MessageBubble::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     platform::fillRounded(painter, m_bubble, Theme::bubbleRadius,
                           m_environment.theme.color(bubbleColor()));
+    if (m_isCurrent)
+        platform::paintFocusRing(painter, m_environment.theme, m_bubble, Theme::bubbleRadius,
+                                 isFromUser() ? ColorRole::OnAccent : ColorRole::FocusRing);
 }
 
 } // namespace tellwick

@@ -8,6 +8,8 @@
 
 #include <QWidget>
 
+#include <optional>
+
 namespace platform {
 class TextView;
 }
@@ -28,8 +30,19 @@ public:
     /// Shows the message as it is now. It is the same message, its content may have changed.
     void setMessage(const ChatMessage& message);
 
+    /// The text of a message as its bubble shows it: a reply's markup is read.
+    static QString shownText(const ChatMessage& message);
     /// What assistive technology reads out for a message: who speaks, and the text as shown.
     static QString spokenText(const ChatMessage& message);
+
+    /// Shows whether the keyboard is at this message.
+    void setCurrent(bool isCurrent);
+    /// Puts the text as the author wrote it on the clipboard.
+    void copyContent() const;
+    /// Lights the places where a text stands; see TextView::setFound().
+    void setFound(const QString& text, std::optional<qsizetype> current);
+    /// Where a character of what is shown stands within the row.
+    QRect characterRect(qsizetype position) const;
 
     /// The rectangle of the bubble within the row.
     const QRect& bubbleRect() const { return m_bubble; }
@@ -41,6 +54,7 @@ public:
 
     QAccessible::Role accessibleRole() const override { return QAccessible::ListItem; }
     QString accessibleText() const override { return spokenText(m_message); }
+    void addAccessibleState(QAccessible::State& state) const override;
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -50,7 +64,6 @@ protected:
 private:
     bool isFromUser() const { return m_message.role() == ChatMessage::Role::user; }
     void messageContent();
-    void copyContent() const;
     void openContextMenu(QPoint globalPosition);
     QSize textSize(int width) const;
     void layOut();
@@ -59,6 +72,7 @@ private:
     ChatMessage m_message;
     platform::TextView* m_text;
     QRect m_bubble;
+    bool m_isCurrent = false;
 };
 
 } // namespace tellwick

@@ -6,7 +6,9 @@
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
 
+#include <QApplication>
 #include <QBoxLayout>
+#include <QKeyEvent>
 #include <QShowEvent>
 
 namespace tellwick {
@@ -43,7 +45,7 @@ ModelsView::ModelsView(const Environment& environment, ModelManager& modelManage
     title->setHeading();
     auto* column = new QVBoxLayout(this);
     column->setSpacing(12);
-    column->setContentsMargins(Theme::defaultPadding, 14, Theme::defaultPadding,
+    column->setContentsMargins(Theme::defaultPadding, 16, Theme::defaultPadding,
                                Theme::defaultPadding);
     column->addWidget(title, 0, Qt::AlignHCenter);
 
@@ -54,13 +56,24 @@ ModelsView::ModelsView(const Environment& environment, ModelManager& modelManage
         if (current == count)
             return;
         count = current;
-        if (shown) {
-            column->removeWidget(shown);
-            shown->hide();
-            shown->deleteLater();
-        }
-        shown = list();
+        // But the keyboard stays where it was, or comes to the chosen model.
+        const auto* focused = qobject_cast<Button*>(QApplication::focusWidget());
+        const bool hadFocus = shown && focused && shown->isAncestorOf(focused);
+        const auto reason =
+            hadFocus && focused->showsFocus() ? Qt::TabFocusReason : Qt::OtherFocusReason;
+        const QString name = hadFocus ? focused->text() : QString();
+        auto* old = std::exchange(shown, list());
         column->addWidget(shown);
+        for (auto* button : shown->findChildren<Button*>())
+            if (hadFocus && button->text() == name)
+                button->setFocus(reason);
+        if (hadFocus && !shown->isAncestorOf(QApplication::focusWidget()))
+            focusProxy()->setFocus(reason);
+        if (old) {
+            column->removeWidget(old);
+            old->hide();
+            old->deleteLater();
+        }
     });
 }
 
@@ -68,6 +81,37 @@ void ModelsView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (!event->spontaneous())
         m_modelManager.startRefresh();
+}
+
+/// Up, Down, Home and End go through the models.
+void ModelsView::keyPressEvent(QKeyEvent* event) {
+    const auto rows = findChildren<ModelRow*>();
+    const auto shown = [&] { // a list that is about to go is hidden
+        QList<ModelRow*> visible;
+        std::ranges::copy_if(rows, std::back_inserter(visible), &QWidget::isVisible);
+        return visible;
+    }();
+    const auto at = std::ranges::find_if(shown, &QWidget::hasFocus) - shown.begin();
+    const qsizetype last = shown.size() - 1;
+    qsizetype next = -1;
+    switch (event->key()) {
+    case Qt::Key_Up:
+        next = std::max<qsizetype>(at - 1, 0);
+        break;
+    case Qt::Key_Down:
+        next = at > last ? 0 : std::min(at + 1, last);
+        break;
+    case Qt::Key_Home:
+        next = 0;
+        break;
+    case Qt::Key_End:
+        next = last;
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    shown[next]->setFocus(Qt::TabFocusReason);
 }
 
 QWidget* ModelsView::list() {
@@ -115,20 +159,23 @@ InsetSection* ModelsView::otherModelsSection() {
 }
 
 void ModelsView::showIn(ModelRow& row, const ModelManager::Backend& backend) {
-    row.show(
-        *backend, m_modelManager.selectedID.value() == backend->info().id(),
-        [this, backend] { m_modelManager.select(backend); });
+    const bool isSelected = m_modelManager.selectedID.value() == backend->info().id();
+    row.show(*backend, isSelected, [this, backend] { m_modelManager.select(backend); });
+    if (isSelected)
+        setFocusProxy(&row); // where the keyboard begins
 }
 
 QWidget* ModelsView::refreshButton() {
     auto* button = new Button(m_environment.theme, Button::Look::Icon, u"Refresh"_s);
-    button->setSymbolPoints(10);
+    button->setSymbolPoints(15);
+    button->setColorRole(ColorRole::Accent);
     button->setAction([this] { m_modelManager.startRefresh(); });
     observe(button, [this, button] {
         const bool isRefreshing = m_modelManager.isRefreshing.value();
         button->setIcon(isRefreshing ? u"arrow.clockwise.circle.fill"_s : u"arrow.clockwise"_s);
         button->setSymbolOpacity(isRefreshing ? 0.5 : 1.0);
-        button->setEnabled(!isRefreshing);
+        button->setBusy(isRefreshing);
+        button->setTurning(isRefreshing);
     });
     return button;
 }

@@ -37,6 +37,7 @@ public:
     ModelsView(const Environment& environment, ModelManager& modelManager);
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

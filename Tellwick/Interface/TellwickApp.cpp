@@ -14,6 +14,7 @@
 #include <QShortcut>
 #include <QWindow>
 
+#include <cmath>
 #include <cstdio>
 
 namespace tellwick {
@@ -37,13 +38,34 @@ TellwickApp::TellwickApp(QApplication& application)
         [this] {
             m_theme.setDark(m_appearance.isDark());
             m_theme.setAccent(m_appearance.accent());
+            m_theme.setIncreasedContrast(m_appearance.increasesContrast());
             m_theme.motion().setEnabled(!m_appearance.reducesMotion());
         });
     QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &m_observers,
                      [this, &application] { m_theme.setBodyFont(application.font()); });
-    auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &m_window);
-    QObject::connect(quit, &QShortcut::activated, &application, &QCoreApplication::quit);
+    makeShortcuts(application);
     m_window.resize(defaultWidth, defaultHeight);
+}
+
+void TellwickApp::makeShortcuts(QApplication& application) {
+    const auto on = [this](QKeyCombination keys, auto action) {
+        auto* shortcut = new QShortcut(QKeySequence(keys), &m_window);
+        QObject::connect(shortcut, &QShortcut::activated, &m_window, action);
+    };
+    on(
+        Qt::CTRL | Qt::Key_Q, [&application] { application.quit(); });
+    on(
+        Qt::CTRL | Qt::Key_W, [this] { m_window.close(); });
+    const auto zoomBy = [this](int steps) {
+        m_theme.setZoom(m_theme.zoom() * std::pow(1.1, steps));
+    };
+    m_window.onZoom(zoomBy);
+    for (const auto plus : {Qt::Key_Plus, Qt::Key_Equal})
+        on(
+            Qt::CTRL | plus, [zoomBy] { zoomBy(1); });
+    on(
+        Qt::CTRL | Qt::Key_Minus, [zoomBy] { zoomBy(-1); });
+    on(Qt::CTRL | Qt::Key_0, [this] { m_theme.setZoom(1); });
 }
 
 std::unique_ptr<ChatViewModel> TellwickApp::makeViewModel() {

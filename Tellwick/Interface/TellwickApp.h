@@ -36,6 +36,7 @@ public:
 
 private:
     std::unique_ptr<ChatViewModel> makeViewModel();
+    void makeShortcuts(QApplication& application);
 
     // Every object of the program, in the order of making; they end in the opposite order. The
     // window goes first, with the conversation and its tasks, then what those use.

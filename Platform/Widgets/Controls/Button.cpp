@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QVariantAnimation>
 
 #include <algorithm>
 #include <utility>
@@ -37,6 +38,8 @@ Style styleOf(Button::Look look) {
                 Theme::controlRadius};
     case Disc:
         return {ColorRole::SecondaryLabel, TextStyle::Body, QFont::Normal, ring, ring, capsule};
+    case Floating:
+        return {ColorRole::Label, TextStyle::Body, QFont::Normal, 9, 9, capsule};
     case Default:
         return {ColorRole::Label, TextStyle::Body, QFont::Medium, 20, 7, Theme::controlRadius + 1};
     case Link:
@@ -71,7 +74,8 @@ Button::Button(const Theme& theme, Look look, const QString& name, QString icon)
     connect(
         this, &QAbstractButton::clicked, this,
         [this] {
-            if (const auto action = m_action) // a copy: the action may replace or destroy us
+            const auto action = m_isBusy ? nullptr : m_action;
+            if (action) // a copy: the action may replace or destroy us
                 action();
         });
     observe(this, [this] { setFont(m_theme.font(styleOf(m_look).text, styleOf(m_look).weight)); });
@@ -104,6 +108,33 @@ void Button::setSymbolOpacity(qreal opacity) {
     update();
 }
 
+void Button::setBusy(bool isBusy) {
+    if (std::exchange(m_isBusy, isBusy) == isBusy)
+        return;
+    QAccessible::State changed;
+    changed.disabled = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+    update();
+}
+
+void Button::setTurning(bool isTurning) {
+    if (isTurning == (m_turn != nullptr) || (isTurning && !m_theme.motion().isEnabled()))
+        return;
+    if (!isTurning) {
+        delete std::exchange(m_turn, nullptr);
+    } else {
+        m_turn = new QVariantAnimation(this);
+        m_turn->setStartValue(0.0);
+        m_turn->setEndValue(360.0);
+        m_turn->setDuration(1000);
+        m_turn->setLoopCount(-1);
+        connect(m_turn, &QVariantAnimation::valueChanged, this, [this] { update(); });
+        m_turn->start();
+    }
+    update();
+}
+
 // Size and looks
 
 IconAndText Button::line() const {
@@ -123,6 +154,8 @@ QSize Button::minimumSizeHint() const {
 std::optional<ColorRole> Button::background() const {
     if (m_look == Default || (m_look == Chip && isChecked()) || (m_look == MenuRow && hasFocus()))
         return ColorRole::AccentFill;
+    if (m_look == Floating)
+        return ColorRole::Popover;
     return m_look == Chip ? std::optional(ColorRole::Chip) : std::nullopt;
 }
 
@@ -130,11 +163,11 @@ QColor Button::foreground() const {
     const bool isOnAccent = background() == ColorRole::AccentFill;
     const auto color = m_theme.color(isOnAccent ? ColorRole::OnAccent : m_role);
     if (!isSymbolAlone())
-        return color;
+        return withOpacity(color, isEnabled() ? 1 : 0.4);
     const auto own = withOpacity(color, m_opacity);
     if (!isEnabled())
         return withOpacity(own, m_opacity < 1 ? 1 : 0.4);
-    return withOpacity(own, m_look == Icon ? 1 : isDown() ? 0.65 : isHovered() ? 0.85 : 1);
+    return withOpacity(own, m_look != Disc ? 1 : isDown() ? 0.65 : isHovered() ? 0.85 : 1);
 }
 
 void Button::paintEvent(QPaintEvent* /*event*/) {
@@ -149,24 +182,31 @@ void Button::paintEvent(QPaintEvent* /*event*/) {
         fillRounded(painter, shape, radius,
                     m_theme.color(isDown() ? ColorRole::Pressed : ColorRole::Hover));
     }
+    if (m_look == Floating)
+        strokeRounded(painter, shape, radius, m_theme.color(ColorRole::Outline));
     paintContent(painter);
-    if (m_showsFocusRing && hasFocus() && m_look != MenuRow) {
+    if (showsFocus() && m_look != MenuRow) {
         paintFocusRing(painter, m_theme, shape, radius,
                        role == ColorRole::AccentFill ? ColorRole::OnAccent : ColorRole::FocusRing);
     }
 }
 
 void Button::paintContent(QPainter& painter) const {
-    const auto padding = styleOf(m_look).paddingX;
     if (isSymbolAlone()) {
-        const auto square = QRectF(rect()).adjusted(padding, padding, -padding, -padding);
+        const auto side = m_theme.symbolSize(m_points);
+        const QRectF square((width() - side) / 2, (height() - side) / 2, side, side);
+        if (m_turn != nullptr) {
+            painter.translate(square.center());
+            painter.rotate(m_turn->currentValue().toReal());
+            painter.translate(-square.center());
+        }
         m_theme.icons().paint(painter, m_icon, square, foreground());
         return;
     }
     auto line = this->line();
     line.font.setUnderline(m_look == Link && isHovered());
     const auto free = isRow() ? 0 : (width() - line.size().width()) / 2;
-    const auto side = std::max(padding, free);
+    const auto side = std::max(styleOf(m_look).paddingX, free);
     line.paint(painter, m_theme, rect().adjusted(side, 0, -side, 0), foreground(),
                layoutDirection());
 }
@@ -190,7 +230,8 @@ void Button::keyPressEvent(QKeyEvent* event) {
 }
 
 void Button::mouseMoveEvent(QMouseEvent* event) {
-    if (m_look == MenuRow && !hasFocus() && rect().contains(event->position().toPoint()))
+    if (m_look == MenuRow && isEnabled() && !hasFocus() &&
+        rect().contains(event->position().toPoint()))
         setFocus(Qt::MouseFocusReason);
     QAbstractButton::mouseMoveEvent(event);
 }
@@ -204,6 +245,7 @@ QAccessible::Role Button::accessibleRole() const {
 }
 
 void Button::addAccessibleState(QAccessible::State& state) const {
+    state.disabled = state.disabled || m_isBusy;
     state.pressed = isCheckable() ? isChecked() : isDown();
     state.checkable = isCheckable();
     state.checked = isChecked();

@@ -9,6 +9,8 @@
 #include <functional>
 #include <optional>
 
+class QVariantAnimation;
+
 namespace platform {
 
 /// Every button of the interface: Return and Space press it, Tab reaches it, a click leaves the
@@ -20,13 +22,14 @@ class Button : public QAbstractButton, public AccessibleElement {
 
 public:
     enum class Look {
-        Icon,    ///< a symbol alone
-        Disc,    ///< a symbol that is a disc itself: its own tone shows the pointer
-        Default, ///< a text on the accent: what Return does
-        Link,    ///< like a link in text; the pointer becomes a hand
-        Chip,    ///< a symbol and a text on a capsule, on or off: a toggle button
-        MenuRow, ///< an entry of a menu, highlighted by the focus, which the pointer brings along
-        ListRow, ///< a row of an inset list; see the class of that name
+        Icon,     ///< a symbol alone
+        Disc,     ///< a symbol that is a disc itself: its own tone shows the pointer
+        Floating, ///< a symbol on a disc that lies over the content
+        Default,  ///< a text on the accent: what Return does
+        Link,     ///< like a link in text; the pointer becomes a hand
+        Chip,     ///< a symbol and a text on a capsule, on or off: a toggle button
+        MenuRow,  ///< an entry of a menu, highlighted by the focus, which the pointer brings along
+        ListRow,  ///< a row of an inset list; see the class of that name
     };
 
     /// `name` is the text; of a symbol alone it is for assistive technology and the tool tip.
@@ -45,6 +48,12 @@ public:
     /// Of a symbol alone: 0 to 1.
     void setSymbolOpacity(qreal opacity);
     qreal symbolOpacity() const { return m_opacity; }
+    /// A busy button takes no presses and says that it is disabled, but keeps the focus.
+    void setBusy(bool isBusy);
+    /// Of a symbol alone: turns it round and round, where motion is enabled.
+    void setTurning(bool isTurning);
+    /// Whether the focus is here, and seen.
+    bool showsFocus() const { return m_showsFocusRing && hasFocus(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -68,10 +77,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    bool isSymbolAlone() const { return m_look == Look::Icon || m_look == Look::Disc; }
+    bool isSymbolAlone() const {
+        return m_look == Look::Icon || m_look == Look::Disc || m_look == Look::Floating;
+    }
     bool isRow() const { return m_look == Look::MenuRow || m_look == Look::ListRow; }
     /// Whether the pointer is over the button and a click would press it.
-    bool isHovered() const { return underMouse() && isEnabled(); }
+    bool isHovered() const { return underMouse() && isEnabled() && !m_isBusy; }
     IconAndText line() const;
     std::optional<ColorRole> background() const;
     QColor foreground() const;
@@ -83,6 +94,8 @@ private:
     ColorRole m_role;
     qreal m_points;
     qreal m_opacity = 1;
+    bool m_isBusy = false;
+    QVariantAnimation* m_turn = nullptr; // while it turns
     bool m_showsFocusRing = false;
 };
 

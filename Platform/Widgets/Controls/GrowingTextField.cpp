@@ -2,6 +2,7 @@
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 
 #include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Controls/EmojiHighlighter.h"
 #include "Platform/Widgets/Look/Painting.h"
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 
@@ -16,6 +17,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextDocumentFragment>
+#include <QWheelEvent>
 #include <QtMath>
 
 #include <algorithm>
@@ -72,6 +74,7 @@ GrowingTextField::GrowingTextField(const Theme& theme)
                        Theme::fieldPaddingY - 1);
     viewport()->setAutoFillBackground(false);
     document()->setDocumentMargin(0);
+    document()->clearUndoRedoStacks(); // of the margin
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     breakLinesFor({});
@@ -83,7 +86,11 @@ GrowingTextField::GrowingTextField(const Theme& theme)
             breakLinesFor({});
         alignText();
         fitHeight();
-        if (m_edited && !m_isSetting)
+        if (m_isSetting)
+            return;
+        m_showsFocusRing = false; // the cursor tells, once there is something to write
+        update();
+        if (m_edited)
             m_edited(text());
     });
     QScrollBar* lines = verticalScrollBar();
@@ -96,11 +103,12 @@ GrowingTextField::GrowingTextField(const Theme& theme)
         m_bar->flash();
     });
     connect(m_bar, &QAbstractSlider::valueChanged, lines, &QScrollBar::setValue);
+    new EmojiHighlighter(document(), theme.emojiFont());
     observe(this, [this] {
         QPalette colours = palette();
         colours.setColor(QPalette::Base, Qt::transparent);
         colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
-        colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::SecondaryLabel));
+        colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::TertiaryLabel));
         colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
         colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
         setPalette(colours);
@@ -189,6 +197,10 @@ GrowingTextField::Extent GrowingTextField::extent() const {
     return {height, true};
 }
 
+int GrowingTextField::lineHeight() const {
+    return qCeil(QFontMetricsF(font()).lineSpacing()) + 2 * Theme::fieldPaddingY;
+}
+
 QSize GrowingTextField::sizeHint() const {
     const qreal line = QFontMetricsF(font()).lineSpacing();
     return {200, qCeil(std::max(line, extent().height)) + 2 * Theme::fieldPaddingY};
@@ -257,9 +269,11 @@ void GrowingTextField::handleReturn(QKeyEvent* event) {
 void GrowingTextField::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     const bool isPage = key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+    const bool isEnd = key == Qt::Key_Home || key == Qt::Key_End;
     if (key == Qt::Key_Return || key == Qt::Key_Enter)
         handleReturn(event);
-    else if (isPage && verticalScrollBar()->maximum() == 0)
+    else if ((isPage && verticalScrollBar()->maximum() == 0) ||
+             (isEnd && event->modifiers() == Qt::ControlModifier))
         event->ignore();
     else
         QPlainTextEdit::keyPressEvent(event);
@@ -289,9 +303,17 @@ bool GrowingTextField::event(QEvent* event) {
     // What lies around the viewport, and under it.
     QPainter painter(this);
     fillRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::Field));
+    strokeRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::FieldBorder));
     if (m_showsFocusRing && hasFocus())
         paintFocusRing(painter, m_theme, rect(), Theme::fieldRadius);
     return true;
+}
+
+void GrowingTextField::wheelEvent(QWheelEvent* event) {
+    if (event->modifiers() & Qt::ControlModifier)
+        event->ignore(); // the window's
+    else
+        QPlainTextEdit::wheelEvent(event);
 }
 
 } // namespace platform

@@ -15,8 +15,9 @@ class OverlayScrollBar;
 ///
 /// It stands on a rounded background without a border. Return submits; Shift-Return and Alt-Return
 /// make a new line; Return while an input method composes commits the composition and submits
-/// nothing. Tab leaves the field. Ctrl-Return is left to its parents, and so are Page Up and Page
-/// Down as long as all lines are visible. Whatever is pasted becomes plain text.
+/// nothing. Tab leaves the field. Ctrl-Return, Ctrl-Home and Ctrl-End are left to its parents, and
+/// so are Page Up and Page Down as long as all lines are visible. Whatever is pasted becomes plain
+/// text. Emoji are shown in the font for emoji.
 class GrowingTextField : public QPlainTextEdit {
     Q_OBJECT
 
@@ -39,6 +40,9 @@ public:
     /// Called for a context menu with a point on the screen, in place of the toolkit's own menu.
     void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
 
+    /// The height of a field of one line.
+    int lineHeight() const;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -52,6 +56,7 @@ protected:
     void insertFromMimeData(const QMimeData* source) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     struct Extent {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/ListRow.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -73,11 +75,32 @@ QSize ListRow::sizeHint() const {
 }
 
 IconAndText ListRow::title() const {
-    return iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
+    auto title = iconAndText(theme(), {}, text(), TextStyle::Subheadline, QFont::Medium);
+    title.elide = Qt::ElideMiddle; // names differ at their ends
+    return title;
 }
 
 IconAndText ListRow::detail() const {
     return iconAndText(theme(), {}, m_detail, TextStyle::Caption, QFont::Normal);
+}
+
+IconAndText ListRow::mark() const {
+    const bool isText = m_mark.icon.isEmpty();
+    auto mark = iconAndText(theme(), m_mark.icon, isText ? m_mark.name : QString(),
+                            TextStyle::Caption, QFont::Normal);
+    if (!isText)
+        mark.iconSize = theme().symbolSize(TextStyle::Body);
+    return mark;
+}
+
+bool ListRow::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return Button::event(event);
+    const int beside = m_mark == Mark() ? 0 : mark().size().width() + markGap;
+    const bool isElided = title().size().width() > width() - 2 * paddingX - beside;
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                       isElided ? text().toHtmlEscaped() : QString(), this);
+    return true;
 }
 
 void ListRow::paintContent(QPainter& painter) const {
@@ -87,11 +110,7 @@ void ListRow::paintContent(QPainter& painter) const {
     };
     auto area = rect().adjusted(paddingX, paddingY, -paddingX, -paddingY);
     if (m_mark != Mark()) {
-        const bool isText = m_mark.icon.isEmpty();
-        auto mark = iconAndText(theme(), m_mark.icon, isText ? m_mark.name : QString(),
-                                TextStyle::Caption, QFont::Normal);
-        if (!isText)
-            mark.iconSize = theme().symbolSize(TextStyle::Body);
+        const auto mark = this->mark();
         auto end = area;
         end.setLeft(std::max(area.left(), area.right() + 1 - mark.size().width()));
         show(mark, end, m_mark.color);

@@ -6,7 +6,8 @@
 namespace platform {
 
 /// A row of an inset list that can be pressed anywhere: a name, a detail below it or none, and a
-/// mark at the trailing end or none.
+/// mark at the trailing end or none. A name that does not fit is elided in its middle, and whole in
+/// a tool tip.
 class ListRow : public Button {
     Q_OBJECT
 
@@ -35,9 +36,11 @@ public:
     QString accessibleDetail() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void paintContent(QPainter& painter) const override;
 
 private:
+    IconAndText mark() const;
     IconAndText title() const;
     IconAndText detail() const;
 

@@ -20,6 +20,20 @@ void fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QCol
     painter.restore();
 }
 
+void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color,
+                   qreal width) {
+    const qreal inset = width / 2;
+    const auto line = rect.adjusted(inset, inset, -inset, -inset);
+    const auto fitting =
+        std::max(0.0, std::min({radius - inset, line.width() / 2, line.height() / 2}));
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(line, fitting, fitting);
+    painter.restore();
+}
+
 bool showsFocusRing(Qt::FocusReason reason, bool before) {
     if (reason == Qt::ActiveWindowFocusReason)
         return before;
@@ -30,17 +44,9 @@ bool showsFocusRing(Qt::FocusReason reason, bool before) {
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role) {
     const bool isOnAccent = role == ColorRole::OnAccent;
-    const qreal width = Theme::focusRingWidth - (isOnAccent ? 1 : 0);
-    const qreal inset = width / 2 + (isOnAccent ? 2 : 0);
-    const auto line = rect.adjusted(inset, inset, -inset, -inset);
-    const auto fitting =
-        std::max(0.0, std::min({radius - inset, line.width() / 2, line.height() / 2}));
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(theme.color(role), width));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(line, fitting, fitting);
-    painter.restore();
+    const qreal off = isOnAccent ? 2 : 0;
+    strokeRounded(painter, rect.adjusted(off, off, -off, -off), radius - off, theme.color(role),
+                  Theme::focusRingWidth - (isOnAccent ? 1 : 0));
 }
 
 QSize IconAndText::size() const {
@@ -69,9 +75,8 @@ void IconAndText::paint(QPainter& painter, const Theme& theme, const QRect& rect
     painter.setFont(font);
     painter.setPen(color);
     const auto wanted = QFontMetricsF(font).horizontalAdvance(text);
-    const auto shown = wanted <= textRect.width()
-                           ? text
-                           : metrics.elidedText(text, Qt::ElideRight, textRect.width());
+    const auto shown =
+        wanted <= textRect.width() ? text : metrics.elidedText(text, elide, textRect.width());
     const auto alignment = direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
     painter.drawText(QStyle::visualRect(direction, rect, textRect),
                      static_cast<int>(Qt::TextSingleLine) | (alignment | Qt::AlignVCenter), shown);
@@ -80,7 +85,12 @@ void IconAndText::paint(QPainter& painter, const Theme& theme, const QRect& rect
 IconAndText iconAndText(const Theme& theme, const QString& icon, const QString& text,
                         TextStyle style, QFont::Weight weight) {
     const auto size = theme.symbolSize(style);
-    return {icon, text, theme.font(style, weight), size, static_cast<int>(std::lround(size * 0.4))};
+    return {icon,
+            text,
+            theme.font(style, weight),
+            size,
+            static_cast<int>(std::lround(size * 0.4)),
+            Qt::ElideRight};
 }
 
 } // namespace platform

@@ -13,6 +13,10 @@ namespace platform {
 /// Fills a rounded rectangle; a radius of half the height makes a capsule.
 void fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color);
 
+/// Draws a line along the inside of a rounded rectangle.
+void strokeRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color,
+                   qreal width = 1);
+
 /// Whether a widget that got the focus for a reason shows the ring: when the keyboard brought it,
 /// not the pointer or the program. A window that becomes active leaves it as it was `before`.
 bool showsFocusRing(Qt::FocusReason reason, bool before);
@@ -29,6 +33,7 @@ struct IconAndText {
     QFont font;
     int iconSize = 0;
     int gap = 0;
+    Qt::TextElideMode elide = Qt::ElideRight;
 
     /// The space the line takes when nothing is cut off.
     QSize size() const;

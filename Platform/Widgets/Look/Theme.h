@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Observation/Observed.h"
+#include "Platform/Widgets/Look/EmojiFont.h"
 #include "Platform/Widgets/Look/Icons.h"
 
 #include <QColor>
@@ -22,6 +23,7 @@ enum class ColorRole {
     TertiaryLabel,  ///< the quietest text; on the window's background only
     Red,
     Orange,
+    OrangeSymbol, ///< symbols want less contrast than text, and look the better for it
     Link,
     // Backgrounds: opaque.
     Window,
@@ -43,9 +45,14 @@ enum class ColorRole {
     Pressed,
     Selection,         ///< behind selected text
     SelectionOnAccent, ///< behind selected text of the user's bubble
+    Found,             ///< behind what was looked for
+    FoundOnAccent,
+    FoundCurrent, ///< behind the one that the reader is at
+    FoundCurrentOnAccent,
     // Lines and overlays.
     Divider,
-    Outline, ///< hairline round a popover, sheet or menu
+    Outline,     ///< hairline round a popover, sheet or menu
+    FieldBorder, ///< seen where the user wants more contrast
     FocusRing,
     Scrim,  ///< over the window beneath a sheet or an alert
     Shadow, ///< the darkest tone of a shadow
@@ -88,6 +95,8 @@ public:
     QColor color(ColorRole role) const;
 
     void setDark(bool dark);
+    /// Whether the user wants more contrast: text at 7:1, stronger lines, borders.
+    void setIncreasedContrast(bool isIncreased);
 
     /// The desktop's accent colour; none: our own blue. What is shown is the nearest tone of it
     /// that gives text enough contrast.
@@ -99,16 +108,24 @@ public:
     /// The desktop's monospaced font beside text of the body style: a little smaller, for it looks
     /// larger than others of its size.
     QFont codeFont() const;
+    const EmojiFont& emojiFont() const { return m_emojiFont; }
     /// The height of the body style's em in device-independent pixels.
     qreal bodySize() const;
 
     /// The font of the body style: the desktop's. Set again when the desktop changes it.
     void setBodyFont(const QFont& font);
 
+    /// How large everything that goes with the text is, 1 at first.
+    qreal zoom() const { return m_zoom.value(); }
+    /// Within 0.8 and 2.
+    void setZoom(qreal zoom);
+
     /// A length that goes with the text (13 points: the body's em) in device-independent pixels.
     qreal scaled(qreal points) const;
     /// The side of the square for a symbol that stands in a font of so many points.
     int symbolSize(qreal points) const;
+    /// The points of a symbol whose square has this side.
+    qreal symbolPoints(int side) const;
     /// The side of the square for a symbol beside text of a style.
     int symbolSize(TextStyle style) const;
 
@@ -147,12 +164,17 @@ public:
 private:
     void rebuild();
 
+    QFont bodyFont() const;
+
     bool m_dark = false;
+    bool m_hasIncreasedContrast = false;
     Observed<int> m_revision{0}; // of the palette
     std::optional<QColor> m_accent;
     std::array<QColor, static_cast<size_t>(ColorRole::Count_)> m_palette;
     Observed<QFont> m_bodyFont;
+    Observed<qreal> m_zoom{1};
     mutable std::optional<QFont> m_monospaced;
+    EmojiFont m_emojiFont;
     Icons m_icons;
     Motion m_motion;
 };

@@ -40,6 +40,7 @@ Menu::Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entr
             if (action)
                 action();
         });
+        row->setEnabled(entry.isEnabled);
         column()->addWidget(row);
         m_rows.push_back(row);
     }
@@ -67,9 +68,15 @@ QRect Menu::place(const QRect& area) {
     return body;
 }
 
-void Menu::focusRow(qsizetype index) {
+void Menu::focusRow(qsizetype index, qsizetype direction) {
     const auto count = std::ssize(m_rows);
-    m_rows.at(static_cast<size_t>((index + count) % count))->setFocus(Qt::OtherFocusReason);
+    for (qsizetype step = 0; step < count; ++step) {
+        const auto at = ((index + step * direction) % count + count) % count;
+        if (m_rows.at(static_cast<size_t>(at))->isEnabled()) {
+            m_rows.at(static_cast<size_t>(at))->setFocus(Qt::OtherFocusReason);
+            return;
+        }
+    }
 }
 
 void Menu::keyPressEvent(QKeyEvent* event) {
@@ -78,11 +85,11 @@ void Menu::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Down)
         focusRow(index + 1);
     else if (event->key() == Qt::Key_Up)
-        focusRow(std::max<qsizetype>(index, 0) - 1);
+        focusRow(std::max<qsizetype>(index, 0) - 1, -1);
     else if (event->key() == Qt::Key_Home)
         focusRow(0);
     else if (event->key() == Qt::Key_End)
-        focusRow(-1);
+        focusRow(-1, -1);
     else
         Panel::keyPressEvent(event);
 }

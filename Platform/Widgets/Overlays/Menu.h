@@ -13,6 +13,7 @@ struct MenuEntry {
     QString title;
     QString icon;
     std::function<void()> action; ///< runs after the menu has closed
+    bool isEnabled = true;
 
     static MenuEntry separator() { return {}; }
 };
@@ -29,9 +30,9 @@ public:
     Menu(const Theme& theme, const QString& title, std::vector<MenuEntry> entries, QPoint global,
          QWidget* anchor = nullptr);
 
-    /// Puts the focus on an entry. One before the first is the last, one behind the last is the
-    /// first.
-    void focusRow(qsizetype index);
+    /// Puts the focus on an entry or, where it is disabled, on the next one in a direction. One
+    /// before the first is the last, one behind the last is the first.
+    void focusRow(qsizetype index, qsizetype direction = 1);
     /// The row under a point of the screen; none: null.
     Button* rowAt(QPoint global) const;
 

@@ -183,6 +183,8 @@ QWidget* Panel::focusAfter(QWidget* from, bool forward) const {
 QWidget* Panel::initialFocus() {
     if (m_kind == Kind::Menu)
         return this;
+    if (m_button == nullptr && m_scroll != nullptr && m_scroll->content()->focusProxy() != nullptr)
+        return m_scroll->content()->focusProxy();
     auto* first = m_button != nullptr ? m_button : focusAfter(this, true);
     return first != nullptr ? first : this;
 }
@@ -212,11 +214,8 @@ void Panel::keyPressEvent(QKeyEvent* event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->key() == Qt::Key_Escape || (isReturn && m_kind == Kind::Alert))
         dismiss();
-    else if (m_scroll != nullptr && !m_scroll->hasFocus() &&
-             !m_scroll->isAncestorOf(focusWidget()) && !std::exchange(m_isForwarding, true)) {
-        QCoreApplication::sendEvent(m_scroll, event); // comes back here if it has no use for it
-        m_isForwarding = false;
-    }
+    else if (m_scroll != nullptr && !m_scroll->hasFocus() && !m_scroll->isAncestorOf(focusWidget()))
+        m_scroll->scrollByKey(*event);
     event->accept(); // the window beneath hears nothing
 }
 

@@ -97,7 +97,6 @@ private:
     int m_width = 0;
     int m_tip = 0; // where the arrow points, in pixels from the body's left edge
     bool m_isBelow = true;
-    bool m_isForwarding = false; // a key, to what scrolls
     Shadow m_shadow;
 };
 

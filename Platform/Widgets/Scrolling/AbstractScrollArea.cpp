@@ -75,6 +75,8 @@ QRect AbstractScrollArea::mirrored(const QRect& rect) const {
 
 void AbstractScrollArea::updateBar() {
     m_laidOut = maximum();
+    m_isHeldByUser = m_isHeldByUser && !isAtEnd();
+    m_showsEnd = isAtEnd() || isScrollingToEnd();
     if (!m_bar)
         return;
     const int breadth = m_bar->sizeHint().width();
@@ -93,16 +95,17 @@ void AbstractScrollArea::adoptOffset(int offset) {
     m_offset = std::clamp(offset, 0, maximum());
 }
 
-void AbstractScrollArea::moveTo(int offset) {
+void AbstractScrollArea::moveTo(int offset, bool isByUser) {
     adoptOffset(offset);
     offsetChanged();
+    m_isHeldByUser = isByUser; // unless this is the end
     layOut();
 }
 
 void AbstractScrollArea::setOffset(int offset) {
     stopMotion();
     m_fraction = 0;
-    moveTo(offset);
+    moveTo(offset, true);
     if (m_bar)
         m_bar->flash();
 }
@@ -111,7 +114,7 @@ void AbstractScrollArea::scrollBy(qreal distance) {
     const qreal exact = m_offset + m_fraction + distance;
     const int whole = qRound(exact);
     m_fraction = exact - whole;
-    moveTo(whole);
+    moveTo(whole, !isScrollingToEnd());
     if (m_bar && !isScrollingToEnd())
         m_bar->flash();
     if ((distance < 0 && m_offset == 0) || (distance > 0 && m_offset == maximum())) {
@@ -123,12 +126,13 @@ void AbstractScrollArea::scrollBy(qreal distance) {
 void AbstractScrollArea::scrollToEnd(bool animated) {
     stopMotion();
     if (animated && isVisible() && m_theme.motion().isEnabled()) {
-        layOut();
+        m_isHeldByUser = false;
         m_motion.goToEnd();
+        layOut();
         return;
     }
     do // the end may turn out to be elsewhere when it comes into view
-        moveTo(maximum());
+        moveTo(maximum(), false);
     while (m_offset < maximum());
 }
 
@@ -189,7 +193,8 @@ void AbstractScrollArea::wheelEvent(QWheelEvent* event) {
         wheelDistance(isTouchpad ? event->pixelDelta() : event->angleDelta(), event->modifiers());
     const int notchStep = std::min(QApplication::wheelScrollLines() * lineStep(), pageStep());
     const qreal distance = isTouchpad ? delta : delta / notch * notchStep;
-    if (maximum() == 0) {
+    const bool zooms = event->modifiers() & Qt::ControlModifier; // which is the window's
+    if (maximum() == 0 || zooms) {
         event->ignore();
     } else if (phase == Qt::ScrollBegin) {
         stopMotion(); // and accepted: the rest of the movement comes here
@@ -215,19 +220,23 @@ void AbstractScrollArea::wheelEvent(QWheelEvent* event) {
 // Keyboard
 
 void AbstractScrollArea::keyPressEvent(QKeyEvent* event) {
-    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    event->setAccepted(scrollByKey(*event));
+}
+
+bool AbstractScrollArea::scrollByKey(const QKeyEvent& event) {
+    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const auto isWith = [modifiers](Qt::KeyboardModifiers allowed) {
         return (modifiers & ~allowed) == Qt::NoModifier;
     };
-    const int key = event->key();
+    const int key = event.key();
     const int back = isVertical() ? Qt::Key_Up : isRightToLeft() ? Qt::Key_Right : Qt::Key_Left;
     const int on = isVertical() ? Qt::Key_Down : isRightToLeft() ? Qt::Key_Left : Qt::Key_Right;
     if (maximum() == 0)
-        event->ignore();
-    else if ((key == back || key == on) && isWith({}))
+        return false;
+    if ((key == back || key == on) && isWith({}))
         m_motion.step((key == on ? 2 : -2) * lineStep());
     else if (!isVertical())
-        event->ignore();
+        return false;
     else if ((key == Qt::Key_PageUp || key == Qt::Key_PageDown) && isWith({}))
         m_motion.step(key == Qt::Key_PageDown ? pageStep() : -pageStep());
     else if (key == Qt::Key_Space && isWith(Qt::ShiftModifier))
@@ -237,7 +246,8 @@ void AbstractScrollArea::keyPressEvent(QKeyEvent* event) {
     else if (key == Qt::Key_End && isWith(Qt::ControlModifier))
         scrollToEnd(false);
     else
-        event->ignore();
+        return false;
+    return true;
 }
 
 void AbstractScrollArea::focusInEvent(QFocusEvent* event) {

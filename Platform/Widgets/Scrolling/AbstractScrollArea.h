@@ -37,7 +37,11 @@ public:
     int maximum() const;
     /// Whether the end is in view, or was when the content was last laid out.
     bool isAtEnd() const { return m_offset >= m_laidOut; }
-    /// Scrolls at once, and ends any other movement.
+    /// The same, also while scrollToEnd() is on its way. Tracked by observe().
+    bool showsEnd() const { return m_showsEnd.value(); }
+    /// Whether the user has scrolled away from the end, by whatever means, and has not come back.
+    bool isHeldByUser() const { return m_isHeldByUser; }
+    /// Scrolls at once, for the user, and ends any other movement.
     void setOffset(int offset);
 
     /// Brings the end into view: at once, or in 0.2 s easing out where motion is enabled. The
@@ -45,6 +49,9 @@ public:
     void scrollToEnd(bool animated);
     /// Whether an animated scrollToEnd() is under way.
     bool isScrollingToEnd() const { return m_motion.isGoingToEnd(); }
+
+    /// Scrolls by a key that means that (see above); returns whether it does.
+    bool scrollByKey(const QKeyEvent& event);
 
     /// Brings a part of a widget inside into view, as little as is needed.
     void reveal(const QWidget* inside, const QRect& part);
@@ -87,7 +94,7 @@ private:
     qreal wheelDistance(const QPoint& delta, Qt::KeyboardModifiers modifiers) const;
     int lineStep() const;
     int pageStep() const;
-    void moveTo(int offset);
+    void moveTo(int offset, bool isByUser);
     void scrollBy(qreal distance);
     void stopMotion();
     void prepareTouch(QScrollPrepareEvent& event);
@@ -96,7 +103,9 @@ private:
     const Qt::Orientation m_orientation;
     OverlayScrollBar* m_bar = nullptr; // of a vertical area
     int m_offset = 0;
-    int m_laidOut = 0;    // the maximum then
+    int m_laidOut = 0; // the maximum then
+    Observed<bool> m_showsEnd{true};
+    bool m_isHeldByUser = false;
     qreal m_fraction = 0; // of a pixel that was moved beyond m_offset
     ScrollMotion m_motion;
     qreal m_touched = 0; // where a touch, or its run-out, has the content

@@ -4,6 +4,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QHash>
+#include <QKeyEvent>
 #include <QScopedValueRollback>
 
 #include <algorithm>
@@ -158,6 +159,7 @@ bool LazyColumn::build(qsizetype first, qsizetype last) {
             continue;
         m_rows[i].widget = m_source.make(i, this);
         m_rows[i].widget->ensurePolished();
+        m_source.setCurrent(m_rows[i].widget, hasFocus() && m_rows[i].key == m_current);
         measure(i);
         anything = true;
     }
@@ -210,6 +212,74 @@ void LazyColumn::orderTabs() {
             last = widget;
         }
     }
+}
+
+// Keyboard
+
+QWidget* LazyColumn::showRow(qsizetype row) {
+    if (!m_rows[row].widget) // else reveal() goes no further than it must
+        setOffset(top(row) - Theme::defaultPadding);
+    reveal(m_rows[row].widget, m_rows[row].widget->rect());
+    return m_rows[row].widget;
+}
+
+void LazyColumn::setCurrentRow(qsizetype row) {
+    m_current = m_rows[row].key;
+    showRow(row);
+    showCurrent();
+    QAccessibleEvent event(this, QAccessible::Focus);
+    event.setChild(static_cast<int>(row));
+    QAccessible::updateAccessibility(&event);
+}
+
+void LazyColumn::showCurrent() {
+    for (const Row& row : std::as_const(m_rows))
+        if (row.widget)
+            m_source.setCurrent(row.widget, hasFocus() && row.key == m_current);
+}
+
+void LazyColumn::keyPressEvent(QKeyEvent* event) {
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    const int key = event->key();
+    const bool isOn = key == Qt::Key_Down || key == Qt::Key_End;
+    const bool isStep = key == Qt::Key_Up || key == Qt::Key_Down;
+    if (!isPlain || m_rows.isEmpty() || !(isStep || key == Qt::Key_Home || key == Qt::Key_End)) {
+        AbstractScrollArea::keyPressEvent(event);
+        return;
+    }
+    const qsizetype last = m_rows.size() - 1;
+    const qsizetype inside = rowOf(QApplication::focusWidget());
+    const qsizetype from = inside < 0 ? rowWithKey(m_current) : inside;
+    const QRect shown = from < 0 ? QRect() : rowRect(from);
+    const bool hasMore = isOn ? shown.bottom() >= height() : shown.top() < 0;
+    if (isStep && hasMore && shown.intersects(rect()) && scrollByKey(*event))
+        return;
+    const qsizetype next = isOn ? from + 1 : from - 1;
+    if (!hasFocus())
+        setFocus(Qt::TabFocusReason);
+    setCurrentRow(isStep ? std::clamp<qsizetype>(next, 0, last) : isOn ? last : 0);
+}
+
+void LazyColumn::focusInEvent(QFocusEvent* event) {
+    AbstractScrollArea::focusInEvent(event);
+    const bool isByKey =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isByKey && !m_rows.isEmpty()) {
+        const qsizetype known = rowWithKey(m_current);
+        const qsizetype lowest = std::min(firstBelow(offset() + height() - 1), m_rows.size() - 1);
+        setCurrentRow(known < 0 ? lowest : known);
+    }
+    showCurrent();
+}
+
+void LazyColumn::focusOutEvent(QFocusEvent* event) {
+    AbstractScrollArea::focusOutEvent(event);
+    showCurrent();
+}
+
+void LazyColumn::paintEvent(QPaintEvent* event) {
+    if (currentRow() < 0) // else that shows the focus
+        AbstractScrollArea::paintEvent(event);
 }
 
 void LazyColumn::resizeEvent(QResizeEvent*) {

@@ -17,6 +17,10 @@ namespace platform {
 /// where it is when rows above it come, go or change their height, and when a guessed height turns
 /// out wrong. A column whose end is visible keeps its end visible when it is resized.
 ///
+/// With the keyboard focus in the column, Up, Down, Home and End go from row to row. The column
+/// keeps the focus, the current row shows it. Of a row that is higher than the column, Up and Down
+/// first show the rest.
+///
 /// For assistive technology it is a list with an item for each row, which says what
 /// LazyRows::accessibleName() says (a row's widget with an interface of its own keeps that). The
 /// item of a row without a widget has its name and its place only.
@@ -40,6 +44,14 @@ public:
     /// Where a row stands, in the column's coordinates; guessed far from the visible area.
     QRect rowRect(qsizetype row) const;
 
+    /// The row that the keyboard is at, none (-1) while it is elsewhere.
+    qsizetype currentRow() const { return hasFocus() ? rowWithKey(m_current) : -1; }
+
+    /// Brings a row into view at once; returns its widget.
+    QWidget* showRow(qsizetype row);
+    /// The first row that is at least partly in view.
+    qsizetype firstVisibleRow() const { return firstBelow(offset()); }
+
     const LazyRows& rows() const { return m_source; }
 
 protected:
@@ -48,6 +60,10 @@ protected:
     /// Notes the anchor, what stays where it is: the first visible row whose height is no guess.
     void offsetChanged() override;
     void resizeEvent(QResizeEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     struct Row {
@@ -69,6 +85,8 @@ private:
     void release(int from, int to);
     void orderTabs();
     int rowWidth() const;
+    void setCurrentRow(qsizetype row);
+    void showCurrent();
 
     LazyRows& m_source;
     QList<Row> m_rows;
@@ -77,6 +95,7 @@ private:
     QUuid m_anchor;
     qsizetype m_anchorRow = 0; // when it was noted
     int m_anchorY = 0;         // where the anchor's top is, below the upper edge
+    QUuid m_current;           // where the keyboard is, or was last
     bool m_isLayingOut = false;
     bool m_hasSize = false; // nothing is built for a size that is still to come
 };

@@ -44,6 +44,8 @@ public:
         QAccessible::State state;
         state.offscreen = true;
         state.readOnly = true;
+        state.focusable = true;
+        state.selectable = true;
         return state;
     }
 
@@ -91,6 +93,17 @@ public:
         auto* item = new UnbuiltRow(&column(), key); // the register owns it
         m_unbuilt.insert(key, QAccessible::registerAccessibleInterface(item));
         return item;
+    }
+
+    QAccessibleInterface* focusChild() const override {
+        const qsizetype current = column().currentRow();
+        return current < 0 ? QAccessibleWidget::focusChild() : child(static_cast<int>(current));
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        if (column().currentRow() >= 0) // which has the focus, then
+            state.focused = false;
+        return state;
     }
 
     int indexOfChild(const QAccessibleInterface* child) const override {

@@ -27,6 +27,9 @@ public:
     /// Shows the row's present content in the widget that make() has made for it.
     virtual void update(qsizetype row, QWidget* widget) = 0;
 
+    /// Shows in a row's widget whether it is the one that the keyboard is at.
+    virtual void setCurrent(QWidget* widget, bool isCurrent) = 0;
+
     /// A guess at the height of a row that has no widget, in pixels. It need not be good: the
     /// column learns the height before the row is seen. Cheap, for it is asked of all rows.
     virtual int estimatedHeight(qsizetype row, int width) const = 0;

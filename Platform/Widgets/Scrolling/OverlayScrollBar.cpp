@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 
+#include "Platform/Widgets/Look/Contrast.h"
 #include "Platform/Widgets/Look/Painting.h"
 
 #include <QCommonStyle>
@@ -18,6 +19,7 @@ constexpr int thinThumb = 5;
 constexpr int wideThumb = 8;   // under the pointer
 constexpr int edge = 2;        // between the thumb and the edges
 constexpr int shownFor = 1200; // milliseconds
+constexpr std::chrono::milliseconds fadeLength{200};
 
 /// The sizes of a bar that is nothing but its thumb, whatever the desktop's style.
 class BarStyle final : public QCommonStyle {
@@ -50,6 +52,9 @@ OverlayScrollBar::OverlayScrollBar(const Theme& theme, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent, false);
     setCursor(Qt::ArrowCursor);
     setContextMenuPolicy(Qt::PreventContextMenu);
+    m_fade.setStartValue(1.0);
+    m_fade.setEndValue(0.0);
+    connect(&m_fade, &QVariantAnimation::valueChanged, this, [this] { update(); });
 }
 
 QRect OverlayScrollBar::thumb() const {
@@ -65,6 +70,7 @@ QRect OverlayScrollBar::thumb() const {
 
 void OverlayScrollBar::flash() {
     m_shown.start(shownFor, this);
+    m_fade.stop();
     update();
 }
 
@@ -73,6 +79,8 @@ void OverlayScrollBar::timerEvent(QTimerEvent* event) {
         QScrollBar::timerEvent(event);
     } else if (!underMouse() && !isSliderDown()) { // else asks again later
         m_shown.stop();
+        m_fade.setDuration(static_cast<int>(m_theme.motion().duration(fadeLength).count()));
+        m_fade.start();
         update();
     }
 }
@@ -84,10 +92,13 @@ void OverlayScrollBar::sliderChange(SliderChange change) {
 }
 
 void OverlayScrollBar::paintEvent(QPaintEvent*) {
-    if (!m_shown.isActive())
+    const bool isFading = m_fade.state() == QAbstractAnimation::Running;
+    if (!m_shown.isActive() && !isFading)
         return;
+    const double shown = isFading ? m_fade.currentValue().toDouble() : 1;
     QPainter painter(this);
-    fillRounded(painter, thumb(), wideThumb, m_theme.color(ColorRole::ScrollThumb));
+    fillRounded(painter, thumb(), wideThumb,
+                withOpacity(m_theme.color(ColorRole::ScrollThumb), shown));
 }
 
 void OverlayScrollBar::enterEvent(QEnterEvent* event) {

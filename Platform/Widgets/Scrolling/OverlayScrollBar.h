@@ -5,14 +5,15 @@
 
 #include <QBasicTimer>
 #include <QScrollBar>
+#include <QVariantAnimation>
 
 namespace platform {
 
 /// A thin vertical scroll bar that lies over the content it scrolls.
 ///
 /// It is seen for a moment after the user has scrolled (its owner calls flash()) and while the
-/// pointer is over it; it takes no room and no focus, and is hidden while there is nothing to
-/// scroll.
+/// pointer is over it, and then fades; it takes no room and no focus, and is hidden while there is
+/// nothing to scroll.
 class OverlayScrollBar final : public QScrollBar {
     Q_OBJECT
 
@@ -35,6 +36,7 @@ protected:
 private:
     const Theme& m_theme;
     QBasicTimer m_shown;
+    QVariantAnimation m_fade; // what is seen of it, from 1 to 0
 };
 
 } // namespace platform

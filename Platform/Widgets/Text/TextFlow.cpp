@@ -216,11 +216,16 @@ QRectF TextFlow::characterRect(qsizetype position) const {
     // A break, or the text's end: behind the last line.
     const QTextLayout& layout = layoutOf(index);
     const QTextLine line = layout.lineAt(layout.lineCount() - 1);
-    return {line.cursorToX(static_cast<int>(chunk.lines.length)) + indent(chunk),
-            chunk.top + line.y(), 1, line.height()};
+    const auto [top, height] = m_format.extentOf(line);
+    return {line.cursorToX(static_cast<int>(chunk.lines.length)) + indent(chunk), chunk.top + top,
+            1, height};
 }
 
 std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
+    return rects(start, end, true);
+}
+
+std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end, bool withEndBlanks) const {
     std::vector<QRectF> found;
     for (std::size_t i = lastChunkFrom(&Chunk::start, start);
          i < m_chunks.size() && m_chunks[i].start < end; ++i) {
@@ -232,13 +237,18 @@ std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
         const QTextLayout& layout = layoutOf(i);
         for (int j = layout.lineForTextPosition(from).lineNumber(); j < layout.lineCount(); ++j) {
             const QTextLine line = layout.lineAt(j);
+            const int lineStart = std::max(from, line.textStart());
+            int lineEnd = std::min(to, line.textStart() + line.textLength());
             if (line.textStart() >= to)
                 break;
-            const int lineEnd = line.textStart() + line.textLength();
-            const qreal a = line.cursorToX(std::max(from, line.textStart()));
-            const qreal b = line.cursorToX(std::min(to, lineEnd));
-            found.emplace_back(std::min(a, b) + indent(chunk), chunk.top + line.y(),
-                               std::abs(b - a), line.height());
+            while (!withEndBlanks && lineEnd < to && lineEnd > lineStart &&
+                   m_content.text[chunk.start + lineEnd - 1].isSpace())
+                --lineEnd;
+            const qreal a = line.cursorToX(lineStart);
+            const qreal b = line.cursorToX(lineEnd);
+            const auto [top, height] = m_format.extentOf(line);
+            found.emplace_back(std::min(a, b) + indent(chunk), chunk.top + top, std::abs(b - a),
+                               height);
         }
     }
     return found;
@@ -247,23 +257,23 @@ std::vector<QRectF> TextFlow::rects(qsizetype start, qsizetype end) const {
 // Drawing
 
 void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip,
-                    TextSpan selection) {
+                    const QList<Mark>& marks) {
     const QRectF area = clip.translated(-origin);
-    QTextCharFormat selected;
-    selected.setBackground(m_format.selection);
     painter.setPen(m_format.text);
     for (std::size_t i = lastChunkFrom(&Chunk::top, area.top()); i < m_chunks.size(); ++i) {
         const Chunk& chunk = m_chunks[i];
         if (chunk.top > area.bottom())
             break;
-        drawCodeBackgrounds(painter, origin, clip, chunk);
-        QList<QTextLayout::FormatRange> selections;
-        const qsizetype from = std::max(selection.start, chunk.start);
-        const qsizetype to = std::min(selection.end, chunk.end());
-        if (from < to)
-            selections.append(
-                {static_cast<int>(from - chunk.start), static_cast<int>(to - from), selected});
-        layoutOf(i).draw(&painter, origin + QPointF(indent(chunk), chunk.top), selections, clip);
+        drawFencedBackground(painter, origin, chunk);
+        drawCodeBackgrounds(painter, origin, chunk);
+        for (const Mark& mark : marks) {
+            const qsizetype from = std::max(mark.span.start, chunk.start);
+            const qsizetype to = std::min(mark.span.end, chunk.end());
+            if (from < to)
+                for (const QRectF& rect : rects(from, to))
+                    painter.fillRect(rect.translated(origin), mark.color);
+        }
+        layoutOf(i).draw(&painter, origin + QPointF(indent(chunk), chunk.top), {}, clip);
     }
     std::erase_if(m_layouts, [&](const auto& entry) {
         const Chunk& chunk = m_chunks[entry.first];
@@ -271,17 +281,37 @@ void TextFlow::draw(QPainter& painter, const QPointF& origin, const QRectF& clip
     });
 }
 
-void TextFlow::drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
+bool TextFlow::isFenced(qsizetype position) const {
+    const std::size_t range = m_content.firstRangeEndingAfter(position);
+    return range < m_content.ranges.size() && m_content.ranges[range].start <= position &&
+           m_content.ranges[range].styles & AttributedString::Fenced;
+}
+
+/// Lines of a block of code stand on one background as wide as the text, rounded at its ends.
+void TextFlow::drawFencedBackground(QPainter& painter, const QPointF& origin,
+                                    const Chunk& chunk) const {
+    if (!isFenced(chunk.start))
+        return;
+    constexpr qreal radius = 4;
+    const QRectF lines(origin + QPointF(0, chunk.top), QSizeF(m_frameWidth, chunk.lines.height));
+    const bool goesOnAbove = chunk.start > 0 && isFenced(chunk.start - 1);
+    const bool goesOnBelow = isFenced(chunk.end());
+    painter.save();
+    painter.setClipRect(lines, Qt::IntersectClip);
+    fillRounded(painter, lines.adjusted(0, goesOnAbove ? -radius : 0, 0, goesOnBelow ? radius : 0),
+                radius, m_format.codeBackground);
+    painter.restore();
+}
+
+void TextFlow::drawCodeBackgrounds(QPainter& painter, const QPointF& origin,
                                    const Chunk& chunk) const {
     for (const auto& range : m_content.mid(chunk.start, chunk.lines.length).ranges) {
-        if (!(range.styles & AttributedString::Code))
+        if (!(range.styles & AttributedString::Code) || range.styles & AttributedString::Fenced)
             continue;
         const qsizetype from = chunk.start + range.start;
-        for (const QRectF& rect : rects(from, from + range.length)) {
-            const QRectF background = rect.translated(origin).adjusted(-1.5, 1, 1.5, -1);
-            if (background.intersects(clip))
-                fillRounded(painter, background, 4, m_format.codeBackground);
-        }
+        for (const QRectF& rect : rects(from, from + range.length, false))
+            fillRounded(painter, rect.translated(origin).adjusted(-2.5, 1.5, 2.5, -1.5), 4,
+                        m_format.codeBackground);
     }
 }
 

@@ -52,8 +52,14 @@ public:
     /// reads from the right is set against its right edge.
     void setFrameWidth(qreal width) { m_frameWidth = width; }
 
-    /// Draws what lies in `clip`, the text's corner at `origin`.
-    void draw(QPainter& painter, const QPointF& origin, const QRectF& clip, TextSpan selection);
+    /// A part of the text on a colour of its own.
+    struct Mark {
+        TextSpan span;
+        QColor color;
+    };
+    /// Draws what lies in `clip`, the text's corner at `origin`, later marks over earlier ones.
+    void draw(QPainter& painter, const QPointF& origin, const QRectF& clip,
+              const QList<Mark>& marks);
 
     /// The position between characters nearest to a point.
     qsizetype positionAt(const QPointF& point) const;
@@ -61,7 +67,7 @@ public:
     qsizetype characterAt(const QPointF& point) const;
     /// Where a character stands; for a place outside of the text, its nearest end.
     QRectF characterRect(qsizetype position) const;
-    /// The rectangles, one a line, that a range of characters covers.
+    /// The rectangles, one a line and as high as it, that a range of characters covers.
     std::vector<QRectF> rects(qsizetype start, qsizetype end) const;
 
 private:
@@ -97,8 +103,11 @@ private:
     template <class Value>
     std::size_t lastChunkFrom(Value Chunk::*place, Value value) const;
     qreal indent(const Chunk& chunk) const;
-    void drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const QRectF& clip,
-                             const Chunk& chunk) const;
+    /// `withEndBlanks`: also under the blanks at which a line wraps.
+    std::vector<QRectF> rects(qsizetype start, qsizetype end, bool withEndBlanks) const;
+    void drawCodeBackgrounds(QPainter& painter, const QPointF& origin, const Chunk& chunk) const;
+    void drawFencedBackground(QPainter& painter, const QPointF& origin, const Chunk& chunk) const;
+    bool isFenced(qsizetype position) const;
 
     const qsizetype m_chunkSize;
     AttributedString m_content;

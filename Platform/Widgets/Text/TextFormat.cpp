@@ -3,6 +3,7 @@
 
 #include "Platform/Widgets/Text/TextLinks.h"
 
+#include <QFontInfo>
 #include <QFontMetricsF>
 #include <QTextOption>
 
@@ -32,7 +33,10 @@ TextFormat TextFormat::of(const Theme& theme, bool isOnAccent) {
             .link = color(ColorRole::Link),
             .codeBackground = theme.color(ColorRole::Field),
             .selection = color(ColorRole::Selection, ColorRole::SelectionOnAccent),
-            .focusRing = color(ColorRole::FocusRing)};
+            .found = color(ColorRole::Found, ColorRole::FoundOnAccent),
+            .foundCurrent = color(ColorRole::FoundCurrent, ColorRole::FoundCurrentOnAccent),
+            .focusRing = color(ColorRole::FocusRing),
+            .emojiFont = &theme.emojiFont()};
 }
 
 std::unique_ptr<QTextLayout> TextFormat::layout(const AttributedString& content,
@@ -60,19 +64,43 @@ std::unique_ptr<QTextLayout> TextFormat::layout(const AttributedString& content,
         }
         formats.append({static_cast<int>(range.start), static_cast<int>(range.length), format});
     }
+    if (emojiFont)
+        emojiFont->addFormats(content.text, formats);
     layout->setFormats(formats);
     layout->setCacheEnabled(true);
     return layout;
 }
 
 qreal TextFormat::lineHeight() const {
-    return std::ceil(QFontMetricsF(font).lineSpacing());
+    constexpr qreal leading = 1.35;
+    return std::ceil(
+        std::max(QFontMetricsF(font).lineSpacing(), leading * QFontInfo(font).pixelSize()));
+}
+
+/// How far below its top a line's letters stand: what its height adds is above and below them.
+qreal TextFormat::baseline() const {
+    const QFontMetricsF metrics(font);
+    const qreal added = lineHeight() - std::ceil(metrics.lineSpacing());
+    return std::ceil(metrics.ascent()) + std::floor(added / 2);
+}
+
+/// Whether a line takes the usual height, also where another font in it is a little taller.
+bool TextFormat::isOnGrid(const QTextLine& line) const {
+    return line.height() <= std::max(lineHeight(), QFontMetricsF(font).lineSpacing() * 1.3);
+}
+
+TextFormat::Extent TextFormat::extentOf(const QTextLine& line) const {
+    if (!isOnGrid(line))
+        return {line.y(), std::ceil(line.height())};
+    return {line.y() + std::ceil(line.ascent()) - baseline(), lineHeight()};
+}
+
+void TextFormat::place(QTextLine& line, qreal top) const {
+    line.setPosition({0, isOnGrid(line) ? top + baseline() - std::ceil(line.ascent()) : top});
 }
 
 TextLines TextLines::make(QTextLayout& layout, const TextFormat& format, qreal width,
                           bool textGoesOn, int maximum) {
-    const qreal usual = format.lineHeight();
-    const qreal ascent = std::ceil(QFontMetricsF(format.font).ascent());
     TextLines lines;
     layout.beginLayout();
     while (lines.count < maximum) {
@@ -84,12 +112,10 @@ TextLines TextLines::make(QTextLayout& layout, const TextFormat& format, qreal w
         const qsizetype end = line.textStart() + line.textLength();
         if (textGoesOn && lines.count > 0 && end == layout.text().size())
             break;
-        const bool onGrid = line.height() <= usual * 1.3;
-        const qreal shift = onGrid ? ascent - std::ceil(line.ascent()) : 0;
-        line.setPosition({0, lines.height + shift});
+        format.place(line, lines.height);
         ++lines.count;
         lines.length = end;
-        lines.height += onGrid ? usual : std::ceil(line.height());
+        lines.height += format.extentOf(line).height;
         lines.width = std::max(lines.width, line.naturalTextWidth());
     }
     layout.endLayout();

@@ -21,7 +21,10 @@ struct TextFormat {
     QColor link;
     QColor codeBackground;
     QColor selection; ///< behind selected characters
+    QColor found;     ///< behind what was looked for
+    QColor foundCurrent;
     QColor focusRing;
+    const EmojiFont* emojiFont = nullptr; ///< none: emoji are drawn as the text is
 
     /// The theme's, for text on a background of the window or on the accent's fill.
     static TextFormat of(const Theme& theme, bool isOnAccent);
@@ -29,8 +32,22 @@ struct TextFormat {
     /// A layout of a text, still without lines.
     std::unique_ptr<QTextLayout> layout(const AttributedString& content, bool rightToLeft) const;
 
-    /// The height of a line of plain text, in whole pixels so that lines stay crisp.
+    /// The height of a line, 1.35 times the em, in whole pixels so that lines stay crisp.
     qreal lineHeight() const;
+
+    /// From top to bottom of the room that a line of a layout takes, in the layout's coordinates.
+    struct Extent {
+        qreal top;
+        qreal height;
+    };
+    Extent extentOf(const QTextLine& line) const;
+
+    /// Puts a line into the room that begins at `top`.
+    void place(QTextLine& line, qreal top) const;
+
+private:
+    qreal baseline() const;
+    bool isOnGrid(const QTextLine& line) const;
 };
 
 /// The lines of a layout, in pixels.

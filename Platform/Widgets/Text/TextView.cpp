@@ -94,13 +94,40 @@ void TextView::resizeEvent(QResizeEvent*) {
 
 void TextView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    m_flow.draw(painter, {0, 0}, event->rect(), selection());
+    m_flow.draw(painter, {0, 0}, event->rect(), marksWithin(event->rect()));
     if (hasFocus() && !m_focusedLink.isEmpty()) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(QPen(m_flow.format().focusRing, 2));
         for (const QRectF& rect : m_flow.rects(m_focusedLink.start, m_focusedLink.end))
             painter.drawRoundedRect(rect.adjusted(-1, 0, 1, 0), 3, 3);
     }
+}
+
+void TextView::setFound(const QString& text, std::optional<qsizetype> current) {
+    if (text == m_found && current == m_currentFound)
+        return;
+    m_found = text;
+    m_currentFound = current;
+    update();
+}
+
+/// What has a colour of its own behind it. Looks for no more than what is drawn.
+QList<TextFlow::Mark> TextView::marksWithin(const QRect& clip) const {
+    QList<TextFlow::Mark> marks;
+    if (!m_found.isEmpty()) {
+        const qsizetype first = m_flow.positionAt(clip.topLeft()) - m_found.size();
+        const qsizetype last = m_flow.positionAt(clip.bottomRight()) + m_found.size();
+        const QStringView text = QStringView(content().text).left(last);
+        qsizetype at = std::max<qsizetype>(0, first);
+        while ((at = text.indexOf(m_found, at, Qt::CaseInsensitive)) >= 0) {
+            const bool isCurrent = at == m_currentFound;
+            marks.append({{at, at + m_found.size()},
+                          isCurrent ? m_flow.format().foundCurrent : m_flow.format().found});
+            at += m_found.size();
+        }
+    }
+    marks.append({selection(), m_flow.format().selection});
+    return marks;
 }
 
 // Selection

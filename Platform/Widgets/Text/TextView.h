@@ -14,6 +14,7 @@
 #include <QtMath>
 
 #include <functional>
+#include <optional>
 
 class QAccessibleInterface;
 
@@ -67,6 +68,14 @@ public:
     void selectAll() { select({0, content().text.size()}); }
     void clearSelection() { select({}); }
 
+    /// Lights every place where a text stands, in letters of either case; an empty one stands
+    /// nowhere. The place at `current`, if there is one, is lit the brightest.
+    void setFound(const QString& text, std::optional<qsizetype> current);
+    /// Where a character stands, in the view's coordinates.
+    QRect characterRect(qsizetype position) const {
+        return m_flow.characterRect(position).toAlignedRect();
+    }
+
     /// Called for a context menu, by the pointer or by its key, with a point on the screen. Without
     /// it, none opens.
     void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
@@ -103,6 +112,7 @@ private:
         setSelection(m_selection.extended(content().text, position));
     }
     void updateSpan(TextSpan span);
+    QList<TextFlow::Mark> marksWithin(const QRect& clip) const;
     TextLink linkUnder(const QPointF& point) const {
         return linkAt(content(), m_flow.characterAt(point));
     }
@@ -123,6 +133,8 @@ private:
     QPoint m_pressed;
     TextSpan m_pressedLink;
     TextSpan m_focusedLink;
+    QString m_found;
+    std::optional<qsizetype> m_currentFound;
 
     std::function<void(QPoint)> m_openContextMenu;
     std::function<void(const QUrl&)> m_openLink;

@@ -118,7 +118,7 @@ private Q_SLOTS:
             QCOMPARE(symbol.width(), 20);
             QCOMPARE(f.place(f.label((features + limitations)[i])).left(), 24 + 20 + 10);
             QCOMPARE(paints(symbol, ColorRole::Accent), i < 4);
-            QCOMPARE(paints(symbol, ColorRole::Orange), i >= 4);
+            QCOMPARE(paints(symbol, ColorRole::OrangeSymbol), i >= 4);
         }
     }
 

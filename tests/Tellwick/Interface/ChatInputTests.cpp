@@ -25,7 +25,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("draft");
         QTest::addColumn<ColorRole>("color");
         const auto grey = ColorRole::SecondaryLabel;
-        const auto accent = ColorRole::Accent;
+        const auto accent = ColorRole::AccentFill;
         QTest::newRow("nothing") << u""_s << grey;
         QTest::newRow("three blanks") << u"   "_s << grey;
         QTest::newRow("a tab") << u"\t"_s << grey;
@@ -55,7 +55,7 @@ private Q_SLOTS:
         screen().key(Qt::Key_Return, Qt::ShiftModifier);
         QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
         m->flush();
-        QCOMPARE(m->sendButton()->colorRole(), ColorRole::Accent);
+        QCOMPARE(m->sendButton()->colorRole(), ColorRole::AccentFill);
         screen().key(Qt::Key_Return);
         screen().key(Qt::Key_Return, Qt::ControlModifier);
         QVERIFY(screen().click(u"Send"_s));
@@ -84,11 +84,13 @@ private Q_SLOTS:
     void theInputBarIsLaidOutAsAsked() {
         for (int lines = 1; lines <= 4; ++lines) {
             const QRect field = m->placeOf(m->field());
-            const QRect button = m->placeOf(m->sendButton());
+            const QRect disc = m->placeOf(m->sendButton()).adjusted(3, 3, -3, -3);
             QCOMPARE(field.left(), 12);
-            QCOMPARE(button.left(), field.right() + 1 + 8);
-            QCOMPARE(button.right(), m->view->width() - 1 - 12);
-            QCOMPARE(button.bottom(), field.bottom());
+            QCOMPARE(disc.left(), field.right() + 1 + 8);
+            QCOMPARE(disc.right(), m->view->width() - 1 - 12);
+            QCOMPARE(disc.bottom(), field.bottom());
+            QCOMPARE(disc.height(), m->field()->lineHeight());
+            QVERIFY(lines > 1 || disc.height() == field.height());
             QCOMPARE(field.bottom(), m->view->height() - 1 - 10);
             screen().key(Qt::Key_Return, Qt::ShiftModifier);
             m->flush();

@@ -5,6 +5,7 @@
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Tellwick/Interface/ModelsView.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
+#include "tests/Tellwick/Interface/ModelsWindow.h"
 #include "tests/Tellwick/Interface/TestWindow.h"
 #include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
@@ -24,79 +25,12 @@ namespace {
 
 const QString appleIntelligence = u"Apple Intelligence"_s;
 
-/// The screen over a real catalogue whose server says what the test tells it to.
-struct ModelsWindow : tests::TestWindow {
-    ~ModelsWindow() { delete window->findChild<platform::ScrollArea*>(); }
-
-    /// Starts the catalogue, whose first refresh begins by itself, and shows the screen.
-    bool open() {
-        conversation.start();
-        view = new ModelsView(environment, manager());
-        auto* scroll = new platform::ScrollArea(desktop.theme, window.get());
-        scroll->setContent(view);
-        fit();
-        return show();
-    }
-
-    /// Shows the screen over these models, all refreshes done.
-    bool openOver(const QStringList& models) {
-        conversation.server.listed = models;
-        return open() && settle();
-    }
-
-    /// Presses the button; the server lists these models now.
-    bool refresh(const QStringList& models) {
-        conversation.server.listed = models;
-        return screen().press(u"Refresh"_s) && settle();
-    }
-
-    /// Waits for the end of all refreshes and brings the screen up to date.
-    bool settle() {
-        QCoreApplication::processEvents();
-        const bool isDone = QTest::qWaitFor([this] { return !manager().isRefreshing.value(); });
-        QCoreApplication::processEvents();
-        flush();
-        return isDone;
-    }
-    /// Makes the screen as high as its content, as a popover does.
-    void fit() const {
-        auto* scroll = window->findChild<platform::ScrollArea*>();
-        scroll->setGeometry(0, 0, ModelsView::width,
-                            std::min(window->height(), scroll->heightForWidth(ModelsView::width)));
-    }
-    void flush() const {
-        platform::flushObservers(window.get());
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCoreApplication::processEvents(); // widgets that were added come to be shown
-        fit();
-    }
-
-    tellwick::ModelManager& manager() const { return conversation.controller->modelManager; }
-    /// Where a widget stands in the screen.
-    QRect placeOf(const QWidget* widget) const {
-        return {widget->mapTo(view, QPoint()), widget->size()};
-    }
-    std::size_t listingsAsked() const { return conversation.server.listings.size(); }
-
-    ModelRow* row(const QString& name) const {
-        return screen().widget<ModelRow>(name, QAccessible::ListItem);
-    }
-    QString description(const QString& name) const {
-        return screen().find(name, QAccessible::ListItem)->text(QAccessible::Description);
-    }
-    QStringList rows() const { return screen().names(QAccessible::ListItem); }
-    Button* refreshButton() const { return screen().widget<Button>(u"Refresh"_s); }
-
-    tests::Conversation conversation;
-    ModelsView* view = nullptr;
-};
-
 } // namespace
 
 class ModelsViewTests final : public QObject {
     Q_OBJECT
 
-    std::optional<ModelsWindow> m;
+    std::optional<tests::ModelsWindow> m;
 
     /// What a row asks to be painted at its trailing end: a text in orange, or the checkmark, which
     /// is all that is in the accent.
@@ -243,7 +177,7 @@ private Q_SLOTS:
         const auto shows = [this](const QString& icon, double opacity, bool isEnabled) {
             const auto* button = m->refreshButton();
             return button->icon() == icon && button->symbolOpacity() == opacity &&
-                   button->isEnabled() == isEnabled;
+                   m->isDisabled(u"Refresh"_s) != isEnabled;
         };
         QVERIFY(m->openOver({}));
         QVERIFY(shows(u"arrow.clockwise"_s, 1.0, true));
@@ -280,9 +214,9 @@ private Q_SLOTS:
         QVERIFY(m->open());
         QTRY_COMPARE(m->listingsAsked(), std::size_t(2));
         m->flush();
-        QVERIFY(!m->refreshButton()->isEnabled());
+        QVERIFY(m->isDisabled(u"Refresh"_s));
         m->conversation.server.answerListing({u"old"_s});
-        QTRY_VERIFY(m->refreshButton()->isEnabled());
+        QTRY_VERIFY(!m->isDisabled(u"Refresh"_s));
         QCOMPARE(m->rows().value(1), u"old"_s);
         m->conversation.server.answerListing({u"new"_s});
         QTRY_COMPARE(m->rows().value(1), u"new"_s);

@@ -30,6 +30,7 @@ public:
         updateGeometry();
     }
     bool isInUse = false;
+    bool isCurrent = false;
     int updates = 0;
 
 private:
@@ -69,6 +70,9 @@ public:
         auto* box = static_cast<Box*>(widget);
         ++box->updates;
         box->setBoxHeight(items[row].height);
+    }
+    void setCurrent(QWidget* widget, bool isCurrent) override {
+        static_cast<Box*>(widget)->isCurrent = isCurrent;
     }
     int estimatedHeight(qsizetype, int) const override {
         ++guessesAsked;

@@ -52,7 +52,7 @@ struct Filled : platform::TextFlow {
                      QImage::Format_RGB32);
         image.fill(Qt::white);
         QPainter painter(&image);
-        draw(painter, {0, 0}, image.rect(), selection);
+        draw(painter, {0, 0}, image.rect(), {{selection, format().selection}});
         return image;
     }
 };

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Controls/LineField.h"
+
+#include "Platform/Observation/Observer.h"
+#include "Platform/Widgets/Look/Painting.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace platform {
+namespace {
+
+constexpr int paddingX = 8;
+constexpr int paddingY = 4;
+
+} // namespace
+
+LineField::LineField(const Theme& theme, const QString& name, QWidget* parent)
+    : QLineEdit(parent)
+    , m_theme(theme) {
+    setFrame(false);
+    setTextMargins(paddingX, 0, paddingX, 0);
+    setPlaceholderText(name);
+    setAccessibleName(name);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    observe(this, [this] { applyTheme(); });
+}
+
+void LineField::applyTheme() {
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, Qt::transparent);
+    colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
+    colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::TertiaryLabel));
+    colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
+    colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
+    setPalette(colours);
+    setFont(m_theme.font(TextStyle::Body));
+    updateGeometry();
+    update();
+}
+
+QSize LineField::sizeHint() const {
+    return {240, fontMetrics().height() + 2 * paddingY};
+}
+
+QSize LineField::minimumSizeHint() const {
+    return {60, sizeHint().height()};
+}
+
+void LineField::focusInEvent(QFocusEvent* event) {
+    m_showsFocusRing = showsFocusRing(event->reason(), m_showsFocusRing);
+    QLineEdit::focusInEvent(event);
+}
+
+void LineField::keyPressEvent(QKeyEvent* event) {
+    const int key = event->key();
+    if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape)
+        event->ignore();
+    else
+        QLineEdit::keyPressEvent(event);
+}
+
+void LineField::paintEvent(QPaintEvent* event) {
+    {
+        QPainter painter(this);
+        fillRounded(painter, rect(), Theme::controlRadius, m_theme.color(ColorRole::Field));
+        if (m_showsFocusRing && hasFocus())
+            paintFocusRing(painter, m_theme, rect(), Theme::controlRadius);
+    }
+    QLineEdit::paintEvent(event);
+}
+
+} // namespace platform

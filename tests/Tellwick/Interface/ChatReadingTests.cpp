@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+// How a conversation is read: scrolled away from its end and back, message by message, searched.
+#include "Platform/Widgets/Controls/LineField.h"
+#include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
+#include "Platform/Widgets/Text/TextView.h"
+#include "Tellwick/Interface/MessageBubble.h"
+#include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/TestMain.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QWheelEvent>
+
+using namespace Qt::StringLiterals;
+using tellwick::MessageBubble;
+
+class ChatReadingTests final : public QObject {
+    Q_OBJECT
+
+    std::optional<tests::ChatWindow> m;
+
+    tests::ScreenReader screen() { return m->screen(); }
+    platform::LazyColumn& column() { return *m->column(); }
+
+    void openWith(int messages) {
+        QStringList roles;
+        QStringList contents;
+        for (int i = 0; i < messages; ++i) {
+            roles.append(i % 2 == 0 ? u"user"_s : u"assistant"_s);
+            contents.append(u"Message %1"_s.arg(i) + u"\nA line of **text**."_s.repeated(4));
+        }
+        m->conversation.store(roles, contents);
+        QVERIFY(m->open());
+    }
+
+    /// Asks something, and lets the reply be longer than the window.
+    tests::AskedTurn& askAndGrow() {
+        auto& turn = m->conversation.ask(u"One more"_s);
+        say(turn, 100);
+        return turn;
+    }
+    void say(const tests::AskedTurn& turn, int lines) {
+        const QString reply = u"A line of the reply.\n"_s.repeated(lines);
+        turn.say(reply);
+        QVERIFY(m->conversation.waitForReply(reply));
+        m->flush();
+    }
+
+    void turnWheel(int delta) {
+        const QPointF point = column().rect().center();
+        QWheelEvent event(point, column().mapToGlobal(point), {}, {0, delta}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(m->column(), &event);
+    }
+    void scroll(const QByteArray& by) {
+        if (by == "wheel")
+            turnWheel(120);
+        else if (by == "key")
+            screen().key(Qt::Key_PageUp);
+        else if (by == "bar")
+            column().findChild<platform::OverlayScrollBar*>()->setValue(100);
+        m->flush();
+    }
+
+    platform::Button* jump() { return screen().widget<platform::Button>(u"Jump to newest"_s); }
+
+    /// The message that shows the focus, -1: none.
+    int current() {
+        int found = -1;
+        for (int i = 0; i < 100; ++i) {
+            auto* element = screen().find(u"Conversation"_s)->child(i);
+            if (!element || !element->state().focused)
+                continue;
+            if (found >= 0)
+                return -2;
+            found = i;
+        }
+        return found;
+    }
+
+private Q_SLOTS:
+    void init() { m.emplace(); }
+    void cleanup() { m.reset(); }
+
+    void aReaderWhoHasScrolledAwayIsLeftThere_data() {
+        QTest::addColumn<QByteArray>("by");
+        QTest::newRow("wheel") << QByteArray("wheel");
+        QTest::newRow("key") << QByteArray("key");
+        QTest::newRow("bar") << QByteArray("bar");
+    }
+    void aReaderWhoHasScrolledAwayIsLeftThere() {
+        QFETCH(const QByteArray, by);
+        openWith(12);
+        auto& turn = askAndGrow();
+        QVERIFY(column().isAtEnd());
+        scroll(by);
+        const int offset = column().offset();
+        QVERIFY(!column().isAtEnd());
+        say(turn, 120);
+        QCOMPARE(column().offset(), offset);
+        // Back at the end, the reply is followed again.
+        column().setOffset(column().maximum());
+        say(turn, 140);
+        QVERIFY(column().isAtEnd());
+    }
+
+    void aNewMessageEndsTheRest() {
+        openWith(12);
+        auto& turn = askAndGrow();
+        turnWheel(120);
+        turn.end();
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QVERIFY(!column().isAtEnd());
+        auto& next = m->conversation.ask(u"Next"_s);
+        m->flush();
+        QVERIFY(column().isAtEnd());
+        say(next, 100);
+        QVERIFY(column().isAtEnd());
+    }
+
+    void aButtonLeadsBackToTheEnd() {
+        openWith(12);
+        m->flush();
+        QVERIFY(column().offset() == 0 && !column().isAtEnd());
+        QVERIFY(jump()); // also in a restored conversation, which opens at its beginning
+        const QRect button = m->placeOf(jump());
+        const QRect list = m->placeOf(m->column());
+        QVERIFY(list.contains(button));
+        QCOMPARE(button.center().x(), list.center().x());
+        QVERIFY(button.bottom() > list.bottom() - 30);
+        QVERIFY(screen().click(u"Jump to newest"_s));
+        m->flush();
+        QVERIFY(column().isAtEnd());
+        QVERIFY(!jump());
+        QVERIFY(m->field()->hasFocus());
+        turnWheel(120);
+        m->flush();
+        QVERIFY(jump());
+    }
+
+    void thereIsNoButtonWhereAllIsInView() {
+        openWith(2);
+        m->flush();
+        QVERIFY(!jump());
+    }
+
+    void keysScrollFromTheField() {
+        openWith(12);
+        screen().type("draft");
+        QVERIFY(m->field()->hasFocus());
+        screen().key(Qt::Key_End, Qt::ControlModifier);
+        QVERIFY(column().isAtEnd());
+        const int end = column().offset();
+        screen().key(Qt::Key_PageUp);
+        const int above = column().offset();
+        QVERIFY(above < end);
+        screen().key(Qt::Key_PageDown);
+        QCOMPARE(column().offset(), end);
+        screen().key(Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(column().offset(), 0);
+        QVERIFY(m->field()->hasFocus());
+        QCOMPARE(m->field()->text(), u"draft"_s);
+    }
+
+    void keysGoFromMessageToMessage() {
+        openWith(12);
+        QCOMPARE(current(), -1);
+        column().setFocus(Qt::TabFocusReason);
+        const int first = current();
+        QVERIFY(first >= 0);
+        screen().key(Qt::Key_Home);
+        QCOMPARE(current(), 0);
+        screen().key(Qt::Key_Up);
+        QCOMPARE(current(), 0);
+        screen().key(Qt::Key_Down);
+        QCOMPARE(current(), 1);
+        screen().key(Qt::Key_End);
+        QCOMPARE(current(), 11);
+        QVERIFY(column().isAtEnd());
+        QVERIFY(m->column()->hasFocus());
+        for (int i = 10; i >= 5; --i) {
+            screen().key(Qt::Key_Up);
+            QCOMPARE(current(), i);
+            QVERIFY(column().rect().intersects(column().rowRect(i)));
+        }
+        auto* list = screen().find(u"Conversation"_s);
+        QVERIFY(!list->state().focused);
+        QCOMPARE(list->focusChild(), list->child(5));
+        m->field()->setFocus();
+        QCOMPARE(current(), -1);
+    }
+
+    void aMessageIsCopiedByKey() {
+        openWith(4);
+        QGuiApplication::clipboard()->setText(u"before"_s);
+        column().setFocus(Qt::TabFocusReason);
+        screen().key(Qt::Key_Home);
+        screen().key(Qt::Key_Down);
+        screen().key(Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(),
+                 m->vm().messages.value().at(1).content.toString());
+        // The one whose text was clicked, if nothing in it is selected.
+        auto* text = column().widgetOf(2)->findChild<platform::TextView*>();
+        screen().clickAt(m->placeOf(text).center());
+        screen().key(Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(),
+                 m->vm().messages.value().at(2).content.toString());
+        screen().key(Qt::Key_Down);
+        QCOMPARE(current(), 3);
+    }
+
+    void whatIsLookedForIsBroughtIntoView() {
+        openWith(60);
+        screen().key(Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(screen().widget<platform::LineField>(u"Find"_s)->hasFocus());
+        screen().type("message 4");
+        QTRY_VERIFY((m->flush(), screen().shows(u"1 of 11"_s))); // 4, and 40 to 49
+        screen().key(Qt::Key_Return);
+        m->flush();
+        QVERIFY(screen().shows(u"2 of 11"_s));
+        QVERIFY(column().rect().intersects(column().rowRect(40)));
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        m->flush();
+        QVERIFY(column().rect().intersects(column().rowRect(4)));
+        screen().key(Qt::Key_Escape);
+        m->flush();
+        QVERIFY(!screen().shows(u"Find"_s));
+        QVERIFY(m->field()->hasFocus());
+    }
+
+    void escapeClosesTheSearchBeforeItStopsTheReply() {
+        openWith(2);
+        auto& turn = m->conversation.ask(u"One more"_s);
+        Q_UNUSED(turn);
+        screen().key(Qt::Key_F, Qt::ControlModifier);
+        m->field()->setFocus();
+        screen().key(Qt::Key_Escape);
+        m->flush();
+        QVERIFY(!screen().shows(u"Find"_s));
+        QVERIFY(m->vm().isGenerating.value());
+        screen().key(Qt::Key_Escape);
+        QVERIFY(m->conversation.settle());
+    }
+};
+
+TELLWICK_TEST(ChatReadingTests, Widgets)
+#include "ChatReadingTests.moc"
