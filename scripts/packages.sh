@@ -18,6 +18,7 @@ build     g++                      the C++20 compiler
 build     cmake                    describes the build
 build     ninja-build              runs the build
 build     qt6-base-dev             windows, text, D-Bus: Qt Core, Gui, Widgets, DBus and Test
+build     qt6-base-private-dev     the window's own frame where a Wayland desktop draws none
 build     boost                    HTTP over TCP and Unix sockets: Asio and Beast, headers only
 build     libmd4c-dev              reads the Markdown of replies
 build     libmd4c-html0-dev        knows the characters that HTML has names for
@@ -36,6 +37,8 @@ headless  xvfb                     a display in memory
 headless  netpbm                   makes a PNG picture of that display
 test      xvfb                     a display in memory for tests of the real window
 test      openbox                  a window manager for tests that need focus and activation
+test      weston                   a Wayland compositor that leaves title bars to the programs
+test      sway                     a Wayland compositor that draws them
 test      dbus-daemon              a private session bus for tests of the portal and of a second start
 test      at-spi2-core             the accessibility bus that screen readers listen on
 test      curl                     the model download under test

@@ -72,6 +72,7 @@ void AppearanceSettings::update() {
     m_accent = m_desktop.accent ? m_desktop.accent : m_palette.accent;
     m_reducesMotion = m_desktop.reducesMotion.value_or(false);
     m_increasesContrast = m_desktop.increasesContrast.value_or(false);
+    m_windowButtons = m_desktop.windowButtons.value_or(QStringLiteral(":close"));
 }
 
 } // namespace platform

@@ -23,6 +23,7 @@ struct DesktopAppearance {
     std::optional<QColor> accent{};
     std::optional<bool> reducesMotion{};
     std::optional<bool> increasesContrast{};
+    std::optional<QString> windowButtons{}; ///< as "appmenu:minimize,maximize,close"
 
     friend bool operator==(const DesktopAppearance&, const DesktopAppearance&) = default;
 };
@@ -59,6 +60,8 @@ public:
     bool reducesMotion() const { return m_reducesMotion; }
     /// Whether a higher contrast is wanted.
     bool increasesContrast() const { return m_increasesContrast; }
+    /// Which buttons title bars have, before and after a colon: "appmenu:minimize,maximize,close".
+    QString windowButtons() const { return m_windowButtons; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -75,6 +78,7 @@ private:
     Observed<std::optional<QColor>> m_accent;
     Observed<bool> m_reducesMotion{false};
     Observed<bool> m_increasesContrast{false};
+    Observed<QString> m_windowButtons;
 };
 
 } // namespace platform

@@ -74,7 +74,9 @@ ChatView::ChatView(const Environment& environment, ChatViewModel& vm, QWidget* p
 
 void ChatView::body() {
     auto* header = new platform::HeaderBar(m_environment.theme, AppConfig::appName());
-    observe(header, [this, header] { header->setSubtitle(m_vm.modelManager.selectedSubtitle()); });
+    observe(
+        header, [this, header] { header->setSubtitle(m_vm.modelManager.selectedSubtitle()); });
+    observe(header, [this, header] { header->setWindowButtons(m_environment.windowButtons); });
     newChatButton(*header);
     menuButton(*header);
 

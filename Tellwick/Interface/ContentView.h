@@ -29,7 +29,9 @@ public:
     /// Called when the wheel is turned with Ctrl held, with the notches: up makes text larger.
     void onZoom(std::function<void(int)> zoom) { m_zoom = std::move(zoom); }
 
-    QAccessible::Role accessibleRole() const override { return QAccessible::Window; }
+    QAccessible::Role accessibleRole() const override {
+        return isWindow() ? QAccessible::Window : QAccessible::Client;
+    }
 
 protected:
     void showEvent(QShowEvent* event) override;

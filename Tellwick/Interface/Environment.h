@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Observation/Observed.h"
+#include "Platform/Widgets/Controls/WindowButtons.h"
+
+#include <optional>
+
 namespace platform {
 class OverlayHost;
 class Theme;
@@ -13,6 +18,8 @@ namespace tellwick {
 struct Services {
     const platform::Theme& theme;
     const platform::UrlOpener& urlOpener;
+    /// The buttons that the window's header has as its title bar; none: the desktop draws one.
+    const platform::Observed<std::optional<platform::WindowButtonLayout>>& windowButtons;
 };
 
 /// What every screen of a window draws on: the services, and the layer on which that window shows

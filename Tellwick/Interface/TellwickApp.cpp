@@ -2,6 +2,7 @@
 #include "Tellwick/Interface/TellwickApp.h"
 
 #include "Platform/Desktop/FontWarmUp.h"
+#include "Platform/Desktop/OwnFrame.h"
 #include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/WindowActivation.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
@@ -23,13 +24,21 @@ using namespace Qt::StringLiterals;
 
 static constexpr auto applicationFolder = "tellwick"_L1;
 
+/// The window round the window's content; null where the desktop draws one.
+static std::unique_ptr<platform::WindowFrame> windowFrame(const platform::Theme& theme) {
+    auto setMargins = platform::ownFrame();
+    return setMargins ? std::make_unique<platform::WindowFrame>(theme, std::move(setMargins))
+                      : nullptr;
+}
+
 TellwickApp::TellwickApp(QApplication& application)
     : m_directories(platform::UserDirectories::ofThisUser(applicationFolder))
     , m_systemModel(platform::makeSystemLanguageModel(m_network, m_directories,
                                                       QCoreApplication::applicationDirPath()))
     , m_container(conversationStore(m_directories.dataHome()))
     , m_context(m_container)
-    , m_window({m_theme, m_urlOpener}, [this] { return makeViewModel(); })
+    , m_frame(windowFrame(m_theme))
+    , m_window({m_theme, m_urlOpener, m_windowButtons}, [this] { return makeViewModel(); })
     , m_terminationSignals([] { QCoreApplication::quit(); }) {
     m_appearance.start();
     m_theme.setBodyFont(application.font());
@@ -40,11 +49,16 @@ TellwickApp::TellwickApp(QApplication& application)
             m_theme.setAccent(m_appearance.accent());
             m_theme.setIncreasedContrast(m_appearance.increasesContrast());
             m_theme.motion().setEnabled(!m_appearance.reducesMotion());
+            if (m_frame)
+                m_windowButtons =
+                    platform::WindowButtonLayout::parsed(m_appearance.windowButtons());
         });
     QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &m_observers,
                      [this, &application] { m_theme.setBodyFont(application.font()); });
     makeShortcuts(application);
     m_window.resize(defaultWidth, defaultHeight);
+    if (m_frame)
+        m_frame->setContent(m_window);
 }
 
 void TellwickApp::makeShortcuts(QApplication& application) {
@@ -55,7 +69,7 @@ void TellwickApp::makeShortcuts(QApplication& application) {
     on(
         Qt::CTRL | Qt::Key_Q, [&application] { application.quit(); });
     on(
-        Qt::CTRL | Qt::Key_W, [this] { m_window.close(); });
+        Qt::CTRL | Qt::Key_W, [this] { m_window.window()->close(); });
     const auto zoomBy = [this](int steps) {
         m_theme.setZoom(m_theme.zoom() * std::pow(1.1, steps));
     };
@@ -80,10 +94,11 @@ std::unique_ptr<ChatViewModel> TellwickApp::makeViewModel() {
 void TellwickApp::openWindow(const QByteArray& activationToken) {
     m_appearance.settle();
     platform::flushObservers(&m_observers);
-    if (m_window.isVisible())
-        platform::activateWindow(*m_window.windowHandle(), activationToken);
+    QWidget& window = *m_window.window();
+    if (window.isVisible())
+        platform::activateWindow(*window.windowHandle(), activationToken);
     else
-        m_window.show();
+        window.show();
 }
 
 int TellwickApp::main(int argc, char** argv) {

@@ -9,7 +9,7 @@
 #include "Platform/Http/NetworkThread.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 #include "Platform/Store/ModelContext.h"
-#include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Controls/WindowFrame.h"
 #include "Tellwick/Interface/ContentView.h"
 
 class QApplication;
@@ -44,12 +44,14 @@ private:
     platform::Theme m_theme;
     platform::UrlOpener m_urlOpener;
     platform::UserDirectories m_directories;
+    platform::Observed<std::optional<platform::WindowButtonLayout>> m_windowButtons;
     QObject m_observers;
     platform::MainExecutor m_mainExecutor;
     platform::NetworkThread m_network;
     const std::unique_ptr<platform::SystemLanguageModel> m_systemModel;
     platform::ModelContainer m_container;
     platform::ModelContext m_context;
+    const std::unique_ptr<platform::WindowFrame> m_frame; // none: the desktop draws one
     ContentView m_window;
     platform::TerminationSignals m_terminationSignals;
 };

@@ -18,6 +18,7 @@ const auto interface = u"org.freedesktop.portal.Settings"_s;
 
 const auto appearanceGroup = u"org.freedesktop.appearance"_s;
 const auto gnomeGroup = u"org.gnome.desktop.interface"_s;
+const auto gnomeWindowGroup = u"org.gnome.desktop.wm.preferences"_s;
 const auto plasmaGroup = u"org.kde.kdeglobals.KDE"_s;
 
 /// A value may come in more than one wrapping.
@@ -76,6 +77,7 @@ DesktopAppearance appearanceIn(const QMap<QString, QVariantMap>& settings) {
             reducedMotion == 1U || animations == false || (hasDuration && duration == 0);
     if (contrast)
         result.increasesContrast = contrast == 1U;
+    result.windowButtons = valueOf<QString>(setting(gnomeWindowGroup, u"button-layout"_s));
     return result;
 }
 
@@ -102,7 +104,7 @@ void SettingsPortal::settle() {
 
 void SettingsPortal::ask() {
     auto question = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
-    question << QStringList{appearanceGroup, gnomeGroup, plasmaGroup};
+    question << QStringList{appearanceGroup, gnomeGroup, gnomeWindowGroup, plasmaGroup};
     delete m_asked; // an older answer is of no interest any more
     m_asked = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
     QObject::connect(m_asked, &QDBusPendingCallWatcher::finished, this, [this] { takeAnswer(); });

@@ -40,6 +40,8 @@ Style styleOf(Button::Look look) {
         return {ColorRole::SecondaryLabel, TextStyle::Body, QFont::Normal, ring, ring, capsule};
     case Floating:
         return {ColorRole::Label, TextStyle::Body, QFont::Normal, 9, 9, capsule};
+    case Window:
+        return {ColorRole::Label, TextStyle::Body, QFont::Normal, 6, 6, capsule};
     case Default:
         return {ColorRole::Label, TextStyle::Body, QFont::Medium, 20, 7, Theme::controlRadius + 1};
     case Link:
@@ -156,6 +158,8 @@ std::optional<ColorRole> Button::background() const {
         return ColorRole::AccentFill;
     if (m_look == Floating)
         return ColorRole::Popover;
+    if (m_look == Window)
+        return ColorRole::Hover;
     return m_look == Chip ? std::optional(ColorRole::Chip) : std::nullopt;
 }
 

@@ -25,6 +25,7 @@ public:
         Icon,     ///< a symbol alone
         Disc,     ///< a symbol that is a disc itself: its own tone shows the pointer
         Floating, ///< a symbol on a disc that lies over the content
+        Window,   ///< a symbol on a quiet disc: what a title bar has for its window
         Default,  ///< a text on the accent: what Return does
         Link,     ///< like a link in text; the pointer becomes a hand
         Chip,     ///< a symbol and a text on a capsule, on or off: a toggle button
@@ -78,7 +79,8 @@ protected:
 
 private:
     bool isSymbolAlone() const {
-        return m_look == Look::Icon || m_look == Look::Disc || m_look == Look::Floating;
+        return m_look == Look::Icon || m_look == Look::Disc || m_look == Look::Floating ||
+               m_look == Look::Window;
     }
     bool isRow() const { return m_look == Look::MenuRow || m_look == Look::ListRow; }
     /// Whether the pointer is over the button and a click would press it.

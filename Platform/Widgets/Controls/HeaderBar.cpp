@@ -4,6 +4,7 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Label.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
@@ -12,10 +13,18 @@
 
 namespace platform {
 
+namespace {
+
+constexpr int buttonsMargin = 13; // between the window's buttons and its edge
+constexpr int buttonsGap = 6;     // more than between other items, before the texts
+
+} // namespace
+
 HeaderBar::HeaderBar(const Theme& theme, const QString& title)
     : m_theme(theme)
     , m_subtitle(new Label(theme, {}, TextStyle::Subheadline, ColorRole::SecondaryLabel))
-    , m_trailing(new QHBoxLayout) {
+    , m_trailing(new QHBoxLayout)
+    , m_row(new QHBoxLayout(this)) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     auto* heading = new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold);
     heading->setHeading();
@@ -27,11 +36,11 @@ HeaderBar::HeaderBar(const Theme& theme, const QString& title)
     texts->addWidget(m_subtitle);
     texts->addStretch();
     m_trailing->setSpacing(2);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(Theme::defaultPadding, 7, Theme::defaultPadding / 2, 8);
-    row->setSpacing(Theme::defaultSpacing);
-    row->addLayout(texts, 1);
-    row->addLayout(m_trailing);
+    m_row->setSpacing(Theme::defaultSpacing);
+    m_row->addLayout(texts, 1);
+    m_row->addLayout(m_trailing);
+
+    setWindowButtons(std::nullopt);
 
     observe(this, [this] { setMinimumHeight(static_cast<int>(m_theme.scaled(50))); });
 }
@@ -50,10 +59,60 @@ void HeaderBar::paintEvent(QPaintEvent* /*event*/) {
     painter.fillRect(QRect(0, height() - 1, width(), 1), m_theme.color(ColorRole::Divider));
 }
 
-void HeaderBar::mousePressEvent(QMouseEvent* event) {
-    auto* handle = window()->windowHandle();
-    if (event->button() == Qt::LeftButton && handle != nullptr)
+void HeaderBar::setWindowButtons(const std::optional<WindowButtonLayout>& buttons) {
+    qDeleteAll(m_windowButtons);
+    m_windowButtons.clear();
+    m_isTitleBar = buttons.has_value();
+    const auto add = [this](const QList<WindowButton>& kinds, int at, int otherwise) {
+        if (kinds.isEmpty())
+            return otherwise;
+        m_windowButtons.append(new WindowButtons(m_theme, kinds, this));
+        m_row->insertWidget(at, m_windowButtons.constLast(), 0, Qt::AlignVCenter);
+        return buttonsMargin;
+    };
+    const auto layout = buttons.value_or(WindowButtonLayout());
+    const int right = add(layout.right, -1, Theme::defaultPadding / 2);
+    const int left = add(layout.left, 0, Theme::defaultPadding);
+    if (!layout.left.isEmpty())
+        m_windowButtons.constLast()->layout()->setContentsMargins(0, 0, buttonsGap, 0);
+    m_row->setContentsMargins(left, 7, right, 8);
+    for (auto* shown : std::as_const(m_windowButtons))
+        shown->show();
+}
+
+void HeaderBar::moveWindow() {
+    if (auto* handle = window()->windowHandle())
         handle->startSystemMove();
+}
+
+void HeaderBar::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    // A move takes the pointer away: a title bar waits for it, or no click would become a double
+    // click.
+    if (m_isTitleBar)
+        m_pressed = event->position().toPoint();
+    else
+        moveWindow();
+}
+
+void HeaderBar::mouseMoveEvent(QMouseEvent* event) {
+    if (!m_pressed || (event->position().toPoint() - *m_pressed).manhattanLength() <
+                          QApplication::startDragDistance())
+        return;
+    m_pressed.reset();
+    moveWindow();
+}
+
+void HeaderBar::mouseReleaseEvent(QMouseEvent* /*event*/) {
+    m_pressed.reset();
+}
+
+void HeaderBar::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!m_isTitleBar)
+        mousePressEvent(event);
+    else if (event->button() == Qt::LeftButton)
+        WindowButtons::toggleMaximized(*window());
 }
 
 } // namespace platform

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Controls/WindowButtons.h"
 
 #include <QWidget>
+
+#include <optional>
 
 class QHBoxLayout;
 
@@ -12,8 +14,8 @@ namespace platform {
 class Label;
 
 /// The bar at the top of the window's content: title and subtitle, and buttons at the trailing end.
-/// It can be dragged to move the window.
-class HeaderBar final : public QWidget {
+/// It can be dragged to move the window. Where nobody else draws one, it is the window's title bar.
+class HeaderBar : public QWidget {
     Q_OBJECT
 
 public:
@@ -24,14 +26,28 @@ public:
     /// Adds a widget after the ones added before. Takes ownership.
     void addTrailing(QWidget* item);
 
+    /// Makes the bar the window's title bar, with these buttons, and a double click maximises the
+    /// window; none: the desktop draws one.
+    void setWindowButtons(const std::optional<WindowButtonLayout>& buttons);
+
 protected:
+    /// Has the desktop move the window along with the pointer.
+    virtual void moveWindow();
+
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     const Theme& m_theme;
     Label* m_subtitle;
     QHBoxLayout* m_trailing;
+    QHBoxLayout* m_row;
+    bool m_isTitleBar = false;
+    QList<WindowButtons*> m_windowButtons;
+    std::optional<QPoint> m_pressed; // of a title bar: where a drag may have begun
 };
 
 } // namespace platform

@@ -40,6 +40,7 @@ private Q_SLOTS:
         QVERIFY(!m_settings->accent());
         QVERIFY(!m_settings->reducesMotion());
         QVERIFY(!m_settings->increasesContrast());
+        QCOMPARE(m_settings->windowButtons(), u":close"_s);
         const AppearanceSettings dark([] { return desktopPalette(true, 0xffe95420); });
         QVERIFY(dark.isDark());
         QCOMPARE(dark.accent(), QColor(0xffe95420));
@@ -50,11 +51,13 @@ private Q_SLOTS:
         m_settings->follow({.isDark = false,
                             .accent = QColor(0xff3584e4),
                             .reducesMotion = true,
-                            .increasesContrast = true});
+                            .increasesContrast = true,
+                            .windowButtons = u"close:"_s});
         QVERIFY(!m_settings->isDark());
         QCOMPARE(m_settings->accent(), QColor(0xff3584e4));
         QVERIFY(m_settings->reducesMotion());
         QVERIFY(m_settings->increasesContrast());
+        QCOMPARE(m_settings->windowButtons(), u"close:"_s);
         changePalette(desktopPalette(true, 0xff00ff00));
         QVERIFY(!m_settings->isDark());
         QCOMPARE(m_settings->accent(), QColor(0xff3584e4));

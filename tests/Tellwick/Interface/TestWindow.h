@@ -21,6 +21,7 @@ struct TestDesktop {
     TestDesktop() { QCoreApplication::setApplicationVersion(QStringLiteral("2.3.1")); }
 
     platform::Theme theme;
+    platform::Observed<std::optional<platform::WindowButtonLayout>> windowButtons;
     QList<QUrl> opened;
     platform::UrlOpener urlOpener{[this](const QUrl& url) {
         opened.append(url);
@@ -34,7 +35,7 @@ struct TestDesktop {
                label->palette().color(QPalette::WindowText) == theme.color(role);
     }
 
-    tellwick::Services services() { return {theme, urlOpener}; }
+    tellwick::Services services() { return {theme, urlOpener, windowButtons}; }
 };
 
 /// A window for a single screen, in the theme's colour, with its layer for overlays.

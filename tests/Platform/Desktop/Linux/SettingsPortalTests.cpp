@@ -23,6 +23,7 @@ const PortalKey scheme{appearance, u"color-scheme"_s};
 const PortalKey accent{appearance, u"accent-color"_s};
 const PortalKey contrast{appearance, u"contrast"_s};
 const PortalKey motion{appearance, u"reduced-motion"_s};
+const PortalKey buttons{u"org.gnome.desktop.wm.preferences"_s, u"button-layout"_s};
 const PortalKey animations{gnome, u"enable-animations"_s};
 const PortalKey duration{plasma, u"AnimationDurationFactor"_s};
 
@@ -95,6 +96,8 @@ private Q_SLOTS:
         row("more contrast", contrast, 1U, {.increasesContrast = true});
         row("motion", motion, 0U, {.reducesMotion = false});
         row("reduced motion", motion, 1U, {.reducesMotion = true});
+        row("buttons of windows", buttons, u"close:"_s, {.windowButtons = u"close:"_s});
+        row("buttons as a number", buttons, 1U);
         row("animations", animations, true, {.reducesMotion = false});
         row("no animations", animations, false, {.reducesMotion = true});
         row("animations as a number", animations, 0U);
@@ -115,7 +118,8 @@ private Q_SLOTS:
     void onlyTheNeededGroupsAreAskedFor() {
         startSource();
         QTRY_COMPARE(m_portal->questions().size(), 1);
-        QCOMPARE(m_portal->questions().constFirst(), (QStringList{appearance, gnome, plasma}));
+        QCOMPARE(m_portal->questions().constFirst(),
+                 (QStringList{appearance, gnome, buttons.first, plasma}));
     }
 
     void aLiveChangeIsTold_data() {
@@ -129,6 +133,8 @@ private Q_SLOTS:
         row("motion", motion, 1U, {.isDark = true, .accent = blue, .reducesMotion = true});
         row("animations", animations, false,
             {.isDark = true, .accent = blue, .reducesMotion = true});
+        row("buttons of windows", buttons, u":"_s,
+            {.isDark = true, .accent = blue, .windowButtons = u":"_s});
     }
     void aLiveChangeIsTold() {
         QFETCH(PortalKey, key);

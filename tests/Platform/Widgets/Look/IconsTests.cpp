@@ -64,7 +64,7 @@ private Q_SLOTS:
             const auto bounds = path->boundingRect().adjusted(-half, -half, half, half);
             QVERIFY2(QRectF(-0.05, -0.05, 16.1, 16.1).contains(bounds), part.name);
         }
-        QCOMPARE(names.size(), size_t{26});
+        QCOMPARE(names.size(), size_t{29});
     }
 
     void anUnknownNamePaintsNothing() {
