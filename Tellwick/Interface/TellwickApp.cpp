@@ -10,6 +10,7 @@
 #include "Tellwick/Backends/OllamaBackend.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 #include "Tellwick/Core/AppConfig.h"
+#include "Tellwick/Interface/AppIcon.h"
 
 #include <QApplication>
 #include <QShortcut>
@@ -59,6 +60,7 @@ TellwickApp::TellwickApp(QApplication& application)
     m_window.resize(defaultWidth, defaultHeight);
     if (m_frame)
         m_frame->setContent(m_window);
+    setAppIcon(m_window, m_theme.icons());
 }
 
 void TellwickApp::makeShortcuts(QApplication& application) {

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QIcon;
+class QWidget;
+
+namespace platform {
+class Icons;
+} // namespace platform
+
+namespace tellwick {
+
+/// The program's icon, as packaging/tellwick.svg shows it.
+QIcon appIcon(const platform::Icons& icons);
+
+/// Gives a window the program's icon as soon as it has been painted for the first time, which does
+/// not wait for the icon. X11's window managers show it; a Wayland desktop takes it from the
+/// desktop entry.
+void setAppIcon(QWidget& window, const platform::Icons& icons);
+
+} // namespace tellwick
