@@ -4,6 +4,7 @@
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Controls/Button.h"
+#include "Platform/Widgets/Scrolling/EdgeFade.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Platform/Widgets/Text/TextView.h"
@@ -37,6 +38,11 @@ MessageList::MessageList(const Environment& environment, const ChatViewModel& vm
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins({});
     whole->addLayout(stack);
+    m_top = new platform::EdgeFade(environment.theme, Qt::TopEdge, this);
+    m_bottom = new platform::EdgeFade(environment.theme, Qt::BottomEdge, this);
+    observe(
+        m_top, [this] { m_top->setVisible(count() > 0 && !m_column->showsStart()); });
+    observe(m_bottom, [this] { m_bottom->setVisible(count() > 0 && !m_column->showsEnd()); });
     makeJumpButton();
     observe(this, [this, stack, empty, make = std::move(makeEmptyState)] {
         if (count() == 0 && !empty->content()) {
@@ -50,7 +56,8 @@ MessageList::MessageList(const Environment& environment, const ChatViewModel& vm
                     setTabOrder(std::exchange(last, inside), inside);
         }
         stack->setCurrentIndex(count() == 0 ? 0 : 1);
-        m_jump->raise();
+        for (QWidget* above : std::initializer_list<QWidget*>{m_top, m_bottom, m_jump})
+            above->raise();
         m_column->reload();
         follow();
     });
@@ -63,7 +70,9 @@ MessageList::MessageList(const Environment& environment, const ChatViewModel& vm
             if (QWidget* bubble = last >= 0 ? m_column->widgetOf(last) : nullptr)
                 platform::announce(bubble, accessibleName(last));
         });
-    observe(m_column, [this] { showMatch(); });
+    observe(
+        m_column, [this] { showMatch(); });
+    observe(m_column, [this] { waitForFirstWord(); });
 }
 
 /// Follows changes; what is there when the list first appears scrolls nothing.
@@ -89,7 +98,26 @@ void MessageList::makeJumpButton() {
     observe(m_jump, [this] { m_jump->setVisible(count() > 0 && !m_column->showsEnd()); });
 }
 
+void MessageList::waitForFirstWord() {
+    const bool isWaiting =
+        m_vm.isGenerating.value() && count() > 0 && message(count() - 1).content.isEmpty();
+    if (!isWaiting) {
+        m_waiting.stop();
+        m_column->setBusy(false);
+    } else if (!m_waiting.isActive()) {
+        m_waiting.start(1000, this);
+    }
+}
+
+void MessageList::timerEvent(QTimerEvent*) {
+    m_waiting.stop();
+    m_column->setBusy(true);
+}
+
 void MessageList::resizeEvent(QResizeEvent*) {
+    m_top->setGeometry(0, 0, width(), platform::EdgeFade::depth);
+    m_bottom->setGeometry(0, height() - platform::EdgeFade::depth, width(),
+                          platform::EdgeFade::depth);
     constexpr int margin = 8;
     const QSize size = m_jump->sizeHint();
     m_jump->setGeometry({{(width() - size.width()) / 2, height() - size.height() - margin}, size});

@@ -6,12 +6,14 @@
 #include "Tellwick/Interface/ConversationFind.h"
 #include "Tellwick/Interface/Environment.h"
 
+#include <QBasicTimer>
 #include <QWidget>
 
 #include <functional>
 
 namespace platform {
 class Button;
+class EdgeFade;
 class LazyColumn;
 } // namespace platform
 
@@ -25,7 +27,8 @@ class MessageBubble;
 ///
 /// A new message scrolls it to its end. So does a reply that grows, unless the user has scrolled
 /// away from there to read; a button leads back. A reply is read out when it is whole. What is
-/// looked for is lit, and the current match brought into view.
+/// looked for is lit, and the current match brought into view. While the first word of a reply is
+/// long in coming, assistive technology hears that the list is busy.
 class MessageList final : public QWidget, private platform::LazyRows {
     Q_OBJECT
 
@@ -43,10 +46,12 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
 
 private:
     void follow();
     void makeJumpButton();
+    void waitForFirstWord();
     void showMatch();
     void light(qsizetype row, MessageBubble& bubble) const;
 
@@ -64,7 +69,10 @@ private:
     const ChatViewModel& m_vm;
     const ConversationFind& m_find;
     platform::LazyColumn* m_column = nullptr;
+    platform::EdgeFade* m_top = nullptr;
+    platform::EdgeFade* m_bottom = nullptr;
     platform::Button* m_jump = nullptr;
+    QBasicTimer m_waiting; // for the first word
     /// What was last followed.
     qsizetype m_count = -1;
     platform::TextSnapshot m_lastText;

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QShortcut>
+#include <QToolTip>
 #include <QWindow>
 
 #include <cmath>
@@ -30,6 +31,15 @@ static std::unique_ptr<platform::WindowFrame> windowFrame(const platform::Theme&
     auto setMargins = platform::ownFrame();
     return setMargins ? std::make_unique<platform::WindowFrame>(theme, std::move(setMargins))
                       : nullptr;
+}
+
+static QPalette toolTipPalette(const platform::Theme& theme) {
+    QPalette palette = QToolTip::palette();
+    for (const auto role : {QPalette::ToolTipBase, QPalette::Window})
+        palette.setColor(role, theme.color(platform::ColorRole::Popover));
+    for (const auto role : {QPalette::ToolTipText, QPalette::WindowText})
+        palette.setColor(role, theme.color(platform::ColorRole::Label));
+    return palette;
 }
 
 TellwickApp::TellwickApp(QApplication& application)
@@ -49,6 +59,8 @@ TellwickApp::TellwickApp(QApplication& application)
             m_theme.setDark(m_appearance.isDark());
             m_theme.setAccent(m_appearance.accent());
             m_theme.setIncreasedContrast(m_appearance.increasesContrast());
+            QToolTip::setFont(m_theme.font(platform::TextStyle::Caption));
+            QToolTip::setPalette(toolTipPalette(m_theme));
             m_theme.motion().setEnabled(!m_appearance.reducesMotion());
             if (m_frame)
                 m_windowButtons =

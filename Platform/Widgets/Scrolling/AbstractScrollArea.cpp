@@ -76,6 +76,7 @@ QRect AbstractScrollArea::mirrored(const QRect& rect) const {
 void AbstractScrollArea::updateBar() {
     m_laidOut = maximum();
     m_isHeldByUser = m_isHeldByUser && !isAtEnd();
+    m_showsStart = m_offset == 0;
     m_showsEnd = isAtEnd() || isScrollingToEnd();
     if (!m_bar)
         return;

@@ -37,7 +37,9 @@ public:
     int maximum() const;
     /// Whether the end is in view, or was when the content was last laid out.
     bool isAtEnd() const { return m_offset >= m_laidOut; }
-    /// The same, also while scrollToEnd() is on its way. Tracked by observe().
+    /// Whether the start is in view. Tracked by observe().
+    bool showsStart() const { return m_showsStart.value(); }
+    /// The same of the end, also while scrollToEnd() is on its way. Tracked by observe().
     bool showsEnd() const { return m_showsEnd.value(); }
     /// Whether the user has scrolled away from the end, by whatever means, and has not come back.
     bool isHeldByUser() const { return m_isHeldByUser; }
@@ -104,6 +106,7 @@ private:
     OverlayScrollBar* m_bar = nullptr; // of a vertical area
     int m_offset = 0;
     int m_laidOut = 0; // the maximum then
+    Observed<bool> m_showsStart{true};
     Observed<bool> m_showsEnd{true};
     bool m_isHeldByUser = false;
     qreal m_fraction = 0; // of a pixel that was moved beyond m_offset

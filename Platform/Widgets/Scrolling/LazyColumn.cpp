@@ -214,6 +214,15 @@ void LazyColumn::orderTabs() {
     }
 }
 
+void LazyColumn::setBusy(bool isBusy) {
+    if (std::exchange(m_isBusy, isBusy) == isBusy)
+        return;
+    QAccessible::State changed;
+    changed.busy = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
 // Keyboard
 
 QWidget* LazyColumn::showRow(qsizetype row) {

@@ -52,6 +52,10 @@ public:
     /// The first row that is at least partly in view.
     qsizetype firstVisibleRow() const { return firstBelow(offset()); }
 
+    /// Whether more rows are awaited, for assistive technology.
+    bool isBusy() const { return m_isBusy; }
+    void setBusy(bool isBusy);
+
     const LazyRows& rows() const { return m_source; }
 
 protected:
@@ -96,6 +100,7 @@ private:
     qsizetype m_anchorRow = 0; // when it was noted
     int m_anchorY = 0;         // where the anchor's top is, below the upper edge
     QUuid m_current;           // where the keyboard is, or was last
+    bool m_isBusy = false;
     bool m_isLayingOut = false;
     bool m_hasSize = false; // nothing is built for a size that is still to come
 };

@@ -101,6 +101,7 @@ public:
     }
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
+        state.busy = column().isBusy();
         if (column().currentRow() >= 0) // which has the focus, then
             state.focused = false;
         return state;

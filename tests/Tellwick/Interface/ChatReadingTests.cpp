@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // How a conversation is read: scrolled away from its end and back, message by message, searched.
 #include "Platform/Widgets/Controls/LineField.h"
+#include "Platform/Widgets/Scrolling/EdgeFade.h"
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
@@ -143,6 +144,44 @@ private Q_SLOTS:
         openWith(2);
         m->flush();
         QVERIFY(!jump());
+    }
+
+    void whatGoesOnBehindAnEdgeFades() {
+        openWith(12);
+        m->flush();
+        const auto fades = m->view->findChildren<platform::EdgeFade*>();
+        QCOMPARE(fades.size(), 2);
+        const auto shown = [&] {
+            m->flush();
+            return QList<bool>{fades[0]->isVisible(), fades[1]->isVisible()};
+        };
+        QCOMPARE(shown(), (QList<bool>{false, true}));
+        turnWheel(-120);
+        QCOMPARE(shown(), (QList<bool>{true, true}));
+        column().scrollToEnd(false);
+        QCOMPARE(shown(), (QList<bool>{true, false}));
+        QCOMPARE(m->placeOf(fades[0]).top(), m->placeOf(m->column()).top());
+        QCOMPARE(m->placeOf(fades[1]).bottom(), m->placeOf(m->column()).bottom());
+    }
+
+    void aFirstWordThatIsLongInComingMakesTheListBusy() {
+        openWith(2);
+        auto& turn = m->conversation.ask(u"One more"_s);
+        m->flush();
+        const auto isBusy = [this] { return bool(screen().find(u"Conversation"_s)->state().busy); };
+        QVERIFY(!isBusy());
+        QTRY_VERIFY(isBusy());
+        say(turn, 1);
+        QVERIFY(!isBusy());
+        turn.end();
+        QVERIFY(m->conversation.settle());
+        m->conversation.ask(u"And more"_s);
+        m->flush();
+        QTRY_VERIFY(isBusy());
+        m->vm().stop();
+        QVERIFY(m->conversation.settle());
+        m->flush();
+        QVERIFY(!isBusy());
     }
 
     void keysScrollFromTheField() {
