@@ -48,6 +48,8 @@ void AppearanceSettings::follow(const DesktopAppearance& desktop) {
 bool AppearanceSettings::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange && watched == qApp)
         readPalette();
+    else if (event->type() == QEvent::ApplicationFontChange && watched == qApp)
+        update();
     return false;
 }
 
@@ -71,6 +73,8 @@ void AppearanceSettings::update() {
     m_isDark = m_desktop.isDark.value_or(m_palette.isDark.value_or(false));
     m_accent = m_desktop.accent ? m_desktop.accent : m_palette.accent;
     m_reducesMotion = m_desktop.reducesMotion.value_or(false);
+    m_font = m_desktop.font.value_or(QGuiApplication::font());
+    m_monospacedFont = m_desktop.monospacedFont;
     m_increasesContrast = m_desktop.increasesContrast.value_or(false);
     m_windowButtons = m_desktop.windowButtons.value_or(QStringLiteral(":close"));
 }

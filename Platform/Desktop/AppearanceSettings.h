@@ -4,6 +4,7 @@
 #include "Platform/Observation/Observed.h"
 
 #include <QColor>
+#include <QFont>
 #include <QGuiApplication>
 #include <QObject>
 #include <QPalette>
@@ -24,6 +25,8 @@ struct DesktopAppearance {
     std::optional<bool> reducesMotion{};
     std::optional<bool> increasesContrast{};
     std::optional<QString> windowButtons{}; ///< as "appmenu:minimize,maximize,close"
+    std::optional<QFont> font{};
+    std::optional<QFont> monospacedFont{};
 
     friend bool operator==(const DesktopAppearance&, const DesktopAppearance&) = default;
 };
@@ -62,6 +65,10 @@ public:
     bool increasesContrast() const { return m_increasesContrast; }
     /// Which buttons title bars have, before and after a colon: "appmenu:minimize,maximize,close".
     QString windowButtons() const { return m_windowButtons; }
+    /// The font of the desktop's own texts: what it tells or, without that, what Qt found.
+    QFont font() const { return m_font; }
+    /// The desktop's font for code, if it tells one.
+    std::optional<QFont> monospacedFont() const { return m_monospacedFont; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -79,6 +86,8 @@ private:
     Observed<bool> m_reducesMotion{false};
     Observed<bool> m_increasesContrast{false};
     Observed<QString> m_windowButtons;
+    Observed<QFont> m_font;
+    Observed<std::optional<QFont>> m_monospacedFont;
 };
 
 } // namespace platform

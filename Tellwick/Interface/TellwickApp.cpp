@@ -52,22 +52,24 @@ TellwickApp::TellwickApp(QApplication& application)
     , m_window({m_theme, m_urlOpener, m_windowButtons}, [this] { return makeViewModel(); })
     , m_terminationSignals([] { QCoreApplication::quit(); }) {
     m_appearance.start();
-    m_theme.setBodyFont(application.font());
+    platform::observe(&m_observers, [this] {
+        m_theme.setDark(m_appearance.isDark());
+        m_theme.setAccent(m_appearance.accent());
+        m_theme.setIncreasedContrast(m_appearance.increasesContrast());
+        m_theme.motion().setEnabled(!m_appearance.reducesMotion());
+        m_theme.setMonospacedFont(m_appearance.monospacedFont());
+        m_theme.setBodyFont(m_appearance.font());
+        if (m_frame)
+            m_windowButtons = platform::WindowButtonLayout::parsed(m_appearance.windowButtons());
+    });
     platform::observe(
         &m_observers,
         [this] {
-            m_theme.setDark(m_appearance.isDark());
-            m_theme.setAccent(m_appearance.accent());
-            m_theme.setIncreasedContrast(m_appearance.increasesContrast());
             QToolTip::setFont(m_theme.font(platform::TextStyle::Caption));
             QToolTip::setPalette(toolTipPalette(m_theme));
-            m_theme.motion().setEnabled(!m_appearance.reducesMotion());
-            if (m_frame)
-                m_windowButtons =
-                    platform::WindowButtonLayout::parsed(m_appearance.windowButtons());
         });
     QObject::connect(&application, &QGuiApplication::fontDatabaseChanged, &m_observers,
-                     [this, &application] { m_theme.setBodyFont(application.font()); });
+                     [this] { m_theme.setBodyFont(m_appearance.font()); });
     makeShortcuts(application);
     m_window.resize(defaultWidth, defaultHeight);
     if (m_frame)

@@ -5,6 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
+#include <QGuiApplication>
 
 namespace platform {
 
@@ -55,6 +56,34 @@ std::optional<QColor> colorOf(const QVariant& value) {
                       .rgb());
 }
 
+/// The font that a description names, family first, its size in points last: "Cantarell Bold 11".
+/// None where it names no size.
+std::optional<QFont> fontOf(const QString& description, double scale) {
+    QStringList words = description.split(u' ', Qt::SkipEmptyParts);
+    bool isSize = false;
+    const double size = words.isEmpty() ? 0 : words.takeLast().toDouble(&isSize);
+    if (!isSize || size <= 0 || words.isEmpty())
+        return std::nullopt;
+    QFont font;
+    static const QMap<QString, QFont::Weight> weights{
+        {u"Thin"_s, QFont::Thin},         {u"Light"_s, QFont::Light},
+        {u"Regular"_s, QFont::Normal},    {u"Book"_s, QFont::Normal},
+        {u"Medium"_s, QFont::Medium},     {u"Semi-Bold"_s, QFont::DemiBold},
+        {u"SemiBold"_s, QFont::DemiBold}, {u"Bold"_s, QFont::Bold}};
+    while (words.size() > 1) {
+        if (weights.contains(words.constLast()))
+            font.setWeight(weights.value(words.constLast()));
+        else if (words.constLast() == u"Italic" || words.constLast() == u"Oblique")
+            font.setItalic(true);
+        else
+            break;
+        words.removeLast();
+    }
+    font.setFamily(words.join(u' ').remove(u','));
+    font.setPointSizeF(size * scale);
+    return font;
+}
+
 /// What the settings say; one that is not there, or not of the agreed type, says nothing.
 DesktopAppearance appearanceIn(const QMap<QString, QVariantMap>& settings) {
     const auto setting = [&settings](const QString& group, const QString& key) {
@@ -78,6 +107,18 @@ DesktopAppearance appearanceIn(const QMap<QString, QVariantMap>& settings) {
     if (contrast)
         result.increasesContrast = contrast == 1U;
     result.windowButtons = valueOf<QString>(setting(gnomeWindowGroup, u"button-layout"_s));
+    if (!settings.contains(plasmaGroup)) { // whose fonts Qt knows by itself
+        // On X11 the scale is in the display's resolution already.
+        const bool scales = QGuiApplication::platformName().startsWith(u"wayland");
+        const double factor =
+            valueOf<double>(setting(gnomeGroup, u"text-scaling-factor"_s)).value_or(1);
+        const double scale = scales && factor > 0 && factor < 10 ? factor : 1;
+        const auto text = [&](const QString& key) {
+            return valueOf<QString>(setting(gnomeGroup, key)).value_or(QString());
+        };
+        result.font = fontOf(text(u"font-name"_s), scale);
+        result.monospacedFont = fontOf(text(u"monospace-font-name"_s), scale);
+    }
     return result;
 }
 
@@ -88,9 +129,13 @@ void SettingsPortal::start(const std::optional<QDBusConnection>& bus, Changed ch
     m_bus = bus;
     if (!m_bus)
         return;
-    // First listen, then ask: no change can fall between the two.
-    m_bus->connect(service, path, interface, u"SettingChanged"_s, this,
-                   SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // First listen, then ask: no change can fall between the two. The bus looks a slot's types up
+    // by name, and knows this one only once somebody has registered it.
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");
+    [[maybe_unused]] const bool isHeard =
+        m_bus->connect(service, path, interface, u"SettingChanged"_s, this,
+                       SLOT(settingChanged(QString, QString, QDBusVariant)));
+    Q_ASSERT(isHeard || !m_bus->isConnected());
     auto* watcher =
         new QDBusServiceWatcher(service, *m_bus, QDBusServiceWatcher::WatchForRegistration, this);
     QObject::connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { ask(); });

@@ -36,7 +36,7 @@ protected:
         QPainter painter(this);
         for (int i = 1; i < layout()->count(); ++i) {
             const auto y = layout()->itemAt(i)->geometry().top() - 1;
-            const auto line = QRect(inset, y, width() - inset, 1);
+            const auto line = QRect(inset, y, width() - 2 * inset, 1);
             painter.fillRect(QStyle::visualRect(layoutDirection(), rect(), line),
                              m_theme.color(ColorRole::Divider));
         }

@@ -161,6 +161,10 @@ QFont Theme::bodyFont() const {
     return resized(m_bodyFont.value(), m_zoom.value());
 }
 
+void Theme::setMonospacedFont(const std::optional<QFont>& font) {
+    m_ownMonospaced = font;
+}
+
 void Theme::setZoom(qreal zoom) {
     m_zoom = std::clamp(zoom, 0.8, 2.0);
 }
@@ -169,7 +173,7 @@ QFont Theme::codeFont() const {
     if (!m_monospaced) // asked of the desktop only when somebody needs it
         m_monospaced = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     const auto body = bodyFont();
-    auto font = *m_monospaced;
+    auto font = m_ownMonospaced.value().value_or(*m_monospaced);
     if (body.pixelSize() > 0)
         font.setPixelSize(body.pixelSize());
     else

@@ -120,6 +120,9 @@ public:
     /// Within 0.8 and 2.
     void setZoom(qreal zoom);
 
+    /// The font of code; none: the one that Qt finds.
+    void setMonospacedFont(const std::optional<QFont>& font);
+
     /// A length that goes with the text (13 points: the body's em) in device-independent pixels.
     qreal scaled(qreal points) const;
     /// The side of the square for a symbol that stands in a font of so many points.
@@ -173,6 +176,7 @@ private:
     std::array<QColor, static_cast<size_t>(ColorRole::Count_)> m_palette;
     Observed<QFont> m_bodyFont;
     Observed<qreal> m_zoom{1};
+    Observed<std::optional<QFont>> m_ownMonospaced;
     mutable std::optional<QFont> m_monospaced;
     EmojiFont m_emojiFont;
     Icons m_icons;

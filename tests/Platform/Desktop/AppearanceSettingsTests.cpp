@@ -87,6 +87,24 @@ private Q_SLOTS:
         QVERIFY(!m_settings->reducesMotion());
     }
 
+    void theFontIsTheDesktopsOrTheApplications() {
+        QCOMPARE(m_settings->font(), QGuiApplication::font());
+        const QFont before = QGuiApplication::font();
+        QFont other = before;
+        other.setPointSizeF(before.pointSizeF() + 3);
+        QApplication::setFont(other);
+        QCOMPARE(m_settings->font(), other);
+        const QFont desktops(u"Cantarell"_s, 11);
+        m_settings->follow({.font = desktops, .monospacedFont = QFont(u"Monospace"_s, 11)});
+        QCOMPARE(m_settings->font(), desktops);
+        QVERIFY(m_settings->monospacedFont());
+        QApplication::setFont(before);
+        QCOMPARE(m_settings->font(), desktops);
+        m_settings->follow({});
+        QCOMPARE(m_settings->font(), before);
+        QVERIFY(!m_settings->monospacedFont());
+    }
+
     void aHighlightOfTheToolkitIsNoAccent_data() {
         QTest::addColumn<QRgb>("highlight");
         QTest::addColumn<bool>("isAccent");

@@ -17,6 +17,8 @@ public:
     /// Whether the bus runs and takes connections.
     bool isRunning() const { return !m_address.isEmpty(); }
 
+    const QString& address() const { return m_address; }
+
     /// A new connection, closed with the bus.
     QDBusConnection connect();
     /// Ends the bus at once, as a crash would.

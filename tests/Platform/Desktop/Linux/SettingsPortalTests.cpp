@@ -6,6 +6,7 @@
 
 #include <QDBusMessage>
 #include <QDeadlineTimer>
+#include <QProcess>
 
 #include <cmath>
 #include <limits>
@@ -105,6 +106,22 @@ private Q_SLOTS:
         row("instant animations", duration, u"0"_s, {.reducesMotion = true});
         row("instant animations, a number", duration, 0.0, {.reducesMotion = true});
         row("nonsense animations", duration, u"fast"_s);
+        const auto made = [](const QString& family, double size) {
+            QFont font(family);
+            font.setPointSizeF(size);
+            return font;
+        };
+        QFont strong = made(u"Noto Sans"_s, 10.5);
+        strong.setWeight(QFont::DemiBold);
+        strong.setItalic(true);
+        const PortalKey font{gnome, u"font-name"_s};
+        row("font", font, u"Cantarell 11"_s, {.font = made(u"Cantarell"_s, 11)});
+        row("font of a style", font, u"Noto Sans, Semi-Bold Italic 10.5"_s, {.font = strong});
+        row("font without a size", font, u"Cantarell"_s);
+        row("font of nothing", font, u"11"_s);
+        row("font as a number", font, 11U);
+        row("monospaced font", PortalKey{gnome, u"monospace-font-name"_s}, u"Source Code Pro 10"_s,
+            {.monospacedFont = made(u"Source Code Pro"_s, 10)});
     }
     void whatThePortalSaysIsTold() {
         QFETCH(PortalKey, key);
@@ -120,6 +137,29 @@ private Q_SLOTS:
         QTRY_COMPARE(m_portal->questions().size(), 1);
         QCOMPARE(m_portal->questions().constFirst(),
                  (QStringList{appearance, gnome, buttons.first, plasma}));
+    }
+
+    void whereThePortalIsPlasmasItsFontsAreLeftToQt() {
+        m_portal->setValue({gnome, u"font-name"_s}, u"Cantarell 11"_s);
+        m_portal->setValue(duration, u"1"_s);
+        startSource();
+        EXPECT_TOLD(1, (DesktopAppearance{.reducesMotion = false}));
+    }
+
+    void aChangeIsHeardWhereNothingElseKnowsTheBus() {
+        m_portal->setValue(scheme, 1U);
+        QProcess listener;
+        listener.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        listener.start(QStringLiteral(SETTINGS_LISTENER), {m_bus->address()});
+        const auto said = [&] {
+            const bool isLine = QTest::qWaitFor([&] { return listener.canReadLine(); }, 10'000);
+            return isLine ? listener.readLine().trimmed() : QByteArray();
+        };
+        QCOMPARE(said(), QByteArray("dark"));
+        m_portal->changeValue(scheme, 2U);
+        QCOMPARE(said(), QByteArray("light"));
+        listener.kill();
+        QVERIFY(listener.waitForFinished());
     }
 
     void aLiveChangeIsTold_data() {
@@ -151,7 +191,7 @@ private Q_SLOTS:
     void aChangeOfSomethingElseIsNotTold() {
         startSource();
         QTRY_COMPARE(m_told.size(), 1);
-        m_portal->changeValue({gnome, u"font-name"_s}, u"Sans 12"_s);
+        m_portal->changeValue({gnome, u"cursor-size"_s}, 24);
         m_portal->changeValue({u"org.example"_s, u"color-scheme"_s}, 1U);
         m_portal->changeValue(scheme, 1U); // messages keep their order
         EXPECT_TOLD(2, (DesktopAppearance{.isDark = true}));

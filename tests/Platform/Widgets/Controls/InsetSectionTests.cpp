@@ -35,7 +35,7 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), 2U);
         for (qsizetype i = 0; i < 2; ++i) {
             const auto top = rows.at(i + 1)->mapTo(&section, QPoint()).y();
-            QCOMPARE(lines.at(static_cast<size_t>(i)), QRectF(14, top - 1, 360 - 14, 1));
+            QCOMPARE(lines.at(static_cast<size_t>(i)), QRectF(14, top - 1, 360 - 2 * 14, 1));
         }
     }
 
