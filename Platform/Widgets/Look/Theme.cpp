@@ -28,7 +28,7 @@ constexpr Tone tones[] = {
     {ColorRole::Accent, 0xff007aff, 0xff0a84ff}, // without one of the desktop's
     {ColorRole::Label, 0xff1d1d1f, 0xfff2f2f4},
     {ColorRole::SecondaryLabel, 0xff5f5f66, 0xffb0b0b8},
-    {ColorRole::TertiaryLabel, 0xff707076, 0xff98989f},
+    {ColorRole::TertiaryLabel, 0xff6b6b71, 0xff98989f},
     {ColorRole::Red, 0xffd70015, 0xffff6961},
     {ColorRole::Orange, 0xffb04a00, 0xffff9f0a},
     {ColorRole::OrangeSymbol, 0xffd96b00, 0xffff9f0a},
@@ -123,6 +123,7 @@ void Theme::rebuild() {
     const auto hardest = of(m_dark ? Card : Popover);
     const double ratio = m_hasIncreasedContrast ? wellReadable : readable;
     if (m_hasIncreasedContrast) {
+        of(Label) = extreme;
         for (const auto role : {SecondaryLabel, TertiaryLabel, Red, Orange, OrangeSymbol})
             of(role) = adjustedForContrast(of(role), composed(withOpacity(of(role), 0.15), hardest),
                                            extreme, ratio);

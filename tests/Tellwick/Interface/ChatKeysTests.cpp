@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QScrollBar>
 #include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
@@ -59,6 +60,9 @@ private Q_SLOTS:
         screen().key(Qt::Key_V, Qt::ControlModifier);
         QCOMPARE(m->field()->text(), u"apasted"_s);
         QVERIFY(clickBubble());
+        QInputMethodQueryEvent asked(Qt::ImEnabled); // or nothing is composed there
+        QCoreApplication::sendEvent(QGuiApplication::focusObject(), &asked);
+        QVERIFY(asked.value(Qt::ImEnabled).toBool());
         QInputMethodEvent composed(u"\u4e2d"_s, {});
         QCoreApplication::sendEvent(QGuiApplication::focusObject(), &composed);
         QVERIFY(m->field()->hasFocus());
@@ -134,6 +138,20 @@ private Q_SLOTS:
         turn(m->column(), 60);
         turn(m->column(), 60);
         QCOMPARE(steps, (QList<int>{1, -2, 1}));
+        // Also where there is something to scroll.
+        auto& asked = m->conversation.ask(u"word\n"_s.repeated(100));
+        asked.end();
+        QVERIFY(m->conversation.settle());
+        m->vm().draft = u"line\n"_s.repeated(50);
+        m->flush();
+        QVERIFY(m->column()->maximum() > 0 && m->field()->verticalScrollBar()->maximum() > 0);
+        const int offset = m->column()->offset();
+        const int line = m->field()->verticalScrollBar()->value();
+        turn(m->column(), 120);
+        turn(m->field()->viewport(), 120);
+        QCOMPARE(steps.mid(3), (QList<int>{1, 1}));
+        QCOMPARE(m->column()->offset(), offset);
+        QCOMPARE(m->field()->verticalScrollBar()->value(), line);
     }
 
     void everythingFollowsTheSizeOfTheText() {

@@ -6,6 +6,7 @@
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
+#include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
 
 #include <QClipboard>
@@ -13,6 +14,7 @@
 #include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
+using platform::ColorRole;
 using tellwick::MessageBubble;
 
 class ChatReadingTests final : public QObject {
@@ -64,6 +66,12 @@ class ChatReadingTests final : public QObject {
     }
 
     platform::Button* jump() { return screen().widget<platform::Button>(u"Jump to newest"_s); }
+
+    bool isLit(qsizetype row, ColorRole role) {
+        QWidget* bubble = column().widgetOf(row);
+        const QColor color = m->desktop.theme.color(role);
+        return tests::PaintRecorder(*bubble).hasColor(color, bubble->rect());
+    }
 
     /// The message that shows the focus, -1: none.
     int current() {
@@ -186,7 +194,9 @@ private Q_SLOTS:
 
     void keysScrollFromTheField() {
         openWith(12);
-        screen().type("draft");
+        screen().type("two");
+        screen().key(Qt::Key_Return, Qt::ShiftModifier);
+        screen().type("lines");
         QVERIFY(m->field()->hasFocus());
         screen().key(Qt::Key_End, Qt::ControlModifier);
         QVERIFY(column().isAtEnd());
@@ -199,35 +209,55 @@ private Q_SLOTS:
         screen().key(Qt::Key_Home, Qt::ControlModifier);
         QCOMPARE(column().offset(), 0);
         QVERIFY(m->field()->hasFocus());
-        QCOMPARE(m->field()->text(), u"draft"_s);
+        QCOMPARE(m->field()->text(), u"two\nlines"_s);
     }
 
     void keysGoFromMessageToMessage() {
-        openWith(12);
+        openWith(40);
         QCOMPARE(current(), -1);
         column().setFocus(Qt::TabFocusReason);
         const int first = current();
         QVERIFY(first >= 0);
         screen().key(Qt::Key_Home);
         QCOMPARE(current(), 0);
+        column().setOffset(column().maximum());
+        QVERIFY(!column().widgetOf(0));
+        column().setOffset(0);
+        QCOMPARE(current(), 0); // also when it is made anew
         screen().key(Qt::Key_Up);
         QCOMPARE(current(), 0);
         screen().key(Qt::Key_Down);
         QCOMPARE(current(), 1);
+        QVERIFY(isLit(1, ColorRole::FocusRing));
         screen().key(Qt::Key_End);
-        QCOMPARE(current(), 11);
+        QCOMPARE(current(), 39);
         QVERIFY(column().isAtEnd());
         QVERIFY(m->column()->hasFocus());
-        for (int i = 10; i >= 5; --i) {
+        for (int i = 38; i >= 33; --i) {
             screen().key(Qt::Key_Up);
             QCOMPARE(current(), i);
             QVERIFY(column().rect().intersects(column().rowRect(i)));
         }
         auto* list = screen().find(u"Conversation"_s);
         QVERIFY(!list->state().focused);
-        QCOMPARE(list->focusChild(), list->child(5));
+        QCOMPARE(list->focusChild(), list->child(33));
         m->field()->setFocus();
         QCOMPARE(current(), -1);
+    }
+
+    void keysScrollThroughAMessageThatIsHigherThanTheView() {
+        openWith(2);
+        askAndGrow();
+        column().setFocus(Qt::TabFocusReason);
+        screen().key(Qt::Key_End);
+        QCOMPARE(current(), 3);
+        column().setOffset(column().maximum());
+        const int end = column().offset();
+        screen().key(Qt::Key_Up);
+        QCOMPARE(current(), 3);
+        QVERIFY(column().offset() < end);
+        screen().key(Qt::Key_Down);
+        QCOMPARE(column().offset(), end);
     }
 
     void aMessageIsCopiedByKey() {
@@ -259,6 +289,10 @@ private Q_SLOTS:
         m->flush();
         QVERIFY(screen().shows(u"2 of 11"_s));
         QVERIFY(column().rect().intersects(column().rowRect(40)));
+        QVERIFY(isLit(40, ColorRole::FoundCurrentOnAccent)); // made just now
+        QVERIFY(!isLit(40, ColorRole::FoundOnAccent));
+        QVERIFY(isLit(41, ColorRole::Found));
+        QVERIFY(!isLit(41, ColorRole::FoundCurrent));
         screen().key(Qt::Key_Return, Qt::ShiftModifier);
         m->flush();
         QVERIFY(column().rect().intersects(column().rowRect(4)));
@@ -266,6 +300,7 @@ private Q_SLOTS:
         m->flush();
         QVERIFY(!screen().shows(u"Find"_s));
         QVERIFY(m->field()->hasFocus());
+        QVERIFY(!isLit(4, ColorRole::FoundCurrentOnAccent));
     }
 
     void escapeClosesTheSearchBeforeItStopsTheReply() {

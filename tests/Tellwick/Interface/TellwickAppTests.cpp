@@ -11,8 +11,10 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFontInfo>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 using tellwick::ContentView;
@@ -140,6 +142,37 @@ private Q_SLOTS:
     void closingTheWindowQuits() {
         QVERIFY(start());
         QVERIFY(quitsAfter([] { window()->close(); }));
+    }
+
+    void controlWClosesTheWindow() {
+        QVERIFY(start());
+        QVERIFY(
+            quitsAfter([] { tests::ScreenReader(window()).key(Qt::Key_W, Qt::ControlModifier); }));
+    }
+
+    void keysAndTheWheelSizeTheText() {
+        QVERIFY(start());
+        const tests::ScreenReader screen(window());
+        auto* field = screen.widget(u"Message"_s);
+        const auto size = [&] {
+            platform::flushObservers(window());
+            return QFontInfo(field->font()).pointSizeF();
+        };
+        const qreal usual = size();
+        screen.key(Qt::Key_Plus, Qt::ControlModifier);
+        const qreal larger = size();
+        QVERIFY(larger > usual);
+        screen.key(Qt::Key_Equal, Qt::ControlModifier); // where plus wants Shift
+        QVERIFY(size() > larger);
+        screen.key(Qt::Key_0, Qt::ControlModifier);
+        QCOMPARE(size(), usual);
+        screen.key(Qt::Key_Minus, Qt::ControlModifier);
+        QVERIFY(size() < usual);
+        screen.key(Qt::Key_0, Qt::ControlModifier);
+        QWheelEvent up({5, 5}, window()->mapToGlobal(QPointF(5, 5)), {}, {0, 120}, Qt::NoButton,
+                       Qt::ControlModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(window(), &up);
+        QCOMPARE(size(), larger);
     }
 
     void theEndOfTheProgramTakesNoTime() {

@@ -2,6 +2,7 @@
 // The ring is one rule for all that the keyboard reaches.
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/GrowingTextField.h"
+#include "Platform/Widgets/Controls/LineField.h"
 #include "Platform/Widgets/Controls/ListRow.h"
 #include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
@@ -20,6 +21,8 @@ class FocusRingTests final : public QObject {
     std::unique_ptr<QWidget> make(const QString& widget) const {
         if (widget == u"field"_s)
             return std::make_unique<platform::GrowingTextField>(m_theme);
+        if (widget == u"line"_s)
+            return std::make_unique<platform::LineField>(m_theme, u"Find"_s);
         if (widget == u"row"_s)
             return std::make_unique<platform::ListRow>(m_theme);
         const auto look = widget == u"icon"_s   ? Button::Look::Icon
@@ -36,7 +39,7 @@ private Q_SLOTS:
         QTest::addColumn<QList<Qt::FocusReason>>("reasons"); // one after the other
         QTest::addColumn<bool>("isShown");
         for (const auto& widget :
-             {u"field"_s, u"row"_s, u"icon"_s, u"link"_s, u"chip"_s, u"default"_s}) {
+             {u"field"_s, u"line"_s, u"row"_s, u"icon"_s, u"link"_s, u"chip"_s, u"default"_s}) {
             const auto row = [&](const char* name, QList<Qt::FocusReason> reasons, bool isShown) {
                 QTest::addRow("%s: %s", qPrintable(widget), name) << widget << reasons << isShown;
             };
@@ -71,6 +74,10 @@ private Q_SLOTS:
             });
         };
         QCOMPARE(paintsRing(), isShown);
+        if (widget == u"field"_s) { // where the cursor tells, once something is written
+            QTest::keyClick(tried.get(), Qt::Key_A);
+            QVERIFY(!paintsRing());
+        }
         tried->clearFocus();
         QVERIFY(!paintsRing());
     }

@@ -30,7 +30,7 @@ std::vector<Standing> standings() {
         {"white", OnAccent, {{UserBubble}, {UserBubble, SelectionOnAccent}, {AccentFill}}},
         {"secondary", SecondaryLabel, {{Window}, {Header}, {Popover}, {Sheet}, {Card}}},
         {"secondary on a hovered row", SecondaryLabel, {{Card, Hover}}},
-        {"placeholder in the field", SecondaryLabel, {{Window, Field}}},
+        {"placeholder in a field", TertiaryLabel, {{Window, Field}, {Header, Field}}},
         {"secondary in the mode bar", SecondaryLabel, {{Window, ModeBar}}},
         {"tertiary", TertiaryLabel, {{Window}}},
         {"accent", Accent, {{Window}, {Popover}, {Sheet}, {Card}}},
@@ -57,30 +57,85 @@ private Q_SLOTS:
     void everyTextIsReadableOnItsBackground_data() {
         QTest::addColumn<bool>("dark");
         QTest::addColumn<QColor>("accent");
+        QTest::addColumn<bool>("hasMoreContrast");
         const std::vector<std::pair<const char*, QColor>> accents{
             {"own", QColor()},           {"yellow", QColor(0xffe066)}, {"red", QColor(0xe01b24)},
             {"green", QColor(0x33d17a)}, {"navy", QColor(0x000080)},   {"white", Qt::white},
             {"black", Qt::black},        {"pink", QColor(0xd56199)}};
         for (const bool dark : {false, true})
             for (const auto& [name, accent] : accents)
-                QTest::addRow("%s, %s accent", dark ? "dark" : "light", name) << dark << accent;
+                for (const bool more : {false, true})
+                    QTest::addRow("%s, %s accent%s", dark ? "dark" : "light", name,
+                                  more ? ", more contrast" : "")
+                        << dark << accent << more;
     }
     void everyTextIsReadableOnItsBackground() {
         QFETCH(bool, dark);
         QFETCH(QColor, accent);
+        QFETCH(bool, hasMoreContrast);
         platform::Theme theme;
         theme.setDark(dark);
         theme.setAccent(accent);
+        theme.setIncreasedContrast(hasMoreContrast);
         for (const auto& standing : standings()) {
             for (const auto& layers : standing.backgrounds) {
                 const auto color = theme.color(standing.text);
                 const auto under = background(theme, layers);
                 const auto ratio = platform::contrastRatio(color, under);
-                QVERIFY2(ratio >= 4.5, qPrintable(u"%1: %2 on %3 has %4"_s.arg(
-                                           QLatin1StringView(standing.name), color.name(),
-                                           under.name(), QString::number(ratio))));
+                QVERIFY2(ratio >= (hasMoreContrast ? 7 : 4.5),
+                         qPrintable(u"%1: %2 on %3 has %4"_s.arg(QLatin1StringView(standing.name),
+                                                                 color.name(), under.name(),
+                                                                 QString::number(ratio))));
             }
         }
+    }
+
+    void symbolsMarksAndLinesAreSeen_data() {
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("light") << false;
+        QTest::newRow("dark") << true;
+    }
+    void symbolsMarksAndLinesAreSeen() {
+        QFETCH(bool, dark);
+        using enum ColorRole;
+        platform::Theme theme;
+        theme.setDark(dark);
+        const auto ratio = [&](ColorRole role, const std::vector<ColorRole>& layers) {
+            const auto under = background(theme, layers);
+            return platform::contrastRatio(platform::composed(theme.color(role), under), under);
+        };
+        for (const auto on : {Card, Popover, Sheet})
+            QVERIFY(ratio(OrangeSymbol, {on}) >= 3);
+        // As orange as it can be: text has to be darker on white.
+        QVERIFY(dark || ratio(OrangeSymbol, {Card}) < 4);
+        for (const auto mark : {Found, FoundCurrent})
+            QVERIFY(ratio(Label, {Window, AssistantBubble, mark}) >= 4.5);
+        for (const auto mark : {FoundOnAccent, FoundCurrentOnAccent})
+            QVERIFY(ratio(OnAccent, {UserBubble, mark}) >= 4.5);
+        QCOMPARE(theme.color(FieldBorder).alpha(), 0);
+        theme.setIncreasedContrast(true);
+        for (const auto line : {Divider, Outline, FieldBorder})
+            for (const auto on : {Window, Popover, Sheet, Card})
+                QVERIFY(ratio(line, {on}) >= 3);
+        QVERIFY(ratio(FieldBorder, {Window, Field}) >= 3);
+        theme.setIncreasedContrast(false);
+        QCOMPARE(theme.color(FieldBorder).alpha(), 0);
+    }
+
+    void thereIsOneAccentFill() {
+        platform::Theme theme;
+        for (const auto& accent : {QColor(), QColor(0xffe066), QColor(0x000080)}) {
+            theme.setAccent(accent);
+            QCOMPARE(theme.color(ColorRole::UserBubble), theme.color(ColorRole::AccentFill));
+        }
+    }
+
+    void aYellowAccentDarkensToAmber() {
+        platform::Theme theme;
+        theme.setAccent(QColor(0xffe066));
+        for (const auto role : {ColorRole::AccentFill, ColorRole::Accent, ColorRole::Link})
+            QVERIFY2(qAbs(theme.color(role).hsvHue() - 38) <= 3,
+                     qPrintable(theme.color(role).name()));
     }
 
     void contrastIsThatOfTheGuidelines() {

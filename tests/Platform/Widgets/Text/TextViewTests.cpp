@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/Platform/Widgets/Text/TextWindow.h"
+#include "tests/support/PaintRecorder.h"
 #include "tests/support/TestMain.h"
 
 using namespace Qt::StringLiterals;
@@ -118,6 +119,27 @@ private Q_SLOTS:
             large.setPointSizeF(large.pointSizeF() * 2);
         f.theme.setBodyFont(large);
         QTRY_VERIFY(f.view.flow().height() > 1.7 * height);
+    }
+
+    void whatIsLookedForIsLit() {
+        TextWindow f(u"A fish, and **fish**\n\nno");
+        f.view.setFound(u"FISH"_s, 12);
+        const auto isLit = [&](qsizetype at, ColorRole role) {
+            const QRectF place =
+                f.view.flow().characterRect(at).united(f.view.flow().characterRect(at + 3));
+            return tests::PaintRecorder(f.view).hasColor(f.theme.color(role), place);
+        };
+        QVERIFY(isLit(2, ColorRole::Found));
+        QVERIFY(!isLit(2, ColorRole::FoundCurrent));
+        QVERIFY(isLit(12, ColorRole::FoundCurrent));
+        QVERIFY(!isLit(7, ColorRole::Found));
+        QVERIFY(!isLit(18, ColorRole::Found));
+        f.view.repaint();
+        QCoreApplication::processEvents();
+        PaintWatch watch(&f.view);
+        f.view.setFound({}, {});
+        QTRY_COMPARE(watch.count, 1);
+        QVERIFY(!isLit(2, ColorRole::Found));
     }
 
     void assistiveTechnologyReadsTextSelectionAndPlace() {
