@@ -90,10 +90,6 @@ void ChatView::body() {
     auto* input = inputBar();
     stack->addWidget(modeBar());
     stack->addWidget(input);
-    QWidget* last = nullptr; // Tab goes in reading order
-    for (QWidget* inside : findChildren<QWidget*>())
-        if (inside->focusPolicy() != Qt::NoFocus)
-            setTabOrder(std::exchange(last, inside), inside);
 }
 
 void ChatView::shortcuts() {
