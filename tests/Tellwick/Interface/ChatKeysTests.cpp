@@ -163,6 +163,8 @@ private Q_SLOTS:
         QVERIFY(m->column()->rowRect(1).height() > bubble * 4 / 3);
         QTRY_VERIFY(m->field()->height() > field * 4 / 3);
         QTRY_VERIFY(m->sendButton()->height() > send * 4 / 3);
+        const int ring = platform::Theme::focusRingWidth;
+        QTRY_COMPARE(m->sendButton()->height() - 2 * ring, m->field()->lineHeight());
         m->desktop.theme.setZoom(7);
         QCOMPARE(m->desktop.theme.zoom(), 2.0);
         m->desktop.theme.setZoom(0.1);

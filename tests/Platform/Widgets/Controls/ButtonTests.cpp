@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QLineEdit>
 #include <QVBoxLayout>
+#include <QVariantAnimation>
 
 using namespace Qt::StringLiterals;
 using platform::Button;
@@ -45,6 +46,18 @@ private Q_SLOTS:
             else
                 QTest::mouseClick(&button, Qt::LeftButton);
             QCOMPARE(presses, expected);
+        }
+    }
+
+    void aSymbolTurnsUnlessMotionIsReduced() {
+        platform::Theme theme;
+        Button button(theme, Look::Icon, u"Refresh"_s, u"arrow.clockwise"_s);
+        for (const bool isMoving : {true, false}) {
+            theme.motion().setEnabled(isMoving);
+            button.setTurning(true);
+            QCOMPARE(button.findChild<QVariantAnimation*>() != nullptr, isMoving);
+            button.setTurning(false);
+            QVERIFY(!button.findChild<QVariantAnimation*>());
         }
     }
 
