@@ -198,7 +198,9 @@ GrowingTextField::Extent GrowingTextField::extent() const {
 }
 
 int GrowingTextField::lineHeight() const {
-    return qCeil(QFontMetricsF(font()).lineSpacing()) + 2 * Theme::fieldPaddingY;
+    // The theme's font, not the widget's: a change reaches the widget in no particular order.
+    const QFont body = m_theme.font(TextStyle::Body);
+    return qCeil(QFontMetricsF(body).lineSpacing()) + 2 * Theme::fieldPaddingY;
 }
 
 QSize GrowingTextField::sizeHint() const {

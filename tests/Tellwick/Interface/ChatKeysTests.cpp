@@ -171,6 +171,17 @@ private Q_SLOTS:
         QCOMPARE(m->desktop.theme.zoom(), 0.8);
     }
 
+    void sendIsAsHighAsTheFieldWhicheverHearsOfTheFontFirst() {
+        QFont larger = m->desktop.theme.font(platform::TextStyle::Body);
+        larger.setPixelSize(31);
+        m->desktop.theme.setBodyFont(larger);
+        platform::flushObservers(m->sendButton());
+        m->flush();
+        const int ring = platform::Theme::focusRingWidth;
+        QTRY_COMPARE(m->field()->height(), m->field()->lineHeight());
+        QTRY_COMPARE(m->sendButton()->height() - 2 * ring, m->field()->height());
+    }
+
     void tabGoesInReadingOrder() {
         m->vm().newChat();
         m->flush();
