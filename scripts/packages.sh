@@ -58,7 +58,7 @@ pictures  xdotool                  types and clicks
 pictures  x11-apps                 reads a window's pixels (xwd)
 pictures  netpbm                   makes a PNG picture of them
 pictures  dbus-daemon              a session bus for the settings of the acted desktop
-pictures  fonts-inter              the font of the acted desktop
+pictures  fonts-cantarell          the font of the acted desktop
 pictures  fonts-dejavu-core        its monospaced font
 pictures  fonts-noto-color-emoji   emoji in messages
 pictures  iproute2                 brings up the loopback interface in the pictures' own network

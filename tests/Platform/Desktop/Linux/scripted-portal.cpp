@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A settings portal for the window to be pictured with: says what it is told to on the session bus,
-// and that no motion is wanted.
+// that no motion is wanted, and the fonts of a GNOME as Debian sets it up.
 //
 //   scripted-portal light|dark [BUTTONS]
 //
@@ -24,6 +24,9 @@ int main(int argc, char** argv) {
     ScriptedPortal portal(QDBusConnection::sessionBus());
     portal.setValue({appearance, u"color-scheme"_s}, scheme == u"dark" ? 1U : 2U);
     portal.setValue({appearance, u"reduced-motion"_s}, 1U);
+    const auto gnome = u"org.gnome.desktop.interface"_s;
+    portal.setValue({gnome, u"font-name"_s}, u"Cantarell 11"_s);
+    portal.setValue({gnome, u"monospace-font-name"_s}, u"Monospace 11"_s);
     if (application.arguments().size() > 2)
         portal.setValue({u"org.gnome.desktop.wm.preferences"_s, u"button-layout"_s},
                         application.arguments().at(2));
