@@ -3,6 +3,7 @@
 
 #include "Platform/Desktop/FontWarmUp.h"
 #include "Platform/Desktop/OwnFrame.h"
+#include "Platform/Desktop/PathTexts.h"
 #include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/WindowActivation.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
@@ -24,7 +25,7 @@ namespace tellwick {
 
 using namespace Qt::StringLiterals;
 
-static constexpr auto applicationFolder = "tellwick"_L1;
+static constexpr auto applicationFolder = "tellwick";
 
 /// The window round the window's content; null where the desktop draws one.
 static std::unique_ptr<platform::WindowFrame> windowFrame(const platform::Theme& theme) {
@@ -46,7 +47,7 @@ TellwickApp::TellwickApp(QApplication& application)
     : m_directories(platform::UserDirectories::ofThisUser(applicationFolder))
     , m_systemModel(platform::makeSystemLanguageModel(m_network, m_directories,
                                                       QCoreApplication::applicationDirPath()))
-    , m_container(conversationStore(m_directories.dataHome()))
+    , m_container(conversationStore(platform::toText(m_directories.dataHome())))
     , m_context(m_container)
     , m_frame(windowFrame(m_theme))
     , m_window({m_theme, m_urlOpener, m_windowButtons}, [this] { return makeViewModel(); })
@@ -119,8 +120,8 @@ void TellwickApp::openWindow(const QByteArray& activationToken) {
 
 int TellwickApp::main(int argc, char** argv) {
     const QByteArray token = platform::activationToken();
-    platform::SingleInstance instance(
-        platform::UserDirectories::ofThisUser(applicationFolder).runtimeFolders());
+    platform::SingleInstance instance(platform::toTexts(
+        platform::UserDirectories::ofThisUser(applicationFolder).runtimeFolders()));
     using Claim = platform::SingleInstance::Claim;
     const auto claim = instance.claim(token);
     if (claim == Claim::HandedOver)

@@ -1,62 +1,52 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 
-#include <QFile>
-#include <QStandardPaths>
+#include "Platform/Desktop/PathTexts.h"
+#include "Platform/LanguageModel/LlamaServer/LlamaServerFiles.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-/// The size of a file that can be read, or none.
-std::optional<quint64> readableSize(const QString& path) {
-    const QByteArray name = QFile::encodeName(path);
-    struct stat status {};
-    if (stat(name.constData(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size <= 0 ||
-        access(name.constData(), R_OK) != 0)
-        return std::nullopt;
-    return static_cast<quint64>(status.st_size);
+std::vector<std::filesystem::path> toPaths(const QStringList& texts) {
+    std::vector<std::filesystem::path> paths;
+    for (const QString& text : texts)
+        paths.push_back(toPath(text));
+    return paths;
 }
 
 } // namespace
 
 QString LlamaServerPaths::modelFileName() {
-    return u"models/on-device.gguf"_s;
+    return QLatin1String(platform::modelFileName);
 }
 
 LlamaServerPaths LlamaServerPaths::of(const UserDirectories& directories,
                                       const QString& ownFolder) {
-    return {.dataFolders = directories.dataFolders(),
-            .programFolders = directories.programFolders(ownFolder),
-            .runtimeFolders = directories.runtimeFolders(),
+    return {.dataFolders = toTexts(directories.dataFolders()),
+            .programFolders = toTexts(directories.programFolders(toPath(ownFolder))),
+            .runtimeFolders = toTexts(directories.runtimeFolders()),
             .machineMemory = static_cast<quint64>(sysconf(_SC_PHYS_PAGES)) *
                              static_cast<quint64>(sysconf(_SC_PAGESIZE))};
 }
 
 std::optional<QString> LlamaServerPaths::modelFile() const {
-    for (const QString& folder : dataFolders) {
-        const QString path = folder + u'/' + modelFileName();
-        if (readableSize(path))
-            return path;
-    }
-    return std::nullopt;
+    const auto file = findModelFile(toPaths(dataFolders));
+    return file ? std::optional(toText(file->path)) : std::nullopt;
 }
 
 std::optional<QString> LlamaServerPaths::program() const {
-    const QString path = QStandardPaths::findExecutable(u"llama-server"_s, programFolders);
-    return path.isEmpty() ? std::nullopt : std::optional(path);
+    const auto path = findEngine(toPaths(programFolders));
+    return path ? std::optional(toText(*path)) : std::nullopt;
 }
 
 SystemLanguageModel::Availability LlamaServerPaths::availability() const {
     using Availability = SystemLanguageModel::Availability;
     using enum Availability::UnavailableReason;
-    const std::optional<QString> file = modelFile();
-    if (file && readableSize(*file).value_or(0) > machineMemory)
+    const auto file = findModelFile(toPaths(dataFolders));
+    if (file && file->size > machineMemory)
         return Availability::unavailable(deviceNotEligible);
     if (!program())
         return Availability::unavailable(appleIntelligenceNotEnabled);

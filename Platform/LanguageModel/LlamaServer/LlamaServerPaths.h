@@ -4,6 +4,8 @@
 #include "Platform/Desktop/UserDirectories.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 
+#include <QStringList>
+
 namespace platform {
 
 /// Where the model's file and the engine's program are looked for on this machine.

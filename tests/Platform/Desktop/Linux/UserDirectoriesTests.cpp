@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Desktop/PathTexts.h"
 #include "Platform/Desktop/UserDirectories.h"
 #include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
@@ -78,9 +79,9 @@ private Q_SLOTS:
         runtime.last() += u"-%1"_s.arg(geteuid()); // a folder for all users
 
         const UserDirectories directories = this->directories(variables);
-        QCOMPARE(directories.dataHome(), data.constFirst());
-        QCOMPARE(directories.dataFolders(), data);
-        QCOMPARE(directories.runtimeFolders(), runtime);
+        QCOMPARE(toText(directories.dataHome()), data.constFirst());
+        QCOMPARE(toTexts(directories.dataFolders()), data);
+        QCOMPARE(toTexts(directories.runtimeFolders()), runtime);
     }
 
     void theScriptsFollowTheSameVariables_data() { foldersFollowTheVariables_data(); }
@@ -88,18 +89,18 @@ private Q_SLOTS:
         QFETCH(Variables, variables);
         variables.remove(u"TMPDIR"_s); // not theirs alone
         const UserDirectories directories = this->directories(variables);
-        for (const QString& folder : directories.dataFolders())
+        for (const QString& folder : toTexts(directories.dataFolders()))
             if (folder.startsWith(m_root->path()))
                 QDir(folder).removeRecursively();
 
         // What is to be fetched goes to the user's own folder.
         QCOMPARE(run(u"get-model"_s, {}, variables), 1);
-        QVERIFY(QDir(directories.dataHome() + u"/models"_s).exists());
+        QVERIFY(QDir(toText(directories.dataHome()) + u"/models"_s).exists());
         QCOMPARE(run(u"get-engine"_s, {in(u"/libexec"_s)}, variables), 1);
-        QVERIFY(QDir(directories.dataHome() + u"/engine"_s).exists());
+        QVERIFY(QDir(toText(directories.dataHome()) + u"/engine"_s).exists());
 
         // A model that the program would find is not fetched again.
-        for (const QString& folder : directories.dataFolders()) {
+        for (const QString& folder : toTexts(directories.dataFolders())) {
             if (!folder.startsWith(m_root->path()))
                 continue;
             const QString model = folder + u"/models/on-device.gguf"_s;
@@ -111,9 +112,9 @@ private Q_SLOTS:
 
     void theEnvironmentIsTheUsers() {
         qputenv("XDG_DATA_HOME", "/data");
-        QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(), u"/data/a"_s);
+        QCOMPARE(toText(UserDirectories::ofThisUser("a").dataHome()), u"/data/a"_s);
         qunsetenv("XDG_DATA_HOME");
-        QCOMPARE(UserDirectories::ofThisUser(u"a"_s).dataHome(),
+        QCOMPARE(toText(UserDirectories::ofThisUser("a").dataHome()),
                  QDir::homePath() + u"/.local/share/a"_s);
     }
 
@@ -121,22 +122,25 @@ private Q_SLOTS:
         QTest::addColumn<QString>("ownFolder");
         QTest::addColumn<QString>("path");
         QTest::addColumn<QStringList>("folders");
+        const QString own = placed(u"/R/home/.local/share/tellwick/engine/bin"_s);
         QTest::newRow("installed")
             << u"/usr/bin"_s << u"/opt/bin:/usr/bin/"_s
-            << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s, u"/usr/bin"_s};
+            << QStringList{u"/usr/libexec/tellwick"_s, own, u"/opt/bin"_s, u"/usr/bin"_s};
         QTest::newRow("in a build")
             << u"/src/build/dev/bin/"_s << u"/opt/bin"_s
-            << QStringList{u"/src/build/dev/libexec/tellwick"_s, u"/opt/bin"_s};
+            << QStringList{u"/src/build/dev/libexec/tellwick"_s, own, u"/opt/bin"_s};
         QTest::newRow("without a path")
             << u"/usr/bin"_s << QString()
-            << QStringList{u"/usr/libexec/tellwick"_s, u"/usr/bin"_s, u"/bin"_s};
-        QTest::newRow("a relative path") << u"/usr/bin"_s << u".:bin:/opt/bin"_s
-                                         << QStringList{u"/usr/libexec/tellwick"_s, u"/opt/bin"_s};
+            << QStringList{u"/usr/libexec/tellwick"_s, own, u"/usr/bin"_s, u"/bin"_s};
+        QTest::newRow("a relative path")
+            << u"/usr/bin"_s << u".:bin:/opt/bin"_s
+            << QStringList{u"/usr/libexec/tellwick"_s, own, u"/opt/bin"_s};
     }
     void itsOwnProgramsComeBeforeThoseOnPath() {
         QFETCH(QString, ownFolder);
         QFETCH(QString, path);
-        QTEST(directories({{u"PATH"_s, path}}).programFolders(ownFolder), "folders");
+        QTEST(toTexts(directories({{u"PATH"_s, path}}).programFolders(toPath(ownFolder))),
+              "folders");
     }
 
 private:
@@ -145,9 +149,11 @@ private:
     /// A setting, in which "/R" stands for that folder.
     QString placed(QString setting) const { return setting.replace(u"/R"_s, m_root->path()); }
     UserDirectories directories(const Variables& variables) const {
-        return {u"tellwick"_s,
-                [&](const char* name) { return placed(variables.value(QLatin1String(name))); },
-                in(u"/home"_s)};
+        return {"tellwick",
+                [&](const char* name) {
+                    return placed(variables.value(QLatin1String(name))).toStdString();
+                },
+                toPath(in(u"/home"_s))};
     }
 
     int run(const QString& script, const QStringList& arguments, const Variables& variables) const {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Desktop/PathTexts.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 #include "tests/support/Files.h"
 #include "tests/support/TestMain.h"
@@ -116,11 +117,11 @@ private Q_SLOTS:
     }
 
     void theFoldersAreTheUsersAndTheMachinesMemoryIsKnown() {
-        const UserDirectories user = UserDirectories::ofThisUser(u"chat"_s);
+        const UserDirectories user = UserDirectories::ofThisUser("chat");
         const auto paths = LlamaServerPaths::of(user, u"/app/bin"_s);
-        QCOMPARE(paths.dataFolders, user.dataFolders());
-        QCOMPARE(paths.programFolders, user.programFolders(u"/app/bin"_s));
-        QCOMPARE(paths.runtimeFolders, user.runtimeFolders());
+        QCOMPARE(paths.dataFolders, toTexts(user.dataFolders()));
+        QCOMPARE(paths.programFolders, toTexts(user.programFolders("/app/bin")));
+        QCOMPARE(paths.runtimeFolders, toTexts(user.runtimeFolders()));
         QVERIFY(paths.machineMemory > 100'000'000);
     }
 
