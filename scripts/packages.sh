@@ -66,6 +66,8 @@ bare      debootstrap              makes a bare Debian in a folder
 bare      git                      tells what is committed
 package   dpkg-dev                 finds the packages of the libraries the program is linked with
 package   file                     tells programs from other files in the package
+package   librsvg2-bin             draws the icon in each size
+package   lintian                  looks the package over
 END
 }
 
