@@ -16,13 +16,28 @@
 
 #include <cstdio>
 #include <iostream>
+#include <stop_token>
+#include <thread>
 
 using namespace bench;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int tokens = 256;
+/// Threads that want a processor all the time.
+class Load {
+public:
+    explicit Load(int threads) {
+        for (int i = 0; i < threads; ++i)
+            m_threads.emplace_back([](const std::stop_token& stop) {
+                while (!stop.stop_requested()) {
+                }
+            });
+    }
+
+private:
+    std::vector<std::jthread> m_threads;
+};
 
 void writeModel(const QString& path, const tests::TinyModel& model) {
     QFile file(path);
@@ -54,8 +69,15 @@ public:
     void run(int runs) {
         measureMemory(); // first: what the others leave on the heap would hide it
         measureFirstWords(runs);
-        measureRate("tokens a second, tiny model", tests::TinyModel::endless(), runs);
-        measureRate("tokens a second, 200 MB model", tests::TinyModel::heavy(), runs);
+        measureRate("tokens a second, tiny model", tests::TinyModel::endless(), 256, runs);
+        measureRate("tokens a second, 200 MB model", tests::TinyModel::heavy(), 256, runs);
+        constexpr auto large = "tokens a second, 1 GB model";
+        measureRate(large, tests::TinyModel::large(), 48, runs);
+        for (const int threads : {1, 2}) {
+            const Load load(threads);
+            std::printf("beside %d busy thread%s: ", threads, threads == 1 ? "" : "s");
+            measureRate(large, tests::TinyModel::large(), 24, runs);
+        }
     }
 
 private:
@@ -100,7 +122,7 @@ private:
         print("first word, warm", "ms", warm, directWarm);
     }
 
-    void measureRate(const char* name, const tests::TinyModel& kind, int runs) {
+    void measureRate(const char* name, const tests::TinyModel& kind, int tokens, int runs) {
         const QString model = useModel(kind);
         platform::GenerationOptions options;
         options.maximumResponseTokens = tokens;

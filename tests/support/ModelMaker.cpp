@@ -38,7 +38,7 @@ constexpr quint32 typeNumber<bool> = 7;
 constexpr quint32 listType = 9;
 
 /// Writes a model file in the GGUF format, version 3: what describes the model first, then the
-/// tensors. Every tensor holds 32-bit floats.
+/// tensors.
 class GgufWriter {
 public:
     template <class Value>
@@ -57,17 +57,17 @@ public:
 
     /// A tensor of the given numbers, row by row: `width` numbers to a row.
     void addTensor(const QByteArray& name, qsizetype width, const QList<float>& values) {
-        const qsizetype rows = values.size() / width;
-        ++m_tensorCount;
-        put(m_tensors, name);
-        put(m_tensors, quint32{rows == 1 ? 1U : 2U});
-        put(m_tensors, static_cast<quint64>(width));
-        if (rows > 1)
-            put(m_tensors, static_cast<quint64>(rows));
-        put(m_tensors, quint32{0}); // 32-bit floats
-        put(m_tensors, static_cast<quint64>(m_numbers.size()));
+        describeTensor(name, width, values.size() / width, floats);
         m_numbers.append(reinterpret_cast<const char*>(values.constData()),
                          values.size() * qsizetype{sizeof(float)});
+        align(m_numbers);
+    }
+
+    /// A tensor of zeros; quantised, it holds 32 numbers of four bits and their scale in 18 bytes.
+    void addZeros(const QByteArray& name, qsizetype width, qsizetype rows, bool isQuantised) {
+        describeTensor(name, width, rows, isQuantised ? fourBits : floats);
+        const qsizetype count = width * rows;
+        m_numbers.append(isQuantised ? count / 32 * 18 : count * qsizetype{sizeof(float)}, '\0');
         align(m_numbers);
     }
 
@@ -82,6 +82,19 @@ public:
     }
 
 private:
+    static constexpr quint32 floats = 0;
+    static constexpr quint32 fourBits = 2;
+
+    void describeTensor(const QByteArray& name, qsizetype width, qsizetype rows, quint32 type) {
+        ++m_tensorCount;
+        put(m_tensors, name);
+        put(m_tensors, quint32{rows == 1 ? 1U : 2U});
+        put(m_tensors, static_cast<quint64>(width));
+        if (rows > 1)
+            put(m_tensors, static_cast<quint64>(rows));
+        put(m_tensors, type);
+        put(m_tensors, static_cast<quint64>(m_numbers.size()));
+    }
     void beginEntry(const QByteArray& key, quint32 type) {
         ++m_entryCount;
         put(m_entries, key);
@@ -162,15 +175,20 @@ QList<float> zeros(qsizetype count) {
 
 /// A block whose weights are all zero: it adds nothing to what comes in.
 void addBlock(GgufWriter& writer, const QByteArray& prefix, qsizetype width,
-              qsizetype feedForwardWidth) {
+              qsizetype feedForwardWidth, qsizetype keyWidth, bool isQuantised) {
     const QList<float> ones(width, 1.0F);
+    const auto add = [&](const char* name, qsizetype in, qsizetype out) {
+        writer.addZeros(prefix + name + ".weight", in, out, isQuantised);
+    };
     writer.addTensor(prefix + "attn_norm.weight", width, ones);
-    for (const auto* name : {"attn_q", "attn_k", "attn_v", "attn_output"})
-        writer.addTensor(prefix + name + ".weight", width, zeros(width * width));
+    for (const auto* name : {"attn_q", "attn_output"})
+        add(name, width, width);
+    for (const auto* name : {"attn_k", "attn_v"})
+        add(name, width, keyWidth);
     writer.addTensor(prefix + "ffn_norm.weight", width, ones);
     for (const auto* name : {"ffn_gate", "ffn_up"})
-        writer.addTensor(prefix + name + ".weight", width, zeros(width * feedForwardWidth));
-    writer.addTensor(prefix + "ffn_down.weight", feedForwardWidth, zeros(width * feedForwardWidth));
+        add(name, width, feedForwardWidth);
+    add("ffn_down", feedForwardWidth, width);
 }
 
 } // namespace
@@ -189,6 +207,14 @@ TinyModel TinyModel::heavy() {
     TinyModel model = endless();
     model.blocks = 4;
     model.width = 1'024;
+    return model;
+}
+
+TinyModel TinyModel::large() {
+    TinyModel model = endless();
+    model.blocks = 41;
+    model.width = 2'048;
+    model.isLikeReal = true;
     return model;
 }
 
@@ -218,7 +244,8 @@ QByteArray modelFile(const TinyModel& model) {
     const qsizetype enough = std::max(model.width, vocabulary.size());
     const qsizetype width = (enough + headSize - 1) / headSize * headSize;
     const qsizetype feedForwardWidth = model.blocks > 1 ? width * 11 / 4 : 32;
-    const auto heads = static_cast<quint32>(width / headSize);
+    const qsizetype heads = width / headSize;
+    const qsizetype keyHeads = model.isLikeReal ? heads / 8 : heads;
 
     GgufWriter writer;
     writer.add("general.architecture", QByteArray("llama"));
@@ -228,8 +255,8 @@ QByteArray modelFile(const TinyModel& model) {
     writer.add("llama.embedding_length", static_cast<quint32>(width));
     writer.add("llama.block_count", static_cast<quint32>(model.blocks));
     writer.add("llama.feed_forward_length", static_cast<quint32>(feedForwardWidth));
-    writer.add("llama.attention.head_count", heads);
-    writer.add("llama.attention.head_count_kv", heads);
+    writer.add("llama.attention.head_count", static_cast<quint32>(heads));
+    writer.add("llama.attention.head_count_kv", static_cast<quint32>(keyHeads));
     writer.add("llama.attention.layer_norm_rms_epsilon", 1e-6F);
     writer.add("llama.rope.dimension_count", static_cast<quint32>(headSize));
     writer.add("tokenizer.ggml.model", QByteArray("gpt2"));
@@ -255,7 +282,8 @@ QByteArray modelFile(const TinyModel& model) {
     writer.addTensor("output_norm.weight", width, QList<float>(width, 1.0F));
     writer.addTensor("output.weight", width, output);
     for (int block = 0; block < model.blocks; ++block)
-        addBlock(writer, "blk." + QByteArray::number(block) + '.', width, feedForwardWidth);
+        addBlock(writer, "blk." + QByteArray::number(block) + '.', width, feedForwardWidth,
+                 keyHeads * headSize, model.isLikeReal);
     return writer.file();
 }
 

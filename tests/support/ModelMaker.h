@@ -25,6 +25,9 @@ struct TinyModel {
     /// matter. More of them cost the engine the time of a real model of that size; the reply stays.
     int blocks = 1;
     qsizetype width = 0;
+    /// As in real models, the blocks' numbers are kept in four bits each, and eight heads share
+    /// their keys and values.
+    bool isLikeReal = false;
 
     /// "The quick brown fox jumps over a lazy dog."
     static TinyModel sentence();
@@ -32,6 +35,8 @@ struct TinyModel {
     static TinyModel endless();
     /// As endless(), at the speed of a real model of 200 MB.
     static TinyModel heavy();
+    /// As endless(), with the 1.8 billion numbers of a real model in 1 GB.
+    static TinyModel large();
     /// "é🦊": six tokens of one byte each.
     static TinyModel splitCharacters();
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// make-test-model FILE [sentence|endless|split|heavy]: writes a tiny model that says a fixed text.
+// make-test-model FILE [sentence|endless|split|heavy|large]: writes a tiny model that says a fixed
+// text.
 #include "tests/support/ModelMaker.h"
 
 #include <QFile>
@@ -12,10 +13,11 @@ int main(int argc, char** argv) {
     const std::map<std::string, TinyModel (*)()> kinds{{"sentence", &TinyModel::sentence},
                                                        {"endless", &TinyModel::endless},
                                                        {"split", &TinyModel::splitCharacters},
-                                                       {"heavy", &TinyModel::heavy}};
+                                                       {"heavy", &TinyModel::heavy},
+                                                       {"large", &TinyModel::large}};
     const auto kind = kinds.find(argc > 2 ? argv[2] : "sentence");
     if (argc < 2 || argc > 3 || kind == kinds.end()) {
-        std::fputs("usage: make-test-model FILE [sentence|endless|split|heavy]\n", stderr);
+        std::fputs("usage: make-test-model FILE [sentence|endless|split|heavy|large]\n", stderr);
         return 2;
     }
     QFile file(QString::fromLocal8Bit(argv[1]));
