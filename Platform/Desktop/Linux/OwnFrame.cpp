@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/OwnFrame.h"
 
-#include "Platform/Desktop/Linux/WaylandInterfaces.h"
+#include "Platform/Desktop/Linux/WaylandFrames.h"
 
 #include <QGuiApplication>
 #include <QLibraryInfo>
@@ -39,8 +39,8 @@ QByteArray socketPath() {
 
 bool compositorDrawsFrames() {
     using namespace std::chrono_literals;
-    const auto interfaces = waylandInterfaces(socketPath(), 1s);
-    return !interfaces || interfaces->contains("zxdg_decoration_manager_v1");
+    const QByteArray application = QGuiApplication::desktopFileName().toUtf8();
+    return waylandDrawsFrames(socketPath(), application, 1s).value_or(true);
 }
 
 } // namespace
