@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QPainter>
 
+#include <algorithm>
 #include <set>
 #include <string>
 
@@ -65,6 +66,18 @@ private Q_SLOTS:
             QVERIFY2(QRectF(-0.05, -0.05, 16.1, 16.1).contains(bounds), part.name);
         }
         QCOMPARE(names.size(), size_t{29});
+    }
+
+    void theLinesOfATitleBarsSymbolsAreSeenHoweverSmallTheyAre() {
+        for (const auto& name : {u"window.minimize"_s, u"window.maximize"_s, u"xmark"_s}) {
+            for (int side = 10; side <= 14; ++side) {
+                const auto image = painted(name, {side, side});
+                int darkest = 0;
+                for (int y = 0; y < side; ++y)
+                    darkest = std::max(darkest, image.pixelColor(side / 2, y).alpha());
+                QVERIFY2(darkest > 255 / 2, qPrintable(name + u' ' + QString::number(side)));
+            }
+        }
     }
 
     void anUnknownNamePaintsNothing() {
