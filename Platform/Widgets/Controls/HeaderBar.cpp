@@ -22,17 +22,17 @@ constexpr int buttonsGap = 6;     // more than between other items, before the t
 
 HeaderBar::HeaderBar(const Theme& theme, const QString& title)
     : m_theme(theme)
+    , m_heading(new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold))
     , m_subtitle(new Label(theme, {}, TextStyle::Subheadline, ColorRole::SecondaryLabel))
     , m_trailing(new QHBoxLayout)
     , m_row(new QHBoxLayout(this)) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    auto* heading = new Label(theme, title, TextStyle::Body, ColorRole::Label, QFont::DemiBold);
-    heading->setHeading();
+    m_heading->setHeading();
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(1);
     texts->addStretch();
-    texts->addWidget(heading);
+    texts->addWidget(m_heading);
     texts->addWidget(m_subtitle);
     texts->addStretch();
     m_trailing->setSpacing(2);
@@ -78,6 +78,20 @@ void HeaderBar::setWindowButtons(const std::optional<WindowButtonLayout>& button
     m_row->setContentsMargins(left, 7, right, 8);
     for (auto* shown : std::as_const(m_windowButtons))
         shown->show();
+    follow();
+}
+
+bool HeaderBar::event(QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::WindowActivate || type == QEvent::WindowDeactivate || type == QEvent::Show)
+        follow();
+    return QWidget::event(event);
+}
+
+void HeaderBar::follow() {
+    const bool isQuiet = m_isTitleBar && !isActiveWindow();
+    m_heading->setColorRole(isQuiet ? ColorRole::TertiaryLabel : ColorRole::Label);
+    m_subtitle->setColorRole(isQuiet ? ColorRole::TertiaryLabel : ColorRole::SecondaryLabel);
 }
 
 void HeaderBar::moveWindow() {

@@ -14,7 +14,8 @@ namespace platform {
 class Label;
 
 /// The bar at the top of the window's content: title and subtitle, and buttons at the trailing end.
-/// It can be dragged to move the window. Where nobody else draws one, it is the window's title bar.
+/// It can be dragged to move the window. Where nobody else draws one, it is the window's title bar,
+/// whose texts and buttons are quieter while the window is not the active one.
 class HeaderBar : public QWidget {
     Q_OBJECT
 
@@ -34,6 +35,7 @@ protected:
     /// Has the desktop move the window along with the pointer.
     virtual void moveWindow();
 
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -41,7 +43,11 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
+    /// Shows whether the window is the active one.
+    void follow();
+
     const Theme& m_theme;
+    Label* m_heading;
     Label* m_subtitle;
     QHBoxLayout* m_trailing;
     QHBoxLayout* m_row;

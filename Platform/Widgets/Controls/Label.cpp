@@ -15,14 +15,15 @@ Label::Label(const Theme& theme, const QString& text, TextStyle style, ColorRole
              QFont::Weight weight)
     : m_theme(theme)
     , m_style(style)
-    , m_weight(weight) {
+    , m_weight(weight)
+    , m_role(role) {
     setTextFormat(Qt::PlainText);
     setText(text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    observe(this, [this, role] {
+    observe(this, [this] {
         setFont(m_theme.font(m_style, m_weight));
         QPalette colors;
-        colors.setColor(QPalette::WindowText, m_theme.color(role));
+        colors.setColor(QPalette::WindowText, m_theme.color(m_role));
         setPalette(colors);
     });
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Observation/Observed.h"
 #include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Look/Painting.h"
 
@@ -21,6 +22,8 @@ public:
     Label(const Theme& theme, const QString& text, TextStyle style,
           ColorRole role = ColorRole::Label, QFont::Weight weight = QFont::Normal);
 
+    ColorRole colorRole() const { return m_role.value(); }
+    void setColorRole(ColorRole role) { m_role = role; }
     const QString& icon() const { return m_icon; }
     /// Shows a symbol as large as the text, or as a font of so many points; not for wrapped text.
     void setIcon(const QString& icon, qreal points = 0);
@@ -50,6 +53,7 @@ private:
     const Theme& m_theme;
     const TextStyle m_style;
     const QFont::Weight m_weight;
+    Observed<ColorRole> m_role;
     QString m_icon;
     qreal m_points = 0;
     bool m_isHeading = false;

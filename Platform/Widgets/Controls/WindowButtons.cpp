@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qreal symbolPoints = 9;
-constexpr qreal inactiveOpacity = 0.5;
 
 struct Face {
     QString name;
@@ -118,7 +117,8 @@ void WindowButtons::follow() {
         const auto [name, icon] = faceOf(kind, window()->isMaximized());
         button->setName(name);
         button->setIcon(icon);
-        button->setSymbolOpacity(window()->isActiveWindow() ? 1 : inactiveOpacity);
+        button->setColorRole(window()->isActiveWindow() ? ColorRole::Label
+                                                        : ColorRole::TertiaryLabel);
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
+#include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Look/Contrast.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>
@@ -13,6 +15,7 @@ using platform::Button;
 using platform::HeaderBar;
 using platform::WindowButton;
 using platform::WindowButtonLayout;
+using enum platform::ColorRole;
 using Kinds = QList<WindowButton>;
 
 namespace {
@@ -58,6 +61,14 @@ class HeaderBarTests final : public QObject {
             if (button->text() == name)
                 return button;
         return nullptr;
+    }
+
+    /// In which colours title and subtitle are.
+    QList<platform::ColorRole> textRoles() const {
+        QList<platform::ColorRole> roles;
+        for (const auto* label : m_header->findChildren<platform::Label*>())
+            roles.append(label->colorRole());
+        return roles;
     }
 
     void setButtons(const QString& setting) {
@@ -210,13 +221,61 @@ private Q_SLOTS:
         QCOMPARE(m_header->moves, 1);
     }
 
-    void theButtonsAreQuieterWhileTheKeyboardIsElsewhere() {
+    void aTitleBarIsQuieterWhileTheKeyboardIsElsewhere() {
         setButtons(u":close"_s);
-        QCOMPARE(button(u"Close"_s)->symbolOpacity(), 1.0);
+        const auto roles = [this] {
+            auto found = textRoles();
+            return found << button(u"Close"_s)->colorRole() << button(u"More"_s)->colorRole();
+        };
+        const QList loud{Label, SecondaryLabel, Label, SecondaryLabel};
+        QCOMPARE(roles(), loud);
+        {
+            QWidget other;
+            other.show();
+            QVERIFY(QTest::qWaitForWindowActive(&other));
+            const QList quiet{TertiaryLabel, TertiaryLabel, TertiaryLabel, SecondaryLabel};
+            QTRY_COMPARE(roles(), quiet);
+            m_header->setWindowButtons(std::nullopt); // the desktop draws it: as ever
+            QCOMPARE(textRoles(), (QList{Label, SecondaryLabel}));
+            setButtons(u":close"_s);
+            QCOMPARE(roles(), quiet);
+        }
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QTRY_COMPARE(roles(), loud);
+    }
+
+    void aHeaderThatIsNoTitleBarLooksTheSameWhereverTheKeyboardIs() {
         QWidget other;
         other.show();
         QVERIFY(QTest::qWaitForWindowActive(&other));
-        QTRY_VERIFY(button(u"Close"_s)->symbolOpacity() < 1);
+        QTRY_VERIFY(!m_window->isActiveWindow());
+        QCOMPARE(textRoles(), (QList{Label, SecondaryLabel}));
+    }
+
+    void aTitleBarCanBeReadWhileItIsQuiet_data() {
+        QTest::addColumn<bool>("isDark");
+        QTest::addColumn<bool>("hasContrast");
+        QTest::addColumn<double>("ratio");
+        QTest::newRow("light") << false << false << 4.5;
+        QTest::newRow("dark") << true << false << 4.5;
+        QTest::newRow("light, more contrast") << false << true << 7.0;
+        QTest::newRow("dark, more contrast") << true << true << 7.0;
+    }
+    void aTitleBarCanBeReadWhileItIsQuiet() {
+        QFETCH(bool, isDark);
+        QFETCH(bool, hasContrast);
+        QFETCH(double, ratio);
+        platform::Theme theme;
+        theme.setDark(isDark);
+        theme.setIncreasedContrast(hasContrast);
+        const QColor quiet = theme.color(TertiaryLabel);
+        const QColor header = theme.color(Header);
+        QVERIFY(platform::contrastRatio(quiet, header) >= ratio);
+        // A symbol, on its disc with the pointer over it.
+        const QColor hover = theme.color(Hover);
+        const QColor disc = platform::composed(hover, platform::composed(hover, header));
+        QVERIFY(platform::contrastRatio(quiet, disc) >= 3);
     }
 };
 
