@@ -11,6 +11,8 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include <utility>
+
 namespace platform {
 
 namespace {
@@ -79,6 +81,14 @@ void HeaderBar::setWindowButtons(const std::optional<WindowButtonLayout>& button
     for (auto* shown : std::as_const(m_windowButtons))
         shown->show();
     follow();
+}
+
+bool HeaderBar::isPartOfTitleBar(const QWidget* widget) {
+    const QWidget* part = nullptr;
+    for (; widget != nullptr; part = std::exchange(widget, widget->parentWidget()))
+        if (const auto* header = qobject_cast<const HeaderBar*>(widget))
+            return header->m_isTitleBar && header->m_trailing->indexOf(part) < 0;
+    return false;
 }
 
 bool HeaderBar::event(QEvent* event) {

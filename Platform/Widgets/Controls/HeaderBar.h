@@ -31,6 +31,10 @@ public:
     /// window; none: the desktop draws one.
     void setWindowButtons(const std::optional<WindowButtonLayout>& buttons);
 
+    /// Whether a widget (null: none) is a part of a title bar that belongs to the window, as all do
+    /// but the items: it can be used whatever covers the window's content.
+    static bool isPartOfTitleBar(const QWidget* widget);
+
 protected:
     /// Has the desktop move the window along with the pointer.
     virtual void moveWindow();

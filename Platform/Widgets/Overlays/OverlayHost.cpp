@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 
+#include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Look/Contrast.h"
 #include "Platform/Widgets/Overlays/Panel.h"
 
@@ -50,6 +51,10 @@ QAccessible::Event openingEvent(Panel::Kind kind) {
     if (kind == Panel::Kind::Menu)
         return QAccessible::PopupMenuStart;
     return kind == Panel::Kind::Alert ? QAccessible::Alert : QAccessible::DialogStart;
+}
+
+bool dimsWindow(const Panel& panel) {
+    return panel.kind() == Panel::Kind::Sheet || panel.kind() == Panel::Kind::Alert;
 }
 
 } // namespace
@@ -152,10 +157,8 @@ void OverlayHost::animateOut(Panel* panel) {
 
 void OverlayHost::fadeScrim() {
     const auto from = m_scrim;
-    const bool isDimmed = std::ranges::any_of(m_shown, [](const Shown& shown) {
-        const auto kind = shown.panel->kind();
-        return kind == Panel::Kind::Sheet || kind == Panel::Kind::Alert;
-    });
+    const bool isDimmed =
+        std::ranges::any_of(m_shown, [](const Shown& shown) { return dimsWindow(*shown.panel); });
     const auto to = isDimmed ? 1.0 : 0.0;
     delete m_scrimAnimation.data();
     if (from == to)
@@ -193,6 +196,8 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
             m_focusReason = Qt::TabFocusReason;
         else if (event->type() == QEvent::MouseButtonPress)
             m_focusReason = Qt::PopupFocusReason;
+        if (isPresenting() && (event->isSinglePointEvent() || event->type() == QEvent::Leave))
+            leaveTitleBarFree(*event);
     } else if (event->type() == QEvent::Resize) {
         setGeometry(parentWidget()->rect());
         for (auto& shown : m_shown)
@@ -201,6 +206,21 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
         raise();
     }
     return false;
+}
+
+void OverlayHost::leaveTitleBarFree(const QEvent& event) {
+    QPoint pointer(-1, -1); // gone
+    if (event.isSinglePointEvent())
+        pointer =
+            mapFrom(window(), static_cast<const QSinglePointEvent&>(event).position().toPoint());
+    const bool isBeside = std::ranges::none_of(m_shown, [pointer](const Shown& shown) {
+        return shown.panel->outline().contains(pointer - shown.panel->pos());
+    });
+    setAttribute(Qt::WA_TransparentForMouseEvents); // to see what is beneath
+    const bool isFree = isBeside && HeaderBar::isPartOfTitleBar(parentWidget()->childAt(pointer));
+    if (isFree && event.type() == QEvent::MouseButtonPress && !dimsWindow(*top()))
+        dismiss(top()); // a menu or popover closes at every press beside it
+    setAttribute(Qt::WA_TransparentForMouseEvents, isFree || !isPresenting());
 }
 
 void OverlayHost::mousePressEvent(QMouseEvent* event) {

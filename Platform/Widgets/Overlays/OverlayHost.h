@@ -16,7 +16,8 @@ namespace platform {
 class Panel;
 
 /// The layer over a window's content on which menus, popovers, sheets and alerts are shown. Nothing
-/// leaves the window, so it looks the same under every compositor.
+/// leaves the window, so it looks the same under every compositor. A title bar that the window
+/// draws itself stays usable, as one of the desktop's does: the pointer goes through to it.
 ///
 /// Make one a window, as a child of the widget to cover; it keeps to that widget's size, stays on
 /// top of its siblings, and is hidden while nothing is shown.
@@ -58,6 +59,8 @@ private:
         qreal opacity;
     };
 
+    /// Lets what the pointer does through where nothing but a title bar lies beneath it.
+    void leaveTitleBarFree(const QEvent& event);
     void giveFocusBack(const Shown& gone);
     void animateIn(Panel* panel);
     void animateOut(Panel* panel);

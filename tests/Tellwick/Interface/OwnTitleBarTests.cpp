@@ -75,6 +75,16 @@ private Q_SLOTS:
         QVERIFY(quitsAfter([this] { QVERIFY(tests::ScreenReader(m_content).press(u"Close"_s)); }));
     }
 
+    void itsButtonsWorkWhileTheWindowIsDimmed() {
+        const tests::ScreenReader reader(m_content);
+        const auto* close = reader.widget(u"Close"_s);
+        const QPoint at = close->mapTo(m_frame, close->rect().center());
+        QVERIFY(reader.press(u"More"_s));
+        QVERIFY(reader.press(u"About"_s, QAccessible::MenuItem));
+        QTRY_VERIFY(reader.shows(u"About"_s, QAccessible::Dialog));
+        QVERIFY(quitsAfter([&reader, at] { reader.clickAt(at); }));
+    }
+
     void controlWQuits() {
         // The compositor in memory has no keyboard.
         QVERIFY(quitsAfter([this] {
