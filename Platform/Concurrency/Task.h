@@ -53,6 +53,7 @@ class TaskPromiseBase {
 public:
     const TaskContext& context() const { return m_context; }
     void setContext(TaskContext context) { m_context = std::move(context); }
+    void setStop(std::stop_token stop) { m_context.stop = std::move(stop); }
     void setContinuation(std::coroutine_handle<> continuation) { m_continuation = continuation; }
 
     std::suspend_always initial_suspend() const noexcept { return {}; }
@@ -115,6 +116,7 @@ public:
 
     struct Awaiter {
         Handle task;
+        std::optional<std::stop_token> stop{};
 
         bool await_ready() const noexcept { return false; }
         template <class Promise>
@@ -123,6 +125,8 @@ public:
             // tasks which never suspend must not grow the stack in a build without tail calls.
             auto& promise = task.promise();
             promise.setContext(awaiting.promise().context());
+            if (stop)
+                promise.setStop(*std::move(stop));
             task.resume();
             if (task.done())
                 return false;
@@ -132,6 +136,10 @@ public:
         T await_resume() { return task.promise().takeResult(); }
     };
     Awaiter operator co_await() const { return Awaiter{m_handle}; }
+
+    /// `co_await task.until(stop)`: awaits the task with a cancellation of its own. It is cancelled
+    /// with `stop`, whatever becomes of the task that awaits it.
+    Awaiter until(std::stop_token stop) const { return Awaiter{m_handle, std::move(stop)}; }
 
 private:
     Handle m_handle;

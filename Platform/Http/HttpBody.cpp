@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Http/HttpBody.h"
 
+#include "Platform/Concurrency/Errors.h"
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/HttpResponseParser.h"
 
@@ -11,9 +12,12 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/beast/core/basic_stream.hpp>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <functional>
 
 namespace platform {
 
@@ -46,7 +50,7 @@ struct Outcome {
 };
 
 /// `co_await` of one operation of the network library, which `Start` begins when it is called with
-/// the completion handler.
+/// the completion handler. Cancelling the task closes the connection.
 template <class Connection, class Start>
 class Operation : public WaitingAwaiter {
 public:
@@ -62,13 +66,24 @@ public:
             *outcome = {error, count};
             waiter->resume();
         });
+        m_stop = awaiting.promise().context().stop;
+        m_onCancel.emplace(m_stop, [connection = m_connection] {
+            asio::post(connection->stream.get_executor(),
+                       [connection] { connection->stream.close(); });
+        });
     }
-    Outcome await_resume() const { return *m_outcome; }
+    Outcome await_resume() const {
+        if (m_stop.stop_requested())
+            throw CancellationError();
+        return *m_outcome;
+    }
 
 private:
     std::shared_ptr<Connection> m_connection;
     Start m_start;
     std::shared_ptr<Outcome> m_outcome = std::make_shared<Outcome>();
+    std::stop_token m_stop;
+    std::optional<std::stop_callback<std::function<void()>>> m_onCancel;
 };
 
 QByteArray encode(const HttpEndpoint& endpoint, const HttpRequest& request) {

@@ -14,7 +14,8 @@ namespace platform {
 
 /// A response whose head has arrived and whose body is read as it comes, by one task at a time.
 /// Destroying it closes the connection. It lives on the network thread, as do its tasks, which
-/// throw HttpError.
+/// throw HttpError. A task that is cancelled while it waits for the server closes the connection
+/// and throws CancellationError.
 class HttpBody {
 public:
     /// The most that one line may hold before its end; a longer one fails as TooLarge.

@@ -81,6 +81,12 @@ Task<void> reportCancellation(std::shared_ptr<QList<bool>> answers) {
     answers->append(co_await askWhetherCancelled());
 }
 
+Task<void> reportCancellationUntil(std::shared_ptr<QList<bool>> answers, std::stop_token stop) {
+    answers->append(co_await isCancelled());
+    answers->append(co_await askWhetherCancelled().until(stop));
+    co_await reportCancellation(answers).until(stop);
+}
+
 struct Places {
     std::thread::id before, there, after;
 };
@@ -122,6 +128,15 @@ private Q_SLOTS:
         handle.cancel();
         m_scope->start(reportCancellation(answers));
         QTRY_COMPARE(*answers, (QList<bool>{true, true, false, false}));
+    }
+
+    void anAwaitedTaskMayHaveACancellationOfItsOwn() {
+        const auto answers = std::make_shared<QList<bool>>();
+        std::stop_source stop;
+        stop.request_stop();
+        m_scope->start(reportCancellationUntil(answers, stop.get_token()));
+        m_scope->start(reportCancellationUntil(answers, std::stop_source().get_token())).cancel();
+        QTRY_COMPARE(*answers, (QList<bool>{false, true, true, true, true, false, false, false}));
     }
 
     void runOnRunsThereAndComesBackHere_data() {

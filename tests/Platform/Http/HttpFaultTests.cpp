@@ -4,6 +4,8 @@
 
 #include <QTemporaryDir>
 
+#include <atomic>
+
 using namespace platform;
 using tests::HttpFixture;
 using tests::Script;
@@ -22,6 +24,14 @@ HttpRequest impatient(std::chrono::milliseconds idleTimeout) {
 std::optional<Kind> faultOf(const tests::Ending& ended) {
     const auto error = ended.errorAs<HttpError>();
     return error ? std::optional(error->kind()) : std::nullopt;
+}
+
+Task<void> fetch(HttpClient client, std::shared_ptr<std::atomic<bool>> wasCancelled) {
+    try {
+        (void)co_await client.data(HttpRequest());
+    } catch (const CancellationError&) {
+        *wasCancelled = true;
+    }
 }
 
 } // namespace
@@ -207,6 +217,33 @@ private Q_SLOTS:
         QTEST(QByteArrayList(seen->elements), "lines");
         QCOMPARE(faultOf(*seen), Kind::TimedOut);
         QTRY_VERIFY(m->server.clientClosed());
+    }
+
+    void aCancelledTaskClosesItsConnection_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("before the head") << QByteArray();
+        QTest::newRow("in the head") << QByteArray("HTTP/1.1 200 OK\r\nX");
+        QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\na\nb");
+    }
+
+    void aCancelledTaskClosesItsConnection() {
+        QFETCH(QByteArray, bytes);
+        const auto wasCancelled = std::make_shared<std::atomic<bool>>(false);
+        m->server.enqueue(Script().send(bytes).gate().hold());
+        TaskHandle task = m->network->scope().start(fetch(m->client(), wasCancelled));
+        QTRY_COMPARE(m->server.gatesReached(), 1);
+        QVERIFY(!*wasCancelled);
+        task.cancel();
+        QTRY_VERIFY(*wasCancelled);
+        m->server.release();
+        QTRY_VERIFY(m->server.clientClosed());
+    }
+
+    void aTaskThatIsCancelledBeforeItAsksGetsNoAnswer() {
+        const auto wasCancelled = std::make_shared<std::atomic<bool>>(false);
+        m->server.enqueue(Script().hold());
+        m->network->scope().start(fetch(m->client(), wasCancelled)).cancel();
+        QTRY_VERIFY(*wasCancelled);
     }
 
     void eachByteStartsTheIdleTimeAnew() {
