@@ -23,12 +23,13 @@ private Q_SLOTS:
         m_folder = std::make_unique<QTemporaryDir>();
         QDir().mkpath(in(u"bin"_s));
         for (const char* tool :
-             {"awk",   "bash", "cat",  "chmod", "cut",   "dirname", "env", "find",
-              "flock", "grep", "head", "ln",    "mkdir", "mktemp",  "mv",  "rm",
-              "sed",   "sh",   "sort", "tail",  "tar",   "timeout", "tr"}) {
+             {"awk",  "bash", "cat",  "chmod", "cut",     "dirname", "env", "flock",
+              "grep", "head", "ln",   "mkdir", "mktemp",  "mv",      "rm",  "sed",
+              "sh",   "sort", "tail", "tar",   "timeout", "tr"}) {
             const QString name = QString::fromLatin1(tool);
             QFile::link(QStandardPaths::findExecutable(name), in(u"bin/"_s + name));
         }
+        setCard(false);
         m_environment.clear();
         m_environment.insert(u"PATH"_s, in(u"bin"_s));
         m_environment.insert(u"HOME"_s, in(u"home"_s));
@@ -91,6 +92,21 @@ private Q_SLOTS:
         QCOMPARE(contents(u"asked"_s),
                  QByteArray("install -y --no-install-recommends llama.cpp-tools\n"));
         QCOMPARE(QFile::symLinkTarget(in(u"libexec/llama-server"_s)), in(u"bin/llama-server"_s));
+
+        // With the part for the graphics card, which it also does without.
+        for (const QByteArray& outcomeForTheCard : {QByteArray("0"), QByteArray("100")}) {
+            QFile::remove(in(u"bin/llama-server"_s));
+            QFile::remove(in(u"libexec/llama-server"_s));
+            QFile::remove(in(u"asked"_s));
+            write(u"bin/apt-get"_s, bytesOf(in(u"bin/apt-get"_s)) + "case $* in *vulkan*) exit " +
+                                        outcomeForTheCard + ";; esac\n");
+            setCard(true);
+            QCOMPARE(run().status, 0);
+            QCOMPARE(contents(u"asked"_s),
+                     QByteArray("install -y --no-install-recommends llama.cpp-tools\n"
+                                "install -y --no-install-recommends libggml0-backend-vulkan\n"));
+            QVERIFY(QFile::exists(in(u"libexec/llama-server"_s)));
+        }
     }
 
     void oneLineSaysWhyThereIsNone_data() {
@@ -126,20 +142,7 @@ private Q_SLOTS:
     }
 
     void aLaterReleasesEngineIsUnpackedForTheUserAlone() {
-        // The mirror's one package holds a loader that runs the program as it is.
-        const QByteArray triplet = "x86_64-linux-gnu";
-        makeApt("1:1.2-3", "    update) ;;\n"
-                           "    install) : >\"$(dirname "
-                           "\"$APT_CONFIG\")/cache/archives/llama.cpp-tools_1.deb\" ;;\n");
-        write(u"bin/dpkg-deb"_s,
-              "#!/bin/sh\ncd '" + in(u"package"_s).toUtf8() + "' && exec tar -c ./usr\n");
-        write(u"package/usr/bin/llama-server"_s,
-              "#!/bin/sh\necho \"$(pwd)|$*\" >>'" + in(u"ran"_s).toUtf8() + "'\n");
-        const QString libraries = u"package/usr/lib/"_s + QString::fromLatin1(triplet);
-        write(libraries + u"/ld-linux-x86-64.so.2"_s, "#!/bin/sh\nshift 2\nexec \"$@\"\n");
-        write(libraries + u"/ggml/backends0/libggml-cpu.so"_s, QByteArray());
-        write(u"package/usr/share/doc/llama.cpp-tools/copyright"_s, QByteArray());
-
+        makePackages("");
         const Outcome outcome = run();
         QVERIFY2(outcome.status == 0, qPrintable(outcome.lines.join(u'\n')));
         const QString root = in(u"home/.local/share/tellwick/engine/1_1.2-3"_s);
@@ -153,14 +156,43 @@ private Q_SLOTS:
         QProcess program;
         program.start(in(u"libexec/llama-server"_s), {u"--model"_s, u"a b"_s});
         QVERIFY(program.waitForFinished(20'000));
-        QCOMPARE(contents(u"ran"_s),
-                 (root + u"/usr/lib/"_s).toUtf8() + triplet + "/ggml/backends0|--model a b\n");
+        QCOMPARE(contents(u"ran"_s), (root + u"/usr/lib/"_s).toUtf8() +
+                                         "x86_64-linux-gnu/ggml/backends0|--model a b\n");
 
         // Another build finds it without asking the mirror.
         QFile::remove(in(u"asked"_s));
         QCOMPARE(run({in(u"other"_s)}).status, 0);
         QVERIFY(QFile::exists(in(u"other/llama-server"_s)));
         QVERIFY(!contents(u"asked"_s).contains("install"));
+    }
+
+    void thePartForTheCardComesAlongWhereItFindsOne_data() {
+        QTest::addColumn<bool>("hasCard");
+        QTest::addColumn<QByteArray>("devices"); // what the engine does when it is asked for them
+        QTest::addColumn<bool>("isHad");
+        QTest::addColumn<bool>("isThere");
+        const QByteArray card = "echo '  Vulkan0: a card'\n";
+        QTest::newRow("no card") << false << card << true << false;
+        QTest::newRow("a card") << true << card << true << true;
+        QTest::newRow("a software renderer")
+            << true << QByteArray("echo '  (none)'\n") << true << false;
+        QTest::newRow("a driver that crashes")
+            << true << QByteArray("kill -SEGV $$\n") << true << false;
+        QTest::newRow("it cannot be had") << true << card << false << false;
+    }
+    void thePartForTheCardComesAlongWhereItFindsOne() {
+        QFETCH(bool, hasCard);
+        QFETCH(QByteArray, devices);
+        QFETCH(bool, isHad);
+        setCard(hasCard);
+        makePackages(devices, isHad);
+        const Outcome outcome = run();
+        QVERIFY2(outcome.status == 0, qPrintable(outcome.lines.join(u'\n')));
+        QCOMPARE(contents(u"asked"_s).contains("libggml0-backend-vulkan"), hasCard);
+        QTEST(
+            QFile::exists(in(u"home/.local/share/tellwick/engine/1_1.2-3/usr/lib/x86_64-linux-gnu/"
+                             "ggml/backends0/libggml-vulkan.so"_s)),
+            "isThere");
     }
 
     void aWrongCallIsExplained() {
@@ -190,6 +222,39 @@ private:
     QString in(const QString& path) const { return m_folder->filePath(path); }
     void write(const QString& path, const QByteArray& script) const {
         writeProgram(in(path), script);
+    }
+
+    /// A machine with a graphics card and its driver, or without.
+    void setCard(bool hasCard) const {
+        const QString real = QStandardPaths::findExecutable(u"find"_s);
+        QFile::remove(in(u"bin/find"_s));
+        write(u"bin/find"_s, "#!/bin/sh\ncase $* in */icd.d* | */dev/dri*) " +
+                                 QByteArray(hasCard ? "echo one" : ":") + " ;; *) exec " +
+                                 real.toUtf8() + " \"$@\" ;; esac\n");
+    }
+
+    /// A mirror with the engine, whose loader runs the program as it is, and with its part for
+    /// graphics cards.
+    void makePackages(const QByteArray& devices, bool hasPartForTheCard = true) {
+        const QByteArray archives = "\"$(dirname \"$APT_CONFIG\")/cache/archives\"";
+        makeApt("1:1.2-3",
+                "    update) ;;\n    install) : >" + archives +
+                    "/llama.cpp-tools_1.deb\n        case $* in *vulkan*) " +
+                    (hasPartForTheCard ? ": >" + archives + "/libggml0-backend-vulkan_1.deb"
+                                       : QByteArray("exit 100")) +
+                    " ;; esac ;;\n");
+        write(u"bin/dpkg-deb"_s, "#!/bin/sh\ncase $2 in *vulkan*) part=card ;; *) part=package ;; "
+                                 "esac\ncd '" +
+                                     in(QString()).toUtf8() + "'/$part && exec tar -c ./usr\n");
+        write(u"package/usr/bin/llama-server"_s, "#!/bin/sh\ncase $1 in --list-devices) " +
+                                                     devices + " ;; esac\necho \"$(pwd)|$*\" >>'" +
+                                                     in(u"ran"_s).toUtf8() + "'\n");
+        const auto libraries = u"/usr/lib/x86_64-linux-gnu"_s;
+        write(u"package"_s + libraries + u"/ld-linux-x86-64.so.2"_s,
+              "#!/bin/sh\nshift 2\nexec \"$@\"\n");
+        write(u"package"_s + libraries + u"/ggml/backends0/libggml-cpu.so"_s, QByteArray());
+        write(u"card"_s + libraries + u"/ggml/backends0/libggml-vulkan.so"_s, QByteArray());
+        write(u"package/usr/share/doc/llama.cpp-tools/copyright"_s, QByteArray());
     }
 
     /// A system with packages, but none of the engine's. What apt is asked is written down.
