@@ -22,7 +22,7 @@ public:
     class Availability {
     public:
         enum class UnavailableReason {
-            /// This machine cannot run the model.
+            /// This machine cannot run the model, with the memory that it has left for it.
             deviceNotEligible,
             /// What runs the model is switched off or not installed.
             appleIntelligenceNotEnabled,
@@ -59,8 +59,8 @@ public:
     bool isAvailable() const { return availability().isAvailable(); }
 
     /// Begins a conversation with the model, without tools. The instructions apply to every turn of
-    /// it. Any thread; returns at once. A session may be made while the model is unavailable: its
-    /// turns then fail. It keeps alive what it needs of the model object.
+    /// it. Any thread; costs nothing until the session is used. A session may be made while the
+    /// model is unavailable: its turns then fail. It keeps alive what it needs of the model object.
     virtual std::shared_ptr<LanguageModelSession> makeSession(const QString& instructions) = 0;
 };
 

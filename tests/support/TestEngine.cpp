@@ -56,7 +56,10 @@ platform::LlamaServerPaths EngineFolders::pathsIn(const QString& folder) {
     return {.dataFolders = {folder + u"/data"_s},
             .programFolders = {folder + u"/bin"_s},
             .runtimeFolders = {folder + u"/run"_s},
-            .machineMemory = 8'000'000'000};
+            .memory =
+                [] {
+                    return platform::MachineMemory{8'000'000'000, 8'000'000'000};
+                }};
 }
 
 void EngineFolders::setModelFile(const QByteArray& bytes) const {
@@ -90,6 +93,13 @@ QByteArray EngineFolders::get(const QByteArray& target) const {
                                       platform::HttpEndpoint::unixSocket(socketPath()));
     const auto outcome = fixture.run(client.data(platform::HttpRequest(target)));
     return outcome.value ? outcome.value->body : QByteArray();
+}
+
+int EngineFolders::tokensRead() const {
+    const QByteArray metrics = get("/metrics");
+    const QByteArray name = "\nllamacpp:prompt_tokens_total ";
+    const qsizetype start = metrics.indexOf(name) + name.size();
+    return metrics.mid(start, metrics.indexOf('\n', start) - start).toInt();
 }
 
 QString outcomeOf(const std::shared_ptr<Heard>& heard) {

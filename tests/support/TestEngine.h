@@ -29,6 +29,11 @@ public:
     /// The folders that another process has made.
     static platform::LlamaServerPaths pathsIn(const QString& folder);
 
+    /// As much memory as the models here need for the smallest context, of 2,048 tokens.
+    static platform::MachineMemory littleMemory() {
+        return {.total = 8'000'000'000, .available = 317'500'000};
+    }
+
     platform::LlamaServerPaths paths() const { return pathsIn(m_folder.path()); }
 
     void setModel(const TinyModel& model) const { setModelFile(modelFile(model)); }
@@ -45,6 +50,10 @@ public:
     QString socketPath() const { return path(QStringLiteral("run/engine.sock")); }
     /// Asks the running engine by a connection of its own, and gives the response's body.
     QByteArray get(const QByteArray& target) const;
+
+    /// The tokens of prompts that the engine, started with --metrics, has read so far, by its own
+    /// count; 0 where it is not there yet.
+    int tokensRead() const;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
 

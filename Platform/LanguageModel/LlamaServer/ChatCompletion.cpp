@@ -16,22 +16,31 @@ Object message(const char* role, const QString& content) {
 }
 
 /// What the "error" of a document tells; one that says nothing known is no answer.
-LlamaServerError::Kind failureKind(const Json& document) {
+ChatFailure readFailure(const Json& document) {
+    ChatFailure failure;
     try {
         const Json error = document["error"];
         const auto type = error.find("type");
         const auto text = error.find("message");
         if ((type && type->text() == u"exceed_context_size_error") ||
             (text && text->text().contains(u"context size", Qt::CaseInsensitive)))
-            return LlamaServerError::Kind::ConversationTooLong;
+            failure.kind = LlamaServerError::Kind::PromptTooLong;
+        const auto number = [&error](const char* key) {
+            const auto value = error.find(key);
+            return value ? value->integer() : 0;
+        };
+        failure.tokens = number("n_prompt_tokens");
+        failure.contextSize = number("n_ctx");
     } catch (const JsonReadingError&) {
         // It is an error all the same.
     }
-    return LlamaServerError::Kind::NoAnswer;
+    return failure;
 }
 
 void readChoice(const Json& choice, ChatEvent& event) {
-    event.isComplete = choice.find("finish_reason").has_value();
+    const auto reason = choice.find("finish_reason");
+    event.isComplete = reason.has_value();
+    event.isCutOff = reason && reason->text() == u"length";
     const auto delta = choice.find("delta");
     if (const auto content = delta ? delta->find("content") : std::nullopt)
         event.content = content->text();
@@ -40,7 +49,8 @@ void readChoice(const Json& choice, ChatEvent& event) {
 } // namespace
 
 QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn>& turns,
-                           const QString& prompt, const GenerationOptions& options) {
+                           const QString& prompt, const GenerationOptions& options,
+                           const QString& said) {
     Object messages = Object::array();
     if (!instructions.isEmpty())
         messages.push_back(message("system", instructions));
@@ -49,8 +59,13 @@ QByteArray chatRequestBody(const QString& instructions, const QList<AnsweredTurn
         messages.push_back(message("assistant", turn.reply.toString()));
     }
     messages.push_back(message("user", prompt));
+    if (!said.isEmpty())
+        messages.push_back(message("assistant", said));
 
-    Object body = {{"messages", std::move(messages)}, {"stream", true}, {"cache_prompt", true}};
+    Object body = {{"messages", std::move(messages)},
+                   {"stream", true},
+                   {"return_progress", true},
+                   {"cache_prompt", true}};
     if (options.sampling == GenerationOptions::Sampling::Greedy)
         body["top_k"] = 1;
     if (options.temperature)
@@ -70,9 +85,11 @@ ChatEvent readChatEvent(const QByteArray& line) {
         return event;
     const Json data = Json::read(value);
     if (data.find("error")) {
-        event.failure = failureKind(data);
+        event.failure = readFailure(data);
         return event;
     }
+    if (const auto progress = data.find("prompt_progress"))
+        event.requestTokens = (*progress)["total"].integer();
     const auto choices = data.find("choices");
     // The last event of some engines has an empty list.
     for (const Json& choice : choices ? choices->elements() : QList<Json>())
@@ -80,11 +97,11 @@ ChatEvent readChatEvent(const QByteArray& line) {
     return event;
 }
 
-LlamaServerError::Kind readChatFailure(const QByteArray& body) {
+ChatFailure readChatFailure(const QByteArray& body) {
     try {
-        return failureKind(Json::read(body));
+        return readFailure(Json::read(body));
     } catch (const JsonReadingError&) {
-        return LlamaServerError::Kind::NoAnswer;
+        return {};
     }
 }
 

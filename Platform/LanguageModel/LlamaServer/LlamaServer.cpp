@@ -4,6 +4,8 @@
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/NetworkThread.h"
 
+#include <QFileInfo>
+
 #include <signal.h>
 
 namespace platform {
@@ -37,9 +39,23 @@ Task<bool> isHealthy(HttpClient client) {
     }
 }
 
+bool isCrash(int signal) {
+    return signal != 0 && signal != SIGKILL && signal != SIGTERM;
+}
+
+/// Whether a process may have ended for a fault of the graphics card or its driver.
+bool mayBeTheCards(int signal, const QByteArray& output) {
+    return isCrash(signal) || output.toLower().contains("vulkan") || output.contains("vk::");
+}
+
+void endWork(const std::weak_ptr<std::stop_source>& work) {
+    if (const auto underWay = work.lock())
+        underWay->request_stop();
+}
+
 /// Why a process ended while it was loading, from what it said.
 Kind reasonOfEnd(int signal, const QByteArray& output) {
-    if (signal == SIGKILL || signal == SIGTERM)
+    if (signal != 0 && !isCrash(signal))
         return Kind::EngineStopped;
     if (output.contains("failed to allocate") || output.contains("unable to allocate") ||
         output.contains("out of memory"))
@@ -56,12 +72,29 @@ LlamaServer::LlamaServer(NetworkThread& network, LlamaServerPaths paths, const E
     : m_network(network)
     , m_paths(std::move(paths))
     , m_limits(limits)
-    , m_command(contextSizeFor(m_paths.machineMemory), limits.idleTime) {}
+    , m_command(limits.idleTime) {}
 
 LlamaServer::~LlamaServer() {
     m_start.reset();
     if (m_folderLock)
         m_folder->remove(socketName);
+}
+
+LlamaServer::Work LlamaServer::beginAnswer() {
+    endWork(m_reading);
+    endWork(m_answer);
+    auto answer = std::make_shared<std::stop_source>();
+    m_answer = answer;
+    return answer;
+}
+
+LlamaServer::Work LlamaServer::beginReading() {
+    if (!m_answer.expired())
+        return nullptr;
+    endWork(m_reading);
+    auto reading = std::make_shared<std::stop_source>();
+    m_reading = reading;
+    return reading;
 }
 
 Task<HttpClient> LlamaServer::ready() {
@@ -166,32 +199,47 @@ bool LlamaServer::hasFolder() {
     return static_cast<bool>(m_folderLock);
 }
 
-void LlamaServer::launch(Start& start) {
-    start = {};
+std::optional<LlamaServerError> LlamaServer::startProcess(std::unique_ptr<EngineProcess>& process) {
     const std::optional<QString> program = m_paths.program();
     const std::optional<QString> modelFile = m_paths.modelFile();
-    if (!modelFile) {
-        start.failure = LlamaServerError(Kind::ModelMissing);
-    } else if (program && hasFolder()) {
+    if (!modelFile)
+        return LlamaServerError(Kind::ModelMissing);
+    const auto modelSize = static_cast<quint64>(QFileInfo(*modelFile).size());
+    const std::optional<int> contextSize = contextSizeFor(modelSize, m_paths.memory());
+    if (!contextSize)
+        return LlamaServerError(Kind::OutOfMemory);
+    if (program && hasFolder()) {
         m_folder->remove(socketName); // the engine does not take over one that is there
-        start.process = EngineProcess::start(
-            *program, m_command.arguments(*modelFile, m_folder->socketPath(socketName)),
-            LlamaServerCommand::environment());
+        process = EngineProcess::start(
+            *program,
+            m_command.arguments(*modelFile, m_folder->socketPath(socketName), *contextSize),
+            m_command.environment());
     }
-    if (!start.process && !start.failure)
-        start.failure = LlamaServerError(Kind::EngineUnusable);
+    m_contextSize = *contextSize;
+    return process ? std::nullopt : std::optional(LlamaServerError(Kind::EngineUnusable));
+}
+
+void LlamaServer::launch(Start& start) {
+    start = {};
+    m_hasEngine = false;
+    start.failure = startProcess(start.process);
+    m_hasEngine = !start.failure;
 }
 
 /// Notices that the process has ended while it was loading, and starts it once more where it had
-/// served before or wants other options.
+/// served before, wants other options, or may do without the graphics card.
 void LlamaServer::checkProcess(Start& start) {
     while (!start.failure && !start.process->isRunning()) {
         const QByteArray output = start.process->output();
         const int signal = start.process->endSignal();
-        if (start.wasReady || (signal == 0 && m_command.adapt(output)))
+        const bool isAnotherCommand =
+            (signal == 0 && m_command.adapt(output)) ||
+            (mayBeTheCards(signal, output) && m_command.leaveOutTheCard());
+        if (start.wasReady || isAnotherCommand)
             launch(start);
         else
             start.failure = LlamaServerError(reasonOfEnd(signal, output));
+        m_hasEngine = !start.failure;
     }
 }
 

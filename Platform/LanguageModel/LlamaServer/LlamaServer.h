@@ -9,6 +9,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServerError.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerPaths.h"
 
+#include <atomic>
 #include <memory>
 
 namespace platform {
@@ -31,7 +32,11 @@ struct EngineLimits {
 };
 
 /// The engine of one run of the program: `llama-server` as a private child process behind a Unix
-/// socket, started when it is first needed and again when it has ended. One that hangs is ended.
+/// socket, started when it is first needed and again when it has ended. One that hangs is ended;
+/// one that crashes on the graphics card is started again without it.
+///
+/// It does one thing at a time: the answer to a prompt, or reading ahead what the next one will
+/// build on.
 ///
 /// Made on any thread; everything else happens on the network thread. Tasks hold the object alive;
 /// with the last of them and its owner it goes, on whatever thread, and takes the child with it.
@@ -40,6 +45,15 @@ public:
     /// Touches nothing of the system.
     LlamaServer(NetworkThread& network, LlamaServerPaths paths, const EngineLimits& limits);
     ~LlamaServer();
+
+    using Work = std::shared_ptr<std::stop_source>;
+
+    /// An answer begins, and what has been under way ends. The new one ends with its stop source;
+    /// whoever works on it holds that until then.
+    Work beginAnswer();
+    /// Reading ahead begins, and with it ends earlier reading. None while there is an answer under
+    /// way, which goes on.
+    Work beginReading();
 
     /// The engine, able to answer; it is started where it is not running, and waited for while it
     /// loads. Throws LlamaServerError. Callers at the same time share one start and its outcome.
@@ -53,6 +67,12 @@ public:
     /// The error to show where the connection to the engine failed in the middle of a reply. An
     /// engine that was silent for too long is ended, so that the next request gets another.
     LlamaServerError lost(const HttpError& error);
+
+    /// The room for one conversation in the engine that was started last, in tokens.
+    int contextSize() const { return m_contextSize; }
+
+    /// Whether there is an engine, and the model has its memory. Any thread.
+    bool hasEngine() const { return m_hasEngine; }
 
     /// As long as the result lives somebody waits for the engine: one that stands still meanwhile
     /// is ended.
@@ -73,6 +93,7 @@ private:
     static Task<void> watch(NetworkThread& network, std::chrono::milliseconds longestStandstill,
                             std::weak_ptr<LlamaServer> server, std::weak_ptr<void> awaited);
     bool hasFolder();
+    std::optional<LlamaServerError> startProcess(std::unique_ptr<EngineProcess>& process);
     void launch(Start& start);
     void checkProcess(Start& start);
     Task<void> settle();
@@ -85,6 +106,10 @@ private:
     std::optional<PrivateFolder> m_folder;
     UniqueFd m_folderLock;
     std::shared_ptr<Start> m_start;
+    int m_contextSize = 0;
+    std::atomic<bool> m_hasEngine = false;
+    std::weak_ptr<std::stop_source> m_answer;
+    std::weak_ptr<std::stop_source> m_reading;
 };
 
 } // namespace platform

@@ -5,17 +5,44 @@
 
 #include <unistd.h>
 
+#include <array>
+
 namespace platform {
 
 using namespace Qt::StringLiterals;
 
-LlamaServerCommand::LlamaServerCommand(int contextSize, std::chrono::seconds idleTime)
+namespace {
+
+/// A variable of the environment.
+struct Variable {
+    const char* name;
+    const char* value;
+};
+
+/// How the engine's threads run, as far as the user has not said so in the same variables. They
+/// wait for each other asleep: waiting busily they take the processors from one another and from
+/// the window as soon as anything else runs.
+constexpr std::array threadVariables{Variable{"OMP_WAIT_POLICY", "passive"}};
+
+/// Without drivers there is no card: one that crashes when it is loaded must not even be that. One
+/// variable for each generation of the library that loads them.
+constexpr std::array withoutDrivers{Variable{"VK_LOADER_DRIVERS_DISABLE", "*"},
+                                    Variable{"VK_DRIVER_FILES", "/dev/null"},
+                                    Variable{"VK_ICD_FILENAMES", "/dev/null"}};
+
+QByteArray assignment(const Variable& variable) {
+    return QByteArray(variable.name) + '=' + variable.value;
+}
+
+} // namespace
+
+LlamaServerCommand::LlamaServerCommand(std::chrono::seconds idleTime)
     : m_options{
-          // Two replies at once: one that nobody reads any more and the one that is wanted. They
-          // share the room for tokens instead of having half of it each.
-          {u"--parallel 2"_s},
-          {u"--kv-unified"_s, u""_s},
-          {u"--ctx-size %1"_s.arg(contextSize)},
+          // One thing at a time: the next request waits until an abandoned one has been noticed,
+          // and finds all that it shares with that one read.
+          {u"--parallel 1"_s},
+          // It is noticed only between two pieces of a long prompt.
+          {u"--batch-size 256"_s},
           // Conversations stay in their slot; a store of old ones would only take memory.
           {u"--cache-ram 0"_s, u""_s},
           {u"--sleep-idle-seconds %1"_s.arg(idleTime.count()), u""_s},
@@ -28,22 +55,39 @@ LlamaServerCommand::LlamaServerCommand(int contextSize, std::chrono::seconds idl
           {u"--log-verbosity 1"_s, u""_s},
       } {}
 
-QByteArrayList LlamaServerCommand::environment() {
+QByteArrayList LlamaServerCommand::environment() const {
     QByteArrayList variables;
     for (char** variable = environ; *variable; ++variable)
         if (!QByteArrayView(*variable).startsWith("LLAMA_"))
             variables.append(*variable);
-    if (!qEnvironmentVariableIsSet("OMP_WAIT_POLICY"))
-        variables.append("OMP_WAIT_POLICY=passive");
+    for (const Variable& variable : threadVariables)
+        if (!qEnvironmentVariableIsSet(variable.name))
+            variables.append(assignment(variable));
+    if (m_usesCard)
+        return variables;
+    for (const Variable& variable : withoutDrivers) {
+        const QByteArray start = QByteArray(variable.name) + '=';
+        variables.removeIf([&start](const QByteArray& other) { return other.startsWith(start); });
+        variables.append(assignment(variable));
+    }
     return variables;
 }
 
-QStringList LlamaServerCommand::arguments(const QString& modelFile,
-                                          const QString& socketPath) const {
-    QStringList arguments{u"--model"_s, modelFile, u"--host"_s, socketPath};
+QStringList LlamaServerCommand::arguments(const QString& modelFile, const QString& socketPath,
+                                          int contextSize) const {
+    QStringList arguments{u"--model"_s, modelFile,       u"--host"_s,
+                          socketPath,   u"--ctx-size"_s, QString::number(contextSize)};
     for (const QStringList& spellings : m_options)
         arguments += spellings.constFirst().split(u' ', Qt::SkipEmptyParts);
     return arguments;
+}
+
+bool LlamaServerCommand::leaveOutTheCard() {
+    if (!m_usesCard)
+        return false;
+    m_usesCard = false;
+    m_options.push_back({u"--device none"_s, u""_s});
+    return true;
 }
 
 bool LlamaServerCommand::adapt(const QByteArray& complaint) {
@@ -59,11 +103,6 @@ bool LlamaServerCommand::adapt(const QByteArray& complaint) {
         }
     }
     return false;
-}
-
-int contextSizeFor(quint64 machineMemory) {
-    constexpr quint64 plenty = 15ULL * 1024 * 1024 * 1024; // a machine sold with 16 GB
-    return machineMemory >= plenty ? 16'384 : 8'192;
 }
 
 } // namespace platform

@@ -17,27 +17,28 @@ namespace platform {
 /// remembers what was refused.
 class LlamaServerCommand {
 public:
-    /// @param contextSize the room for one conversation, in tokens.
-    LlamaServerCommand(int contextSize, std::chrono::seconds idleTime);
+    explicit LlamaServerCommand(std::chrono::seconds idleTime);
 
     /// The variables for the program, as "NAME=value". It takes options from variables too: it gets
-    /// none of the user's. And its threads wait for each other asleep: waiting busily they take the
-    /// processors from one another and from the window as soon as anything else runs.
-    static QByteArrayList environment();
+    /// none of the user's.
+    QByteArrayList environment() const;
 
-    QStringList arguments(const QString& modelFile, const QString& socketPath) const;
+    /// @param contextSize the room for one conversation, in tokens.
+    QStringList arguments(const QString& modelFile, const QString& socketPath,
+                          int contextSize) const;
 
     /// Takes the program's complaint about an option into account. False when it is about none that
     /// can be replaced: another start would end in the same way.
     bool adapt(const QByteArray& complaint);
 
+    /// From here on the program is to use the processor alone. False when it does already.
+    bool leaveOutTheCard();
+
 private:
     /// Each thing asked of the program in the ways of saying it that it may yet take, the newest
     /// first; where it does without, the last is empty.
     std::vector<QStringList> m_options;
+    bool m_usesCard = true;
 };
-
-/// The room for a conversation on a machine with that much memory, in tokens.
-int contextSizeFor(quint64 machineMemory);
 
 } // namespace platform

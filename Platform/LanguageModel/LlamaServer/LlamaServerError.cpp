@@ -7,12 +7,9 @@ using namespace Qt::StringLiterals;
 
 QString LlamaServerError::errorDescription() const {
     switch (m_kind) {
-    case Kind::Busy:
-        return u"The on-device model is still answering your previous message. Try again when it "
-               u"has finished, or start a new chat."_s;
-    case Kind::ConversationTooLong:
-        return u"This conversation is longer than the on-device model can hold. Start a new chat "
-               u"to go on."_s;
+    case Kind::PromptTooLong:
+        return u"This message is longer than the on-device model can read at once. Shorten it, or "
+               u"send it in parts."_s;
     case Kind::EngineHung:
         return u"The on-device model does not answer any more. Send your message again to restart "
                u"it."_s;

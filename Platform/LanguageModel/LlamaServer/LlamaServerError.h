@@ -9,15 +9,14 @@ namespace platform {
 class LlamaServerError final : public LocalizedError {
 public:
     enum class Kind {
-        Busy,                ///< the session is still answering an earlier request
-        ConversationTooLong, ///< the conversation does not fit the model's context
-        EngineHung,          ///< the engine did nothing for too long and was ended
-        EngineStopped,       ///< the engine's process ended while it was needed
-        EngineUnusable,      ///< the engine cannot be started on this machine
-        ModelDamaged,        ///< the engine cannot read the model's file
-        ModelMissing,        ///< there is no model file
-        OutOfMemory,         ///< the machine has not enough memory left
-        NoAnswer,            ///< the engine refused the request for a reason of its own
+        PromptTooLong,  ///< the prompt alone does not fit the model's context
+        EngineHung,     ///< the engine did nothing for too long and was ended
+        EngineStopped,  ///< the engine's process ended while it was needed
+        EngineUnusable, ///< the engine cannot be started on this machine
+        ModelDamaged,   ///< the engine cannot read the model's file
+        ModelMissing,   ///< there is no model file
+        OutOfMemory,    ///< the machine has not enough memory left
+        NoAnswer,       ///< the engine refused the request for a reason of its own
     };
 
     explicit LlamaServerError(Kind kind)

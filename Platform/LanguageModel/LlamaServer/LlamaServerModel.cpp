@@ -6,18 +6,6 @@
 
 namespace platform {
 
-namespace {
-
-/// Gets the engine going while the first prompt is still on its way. What goes wrong shows there.
-Task<void> warmUp(std::shared_ptr<LlamaServer> server) {
-    try {
-        (void)co_await server->ready();
-    } catch (const LlamaServerError&) {
-    }
-}
-
-} // namespace
-
 LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths paths,
                                    const EngineLimits& limits)
     : m_scope(network.scope())
@@ -25,11 +13,10 @@ LlamaServerModel::LlamaServerModel(NetworkThread& network, LlamaServerPaths path
     , m_server(std::make_shared<LlamaServer>(network, m_paths, limits)) {}
 
 SystemLanguageModel::Availability LlamaServerModel::availability() const {
-    return m_paths.availability();
+    return m_paths.availability(m_server->hasEngine());
 }
 
 std::shared_ptr<LanguageModelSession> LlamaServerModel::makeSession(const QString& instructions) {
-    m_scope.start(warmUp(m_server));
     return std::make_shared<LlamaServerSession>(m_server, m_scope, instructions);
 }
 

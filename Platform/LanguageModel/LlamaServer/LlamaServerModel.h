@@ -8,8 +8,8 @@ namespace platform {
 
 /// The on-device model where the system has none of its own: a model file, run by llama-server.
 ///
-/// Making the object costs nothing; the engine starts with the first session and serves all of
-/// them.
+/// Making the object costs nothing; the engine starts when a session is first used and serves all
+/// of them.
 class LlamaServerModel final : public SystemLanguageModel {
 public:
     /// The network thread outlives the calls made here, but not necessarily the object.

@@ -4,8 +4,6 @@
 #include "Platform/Desktop/PathTexts.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerFiles.h"
 
-#include <unistd.h>
-
 namespace platform {
 
 namespace {
@@ -27,9 +25,7 @@ LlamaServerPaths LlamaServerPaths::of(const UserDirectories& directories,
                                       const QString& ownFolder) {
     return {.dataFolders = toTexts(directories.dataFolders()),
             .programFolders = toTexts(directories.programFolders(toPath(ownFolder))),
-            .runtimeFolders = toTexts(directories.runtimeFolders()),
-            .machineMemory = static_cast<quint64>(sysconf(_SC_PHYS_PAGES)) *
-                             static_cast<quint64>(sysconf(_SC_PAGESIZE))};
+            .runtimeFolders = toTexts(directories.runtimeFolders())};
 }
 
 std::optional<QString> LlamaServerPaths::modelFile() const {
@@ -42,11 +38,11 @@ std::optional<QString> LlamaServerPaths::program() const {
     return path ? std::optional(toText(*path)) : std::nullopt;
 }
 
-SystemLanguageModel::Availability LlamaServerPaths::availability() const {
+SystemLanguageModel::Availability LlamaServerPaths::availability(bool isLoaded) const {
     using Availability = SystemLanguageModel::Availability;
     using enum Availability::UnavailableReason;
     const auto file = findModelFile(toPaths(dataFolders));
-    if (file && file->size > machineMemory)
+    if (file && !isLoaded && !contextSizeFor(file->size, memory()))
         return Availability::unavailable(deviceNotEligible);
     if (!program())
         return Availability::unavailable(appleIntelligenceNotEnabled);

@@ -2,9 +2,12 @@
 #pragma once
 
 #include "Platform/Desktop/UserDirectories.h"
+#include "Platform/LanguageModel/LlamaServer/MachineMemory.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 
 #include <QStringList>
+
+#include <functional>
 
 namespace platform {
 
@@ -26,16 +29,19 @@ struct LlamaServerPaths {
     QStringList programFolders;
     /// The folders that may hold the engine's socket, the best first.
     QStringList runtimeFolders;
-    /// The machine's memory, in bytes.
-    quint64 machineMemory = 0;
+    /// Tells the machine's memory at the moment.
+    std::function<MachineMemory()> memory = &MachineMemory::now;
 
     /// The path of the model's file (a link serves), or none. Files that cannot be read are passed
     /// over.
     std::optional<QString> modelFile() const;
     /// The path of the engine's program, or none.
     std::optional<QString> program() const;
-    /// Whether the model can run, from what lies at these paths: some twenty system calls.
-    SystemLanguageModel::Availability availability() const;
+    /// Whether the model can run, from what lies at these paths and the memory there is for it:
+    /// some twenty system calls.
+    ///
+    /// @param isLoaded the model has its memory already.
+    SystemLanguageModel::Availability availability(bool isLoaded = false) const;
 };
 
 } // namespace platform

@@ -3,7 +3,6 @@
 
 #include "Platform/Concurrency/TaskScope.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
-#include "Platform/LanguageModel/LlamaServer/ChatCompletion.h"
 
 #include <memory>
 
@@ -18,14 +17,20 @@ public:
     /// @param scope where turns run: the network thread's.
     LlamaServerSession(std::shared_ptr<LlamaServer> server, TaskScope& scope, QString instructions);
 
+    void prewarm() override;
     AsyncStream<TextSnapshot> streamResponse(const QString& prompt,
                                              const GenerationOptions& options) override;
 
 private:
-    /// What a turn needs; it holds this and not the session. Network thread.
+    // What turns need; they hold these and not the session. Network thread.
     struct Conversation;
-    static Task<void> answer(std::shared_ptr<Conversation> conversation, QString prompt,
-                             GenerationOptions options, StreamContinuation<TextSnapshot> reply);
+    struct Turn;
+    struct End;
+    static Task<void> answer(std::shared_ptr<Conversation> conversation,
+                             std::shared_ptr<Turn> turn);
+    static Task<void> say(std::shared_ptr<Conversation> conversation, std::shared_ptr<Turn> turn);
+    static Task<End> ask(std::shared_ptr<Conversation> conversation, std::shared_ptr<Turn> turn);
+    static Task<void> readAhead(std::shared_ptr<Conversation> conversation);
 
     TaskScope& m_scope;
     std::shared_ptr<Conversation> m_conversation;

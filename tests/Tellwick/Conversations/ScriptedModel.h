@@ -55,6 +55,8 @@ public:
     std::weak_ptr<platform::LanguageModelSession> latestSession;
     /// The error with which sessions are not made and turns not begun.
     std::exception_ptr refusal;
+    /// The sessions that were to get ready for a turn, by their numbers.
+    QList<qsizetype> prewarmed;
 
 private:
     class Session final : public platform::LanguageModelSession {
@@ -62,6 +64,8 @@ private:
         Session(ScriptedModel& model, qsizetype number)
             : m_model(model)
             , m_number(number) {}
+
+        void prewarm() override { m_model.prewarmed.append(m_number); }
 
         platform::AsyncStream<platform::TextSnapshot>
         streamResponse(const QString& prompt, const platform::GenerationOptions& options) override {

@@ -31,10 +31,20 @@ private Q_SLOTS:
         QCOMPARE(request[u"cache_prompt"].toBool(), true);
     }
 
+    void whatWasSaidAlreadyStandsBehindThePrompt() {
+        const QJsonObject request =
+            QJsonDocument::fromJson(chatRequestBody({}, {}, u"one"_s, {}, u"firs"_s)).object();
+        const QJsonArray messages = request[u"messages"].toArray();
+        QCOMPARE(messages.size(), 2);
+        QCOMPARE(messages[1][u"role"].toString(), u"assistant"_s);
+        QCOMPARE(messages[1][u"content"].toString(), u"firs"_s);
+    }
+
     void unsetOptionsAreNotSent() {
         const QJsonObject request =
             QJsonDocument::fromJson(chatRequestBody(QString(), {}, u"one"_s, {})).object();
-        QCOMPARE(request.keys(), (QStringList{u"cache_prompt"_s, u"messages"_s, u"stream"_s}));
+        QCOMPARE(request.keys(), (QStringList{u"cache_prompt"_s, u"messages"_s,
+                                              u"return_progress"_s, u"stream"_s}));
         QCOMPARE(request[u"messages"].toArray().size(), 1);
     }
 
@@ -89,6 +99,22 @@ private Q_SLOTS:
         QVERIFY(!event.failure);
     }
 
+    void theEndOfTheContextIsTold() {
+        const auto event = [](const QByteArray& reason) {
+            return readChatEvent(R"(data: {"choices":[{"finish_reason":)" + reason + "}]}");
+        };
+        QVERIFY(event(R"("length")").isCutOff);
+        QVERIFY(!event(R"("stop")").isCutOff);
+        QVERIFY(!event("null").isCutOff);
+    }
+
+    void theLengthOfTheRequestIsTold() {
+        QCOMPARE(readChatEvent(R"(data: {"prompt_progress":{"total":7,"processed":0}})")
+                     .requestTokens.value_or(0),
+                 7);
+        QVERIFY(!readChatEvent(R"(data: {"choices":[]})").requestTokens);
+    }
+
     void aLineThatDoesNotReadIsAnError_data() {
         QTest::addColumn<QByteArray>("line");
         QTest::newRow("cut off") << QByteArray("data: {");
@@ -112,11 +138,11 @@ private Q_SLOTS:
         QTest::addColumn<Kind>("kind");
         QTest::newRow("context, by its type")
             << QByteArray(R"({"code":400,"message":"too much","type":"exceed_context_size_error"})")
-            << Kind::ConversationTooLong;
+            << Kind::PromptTooLong;
         QTest::newRow("context, by its message")
             << QByteArray(
                    R"({"code":500,"message":"Context size has been exceeded.","type":"server_error"})")
-            << Kind::ConversationTooLong;
+            << Kind::PromptTooLong;
         QTest::newRow("anything else")
             << QByteArray(R"({"code":500,"message":"Compute error.","type":"server_error"})")
             << Kind::NoAnswer;
@@ -126,13 +152,20 @@ private Q_SLOTS:
         QFETCH(QByteArray, error);
         QFETCH(Kind, kind);
         const QByteArray body = "{\"error\":" + error + '}';
-        QVERIFY(readChatEvent("data: " + body).failure == kind);
-        QVERIFY(readChatFailure(body) == kind);
+        QVERIFY(readChatEvent("data: " + body).failure->kind == kind);
+        QVERIFY(readChatFailure(body).kind == kind);
+    }
+
+    void aContextThatIsTooSmallTellsTheSizes() {
+        const ChatFailure failure = readChatFailure(
+            R"({"error":{"type":"exceed_context_size_error","n_prompt_tokens":2019,"n_ctx":768}})");
+        QCOMPARE(failure.tokens, 2'019);
+        QCOMPARE(failure.contextSize, 768);
     }
 
     void anErrorBodyIsReadOrStandsForAnUnknownFailure() {
-        QVERIFY(readChatFailure("<html></html>") == Kind::NoAnswer);
-        QVERIFY(readChatFailure(QByteArray()) == Kind::NoAnswer);
+        QVERIFY(readChatFailure("<html></html>").kind == Kind::NoAnswer);
+        QVERIFY(readChatFailure(QByteArray()).kind == Kind::NoAnswer);
     }
 };
 

@@ -108,6 +108,21 @@ private Q_SLOTS:
         QCOMPARE(answerTo(u"Again"_s), m_reply);
     }
 
+    void aNewPromptEndsOneThatTheEngineHasNotBegunToAnswer() {
+        const auto first = askStandIn("r", "sa");
+        QTRY_COMPARE_WITH_TIMEOUT(requests("chat"), 1, 30'000);
+        const auto second = m_chat->ask(u"Again"_s);
+        QCOMPARE(outcomeOf(first), QString());
+        QCOMPARE(outcomeOf(second), u"Said"_s);
+    }
+
+    void aPromptEndsWhatIsReadAhead() {
+        QCOMPARE(outcomeOf(askStandIn("r", "asa")), u"Said"_s);
+        m_chat->session->prewarm();
+        QTRY_COMPARE_WITH_TIMEOUT(requests("chat"), 2, 30'000);
+        QCOMPARE(outcomeOf(m_chat->ask(u"Again"_s)), u"Said"_s);
+    }
+
     void anEngineThatWorksIsWaitedFor() {
         QCOMPARE(outcomeOf(askStandIn("r", "w", {.longestStandstill = 2s})), u"Late"_s);
     }
@@ -228,8 +243,8 @@ void work(std::chrono::milliseconds time) {
 }
 
 /// A process in the engine's place. It answers each question for its health, and each turn, by the
-/// next letter of a plan, or the last: ready, loading, silence, a reply that breaks off in the
-/// middle, a late one after some work, or work in vain.
+/// next letter of a plan, or the last: ready, loading, silence, an answer, a reply that breaks off
+/// in the middle, a late one after some work, or work in vain.
 int standIn(const QByteArray& health, const QByteArray& turn, const QString& record,
             const QStringList& options) {
     qsizetype healthAsked = 0;
@@ -247,6 +262,10 @@ int standIn(const QByteArray& health, const QByteArray& turn, const QString& rec
             return Script::reply(200, "{}");
         case 'l':
             return Script::reply(503, "{}");
+        case 'a':
+            return Script::streamed(R"(data: {"choices":[{"finish_reason":"stop","delta":)"
+                                    R"({"content":"Said"}}]})"
+                                    "\n\n");
         case 'm':
             return Script().head(200, {"Content-Length: 9"}).send("x").hold();
         case 'w':

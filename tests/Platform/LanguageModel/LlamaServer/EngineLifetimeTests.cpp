@@ -53,13 +53,15 @@ private Q_SLOTS:
         m_folders->setModel(TinyModel::endless());
     }
 
-    void noEngineRunsBeforeTheFirstSession() {
+    void noEngineRunsBeforeASessionIsUsed() {
         EngineChat chat(m_folders->paths());
         QVERIFY(chat.model.isAvailable());
         QCOMPARE(engineProcess(), qint64{0});
         QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
         chat.begin();
-        QTRY_VERIFY(engineProcess() > 0);
+        QVERIFY(!QFile::exists(m_folders->path(u"run"_s)));
+        QVERIFY(hasSaid(chat.ask(u"Hello"_s)));
+        QVERIFY(engineProcess() > 0);
     }
 
     void oneEngineServesAllSessions() {

@@ -9,14 +9,30 @@ class LlamaServerCommandTests final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_command.emplace(8'192, std::chrono::minutes(5)); }
+    void init() { m_command.emplace(std::chrono::minutes(5)); }
 
     void theOptionsKeepTheEngineToItself() {
         for (const auto* part : {"--model /m.gguf ", "--host /run/e.sock ", "--offline ",
                                  "--no-ui ", "--reasoning off ", "--ctx-size 8192 ",
-                                 "--kv-unified ", "--sleep-idle-seconds 300 ", "--no-slots "})
+                                 "--parallel 1 ", "--sleep-idle-seconds 300 ", "--no-slots "})
             QVERIFY2(arguments().contains(QLatin1String(part)), part);
         QVERIFY(!arguments().contains(u"--port"));
+        QVERIFY(!arguments().contains(u"--device"));
+    }
+
+    void withoutTheCardNeitherItNorItsDriversAreUsed() {
+        qputenv("VK_ICD_FILENAMES", "/somewhere.json");
+        QVERIFY(m_command->environment().contains("VK_ICD_FILENAMES=/somewhere.json"));
+        QVERIFY(m_command->leaveOutTheCard());
+        QVERIFY(arguments().contains(u"--device none "));
+        QVERIFY(m_command->environment().contains("VK_LOADER_DRIVERS_DISABLE=*"));
+        QVERIFY(m_command->environment().contains("VK_ICD_FILENAMES=/dev/null"));
+        QVERIFY(!m_command->environment().contains("VK_ICD_FILENAMES=/somewhere.json"));
+        qunsetenv("VK_ICD_FILENAMES");
+        QVERIFY(!m_command->leaveOutTheCard());
+        // A version that has no cards has no such option either.
+        QVERIFY(m_command->adapt("error: invalid argument: --device"));
+        QVERIFY(!arguments().contains(u"--device"));
     }
 
     void aRefusedOptionIsReplacedByItsOlderSpelling() {
@@ -59,7 +75,7 @@ private Q_SLOTS:
         qputenv("LLAMA_ARG_N_PREDICT", "2");
         qputenv("OTHER", "2");
         qunsetenv("OMP_WAIT_POLICY");
-        const QByteArrayList variables = LlamaServerCommand::environment();
+        const QByteArrayList variables = m_command->environment();
         QVERIFY(!variables.contains("LLAMA_ARG_N_PREDICT=2"));
         QVERIFY(variables.contains("OTHER=2"));
         QVERIFY(variables.contains("OMP_WAIT_POLICY=passive"));
@@ -67,19 +83,13 @@ private Q_SLOTS:
 
     void itsThreadsWaitAsTheUserWants() {
         qputenv("OMP_WAIT_POLICY", "active");
-        QVERIFY(LlamaServerCommand::environment().contains("OMP_WAIT_POLICY=active"));
-        QVERIFY(!LlamaServerCommand::environment().contains("OMP_WAIT_POLICY=passive"));
-    }
-
-    void aMachineWithMoreMemoryHoldsLongerConversations() {
-        QCOMPARE(contextSizeFor(4'000'000'000), 8'192);
-        QCOMPARE(contextSizeFor(12'000'000'000), 8'192);
-        QCOMPARE(contextSizeFor(16'500'000'000), 16'384);
+        QVERIFY(m_command->environment().contains("OMP_WAIT_POLICY=active"));
+        QVERIFY(!m_command->environment().contains("OMP_WAIT_POLICY=passive"));
     }
 
 private:
     QString arguments() const {
-        return m_command->arguments(u"/m.gguf"_s, u"/run/e.sock"_s).join(u' ') + u' ';
+        return m_command->arguments(u"/m.gguf"_s, u"/run/e.sock"_s, 8'192).join(u' ') + u' ';
     }
 
     std::optional<LlamaServerCommand> m_command;

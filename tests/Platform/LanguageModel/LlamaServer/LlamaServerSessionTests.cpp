@@ -2,8 +2,6 @@
 #include "tests/support/TestEngine.h"
 #include "tests/support/TestMain.h"
 
-#include <QDeadlineTimer>
-
 #include <thread>
 
 using namespace platform;
@@ -16,11 +14,6 @@ namespace {
 // and the line feed behind the last reply, then "user" and "assistant" with their marks and line
 // feeds.
 constexpr int templateTokens = 2 + 6 + 2 + 11;
-
-const QString busy = u"Error: The on-device model is still answering your previous message. Try "
-                     u"again when it has finished, or start a new chat."_s;
-const QString tooLong = u"Error: This conversation is longer than the on-device model can hold. "
-                        u"Start a new chat to go on."_s;
 
 } // namespace
 
@@ -53,11 +46,11 @@ private Q_SLOTS:
     void threeTurnsInOneSessionReadOnlyWhatIsNew() {
         m_folders->setEngineScript("exec \"$ENGINE\" \"$@\" --metrics\n");
         QCOMPARE(answerTo(QString(200, u'x')), m_reply);
-        int before = tokensRead();
+        int before = m_folders->tokensRead();
         QVERIFY(before > 200);
         for (const QString& prompt : {u"Again"_s, u"And once more"_s}) {
             QCOMPARE(answerTo(prompt), m_reply);
-            const int read = tokensRead() - before;
+            const int read = m_folders->tokensRead() - before;
             before += read;
             // One token a character at most; the reply's last token was said and not read.
             QVERIFY2(read > 0 && read <= prompt.size() + templateTokens + 1,
@@ -84,61 +77,10 @@ private Q_SLOTS:
         QCOMPARE(m_folders->recordedPrompts().value(1), instructed("Two.") + turn("Ahoy"));
     }
 
-    void aRequestWhileAnsweringFailsAndTheReplyGoesOn() {
-        m_folders->setModel(TinyModel::endless());
-        const auto first = m_chat->ask(u"Hello"_s);
-        QVERIFY(hasSaid(first));
-        const auto second = m_chat->ask(u"Again"_s);
-        QCOMPARE(outcomeOf(second), busy);
-        QCOMPARE(second->elements.size(), 0);
-        QVERIFY(hasSaid(first, first->elements.size() + 1));
-    }
-
-    void twoSessionsAnswerAtOnce() {
-        m_folders->setModel(TinyModel::endless());
-        const auto first = m_chat->ask(u"Hello"_s);
-        QVERIFY(hasSaid(first));
-        m_chat->begin();
-        const auto second = m_chat->ask(u"Hello"_s);
-        QVERIFY(hasSaid(second, 10));
-        QVERIFY(hasSaid(first, first->elements.size() + 1));
-    }
-
-    void aReplyThatNobodyReadsIsAnsweredAndRemembered() {
-        m_folders->recordPrompts();
-        m_chat->begin();
-        { const auto dropped = m_chat->session->streamResponse(u"Hello"_s, {}); }
-        // As soon as the session has answered the first turn it takes the second.
-        const QDeadlineTimer watchdog(30'000);
-        QString outcome = busy;
-        while (outcome == busy && !watchdog.hasExpired())
-            outcome = answerTo(u"Again"_s);
-        QCOMPARE(outcome, m_reply);
-        const QByteArrayList prompts = m_folders->recordedPrompts();
-        QCOMPARE(prompts.size(), 2);
-        QVERIFY(prompts.at(1).contains(m_said));
-    }
-
     void aSessionThatWasLetGoAnswersToTheEnd() {
         const auto heard = m_chat->ask(u"Hello"_s);
         m_chat->session.reset();
         QCOMPARE(outcomeOf(heard), m_reply);
-    }
-
-    void aModelThatNeverEndsFillsItsContextAndThenAsksForANewChat() {
-        TinyModel model = TinyModel::endless();
-        model.contextLength = 512;
-        m_folders->setModel(model);
-        const auto heard = m_chat->ask(u"Hello"_s);
-        QVERIFY(!outcomeOf(heard).startsWith(u"Error"));
-        QVERIFY(heard->elements.size() > 300);
-        QVERIFY(heard->elements.size() < 512);
-        QCOMPARE(answerTo(u"Again"_s), tooLong);
-    }
-
-    void aPromptLongerThanTheContextAsksForANewChatAndTheSessionGoesOn() {
-        QCOMPARE(answerTo(QString(20'000, u'x')), tooLong);
-        QCOMPARE(answerTo(u"Hello"_s), m_reply);
     }
 
     void theReplyIsAsLongAsTheOptionsAllow() {
@@ -179,13 +121,6 @@ private Q_SLOTS:
 private:
     QString answerTo(const QString& prompt, const GenerationOptions& options = {}) {
         return outcomeOf(m_chat->ask(prompt, options));
-    }
-    /// The tokens of prompts that the engine has read so far, by its own count.
-    int tokensRead() const {
-        const QByteArray metrics = m_folders->get("/metrics");
-        const QByteArray name = "\nllamacpp:prompt_tokens_total ";
-        const qsizetype start = metrics.indexOf(name) + name.size();
-        return metrics.mid(start, metrics.indexOf('\n', start) - start).toInt();
     }
 
     const QByteArray m_said = replyOf(TinyModel::sentence());
