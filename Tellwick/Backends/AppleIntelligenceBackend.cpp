@@ -5,6 +5,8 @@
 #include "Platform/Concurrency/Produce.h"
 #include "Platform/LanguageModel/LanguageModelSession.h"
 
+#include <exception>
+
 namespace tellwick {
 
 namespace {
@@ -47,6 +49,15 @@ ReplyStream AppleIntelligenceBackend::streamResponse(const QString& prompt,
             m_session = m_model.makeSession(systemPrompt);
         return readReply(m_session, prompt, std::move(reply));
     });
+}
+
+void AppleIntelligenceBackend::prewarm(const QString& systemPrompt) {
+    platform::requireMainThread("AppleIntelligenceBackend::prewarm");
+    try {
+        (m_session ? m_session : m_model.makeSession(systemPrompt))->prewarm();
+    } catch (const std::exception&) {
+        // The request will meet the same fault and tell it.
+    }
 }
 
 void AppleIntelligenceBackend::reset() {

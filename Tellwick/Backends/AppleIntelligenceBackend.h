@@ -38,6 +38,11 @@ public:
     ReplyStream streamResponse(const QString& prompt, const QList<ChatMessage>& history,
                                const QString& systemPrompt) override;
 
+    /// Lets the model get ready for the next request, which will come with that system prompt. It
+    /// makes no session to keep: that is left to the request. Stops the program off the main
+    /// thread.
+    void prewarm(const QString& systemPrompt);
+
     /// Lets the session go. A reply that is under way keeps it and runs on. Stops the program off
     /// the main thread.
     void reset() override;

@@ -3,6 +3,7 @@
 
 #include "Platform/Concurrency/Errors.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Observation/Observer.h"
 
 namespace tellwick {
 
@@ -25,6 +26,24 @@ ChatViewModel::ChatViewModel(platform::ModelContext& modelContext,
     , m_modelContext(modelContext)
     , m_tasks(mainExecutor) {
     loadSession();
+    platform::observe(&m_observers, [this] { prewarm(); });
+}
+
+/// Where the user has begun to type, or what is typed will go elsewhere than it would have: lets
+/// the on-device model get ready meanwhile. A server looks after its own models.
+void ChatViewModel::prewarm() {
+    if (draft.value().isEmpty()) {
+        m_destination.reset();
+        return;
+    }
+    const Destination destination{modelManager.selectedID.value(),
+                                  AppConfig::systemPrompt(activeMode.value())};
+    if (m_destination == destination)
+        return;
+    m_destination = destination;
+    const auto& backend = modelManager.aiBackend;
+    if (backend->info().id() == destination.modelID && backend->isAvailable())
+        backend->prewarm(destination.systemPrompt);
 }
 
 void ChatViewModel::send() {

@@ -9,6 +9,8 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Core/ChatMessage.h"
 
+#include <QObject>
+
 #include <memory>
 #include <optional>
 
@@ -63,7 +65,14 @@ public:
 
 private:
     struct Turn;
+    /// What the next turn will be begun with.
+    struct Destination {
+        QString modelID;
+        QString systemPrompt;
+        friend bool operator==(const Destination&, const Destination&) = default;
+    };
 
+    void prewarm();
     platform::Task<void> run(Turn turn);
     void setReply(const Turn& turn, platform::TextSnapshot content);
     void resetSelectedBackend();
@@ -76,6 +85,9 @@ private:
     std::shared_ptr<ChatSession> m_currentSession;
     /// The running turn.
     std::optional<platform::TaskHandle> m_streamTask;
+    /// Where the text that is being typed will go, as far as that is known already.
+    std::optional<Destination> m_destination;
+    QObject m_observers;
     platform::TaskScope m_tasks; // ends first: its tasks use everything above
 };
 

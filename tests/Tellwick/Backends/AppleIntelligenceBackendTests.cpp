@@ -88,6 +88,30 @@ private Q_SLOTS:
         QVERIFY(m->turn(1).session != m->turn(0).session);
     }
 
+    void gettingReadyMakesNoSessionToKeep() {
+        m->backend->prewarm(u"A"_s);
+        QCOMPARE(m->model.instructions, QStringList{u"A"_s});
+        QCOMPARE(m->model.prewarmed, QList<qsizetype>{0});
+        QVERIFY(m->model.latestSession.expired());
+        m->ask(u"one"_s, u"B"_s);
+        QCOMPARE(m->model.instructions, (QStringList{u"A"_s, u"B"_s}));
+        QCOMPARE(m->turn(0).session, 1);
+    }
+
+    void theSessionThatThereIsGetsReadyItself() {
+        m->ask(u"one"_s, u"A"_s);
+        m->turn(0).end();
+        m->backend->prewarm(u"B"_s);
+        QCOMPARE(m->model.instructions, QStringList{u"A"_s});
+        QCOMPARE(m->model.prewarmed, QList<qsizetype>{0});
+    }
+
+    void whereItCannotGetReadyNothingHappens() {
+        m->model.refusal = std::make_exception_ptr(ScriptedError());
+        m->backend->prewarm(u"A"_s);
+        QVERIFY(m->model.prewarmed.isEmpty());
+    }
+
     void theHistoryIsNeverSent() {
         m->ask(u"now"_s, u"A"_s,
                {ChatMessage(ChatMessage::Role::user, TextSnapshot(u"an earlier question")),

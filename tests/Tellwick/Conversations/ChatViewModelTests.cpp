@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the controller's operations do at once; what a turn does later is in ChatTurnTests.
+#include "Platform/Observation/Observer.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
 #include "tests/support/Notifications.h"
 #include "tests/support/TestMain.h"
@@ -213,6 +214,50 @@ private Q_SLOTS:
         QCOMPARE(m->ask(u"Hello"_s).session, 1);
     }
 
+    void whoBeginsToTypeLetsTheModelGetReadyOnce() {
+        QVERIFY(m->drain());
+        QCOMPARE(m->model.timesAsked, 0); // nothing at the start
+        for (const QString& text : {u"H"_s, u"He"_s, u"Hel"_s})
+            QVERIFY(type(text));
+        QCOMPARE(m->model.instructions, QStringList{AppConfig::defaultSystemPrompt()});
+        QCOMPARE(m->model.prewarmed, QList<qsizetype>{0});
+        QCOMPARE(m->model.timesAsked, 1);
+
+        // With other instructions there is something else to read.
+        vm().setMode(mode(0));
+        QTRY_COMPARE(m->model.prewarmed, (QList<qsizetype>{0, 1}));
+        QCOMPARE(m->model.instructions.last(), AppConfig::systemPrompt(mode(0)));
+
+        // The next message is begun anew.
+        QVERIFY(type(QString()));
+        QVERIFY(type(u"A"_s));
+        QCOMPARE(m->model.prewarmed, (QList<qsizetype>{0, 1, 2}));
+        QVERIFY(m->model.turns.empty());
+    }
+
+    void theSessionOfTheConversationGetsReadyForItsNextTurn() {
+        QVERIFY(m->talk(u"Hello"_s, u"Hi"_s));
+        const qsizetype session = m->model.instructions.size() - 1;
+        QVERIFY(type(QString()));
+        m->model.prewarmed.clear();
+        QVERIFY(type(u"A"_s));
+        QCOMPARE(m->model.prewarmed, QList<qsizetype>{session});
+    }
+
+    void onlyTheOnDeviceModelThatIsSelectedAndThereGetsReady() {
+        QVERIFY(m->select({u"tiny"_s}, u"tiny"_s));
+        QVERIFY(type(u"H"_s));
+        QCOMPARE(m->model.timesAsked, 0);
+        vm().modelManager.select(vm().modelManager.aiBackend);
+        QTRY_COMPARE(m->model.prewarmed, QList<qsizetype>{0});
+
+        QVERIFY(type(QString()));
+        m->model.state = Availability::unavailable(Reason::modelNotReady);
+        QVERIFY(type(u"H"_s));
+        QCOMPARE(m->model.prewarmed, QList<qsizetype>{0});
+        QVERIFY(!vm().availabilityError.value());
+    }
+
     void whatNotifiesAndWhatDoesNot() {
         ChatViewModel& vm = *m->controller;
         const Notifications messages(vm.messages);
@@ -244,6 +289,16 @@ private Q_SLOTS:
 
 private:
     ChatViewModel& vm() { return *m->controller; }
+    /// Changes the draft, and lets those run who look at it.
+    bool type(const QString& text) {
+        vm().draft = text;
+        QObject owner;
+        int runs = 0;
+        QProperty<int> change;
+        observe(&owner, [&] { runs += change.value() + 1; });
+        change = 1; // is seen after the draft is, a frame later at most
+        return QTest::qWaitFor([&] { return runs > 1; }, 5000) && m->drain();
+    }
     static AppConfig::WritingMode mode(qsizetype index) { return AppConfig::writingModes()[index]; }
 
     std::optional<Conversation> m;

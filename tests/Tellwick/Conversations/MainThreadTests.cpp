@@ -47,6 +47,8 @@ const std::map<QByteArray, Operation>& operations() {
         {"AppleIntelligenceBackend::streamResponse", onAnotherThread<[](ChatViewModel& vm) {
              static_cast<void>(vm.modelManager.aiBackend->streamResponse(u"hi"_s, {}, u"A"_s));
          }>},
+        {"AppleIntelligenceBackend::prewarm",
+         onAnotherThread<[](ChatViewModel& vm) { vm.modelManager.aiBackend->prewarm(u"A"_s); }>},
         {"AppleIntelligenceBackend::reset",
          onAnotherThread<[](ChatViewModel& vm) { vm.modelManager.aiBackend->reset(); }>},
         {"ModelManager::select", onAnotherThread<[](ChatViewModel& vm) {

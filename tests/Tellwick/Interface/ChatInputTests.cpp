@@ -65,6 +65,18 @@ private Q_SLOTS:
         QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
     }
 
+    void theFirstKeyLetsTheModelGetReadyAndTheOthersDoNot() {
+        const auto& prewarmed = m->conversation.model.prewarmed;
+        QVERIFY(prewarmed.isEmpty());
+        screen().key(Qt::Key_A);
+        QTRY_COMPARE(prewarmed.size(), 1);
+        screen().key(Qt::Key_B);
+        QTRY_COMPARE(m->sendButton()->colorRole(), ColorRole::AccentFill);
+        screen().key(Qt::Key_Return);
+        QTRY_COMPARE(m->conversation.model.turns.size(), std::size_t{1});
+        QCOMPARE(prewarmed.size(), 1);
+    }
+
     void theFieldHasTheFocusFromTheStart() {
         QVERIFY(m->field()->hasFocus());
         QVERIFY(screen().find(u"Message"_s)->state().focused);
