@@ -6,6 +6,7 @@
 #include "Platform/LanguageModel/LlamaServer/LlamaServerModel.h"
 
 #include <QCoreApplication>
+#include <QThread>
 
 #include <chrono>
 #include <stdexcept>
@@ -26,14 +27,22 @@ struct TurnTimes {
 /// The on-device model as the program uses it: replies are consumed on the main thread.
 class Conversation {
 public:
-    explicit Conversation(const platform::LlamaServerPaths& paths)
-        : m_model(m_network, paths) {}
+    explicit Conversation(const platform::LlamaServerPaths& paths,
+                          QString instructions = QStringLiteral("Be kind."))
+        : m_model(m_network, paths)
+        , m_instructions(std::move(instructions)) {}
+
+    /// The user begins to type, and types for so long.
+    void type(std::chrono::milliseconds time) {
+        begin();
+        m_session->prewarm();
+        QThread::msleep(static_cast<unsigned long>(time.count()));
+    }
 
     /// One turn from the request to its end; the first one makes the session.
     TurnTimes turn(const QString& prompt, const platform::GenerationOptions& options = {}) {
         const Clock::time_point began = Clock::now();
-        if (!m_session)
-            m_session = m_model.makeSession(QStringLiteral("Be kind."));
+        begin();
         TurnTimes times;
         bool hasEnded = false;
         m_scope.start(
@@ -46,6 +55,11 @@ public:
     }
 
 private:
+    void begin() {
+        if (!m_session)
+            m_session = m_model.makeSession(m_instructions);
+    }
+
     static platform::Task<void> consume(platform::AsyncStream<platform::TextSnapshot> stream,
                                         TurnTimes* times, bool* hasEnded, Clock::time_point began) {
         try {
@@ -65,6 +79,7 @@ private:
     platform::NetworkThread m_network;
     platform::TaskScope m_scope{m_executor};
     platform::LlamaServerModel m_model;
+    QString m_instructions;
     std::shared_ptr<platform::LanguageModelSession> m_session;
 };
 

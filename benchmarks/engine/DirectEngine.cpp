@@ -18,12 +18,12 @@ using namespace Qt::StringLiterals;
 DirectEngine::DirectEngine(const QString& program, const QString& modelFile,
                            const QString& socketPath)
     : m_socketPath(socketPath) {
-    const platform::LlamaServerCommand command(platform::contextSizeFor(0),
-                                               platform::EngineLimits().idleTime);
+    constexpr int contextSize = 8'192;
+    const platform::LlamaServerCommand command(platform::EngineLimits().idleTime);
     QFile::remove(socketPath);
     m_engine.setStandardErrorFile(QProcess::nullDevice());
     m_engine.setStandardOutputFile(QProcess::nullDevice());
-    m_engine.start(program, command.arguments(modelFile, socketPath));
+    m_engine.start(program, command.arguments(modelFile, socketPath, contextSize));
 }
 
 DirectEngine::~DirectEngine() {

@@ -16,6 +16,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <stop_token>
 #include <thread>
 
@@ -69,6 +70,9 @@ public:
     void run(int runs) {
         measureMemory(); // first: what the others leave on the heap would hide it
         measureFirstWords(runs);
+        measurePrewarming("tiny model", tests::TinyModel::sentence(), runs);
+        measurePrewarming("200 MB model", tests::TinyModel::heavy(), runs);
+        measurePrewarming("1 GB model", tests::TinyModel::large(), runs);
         measureRate("tokens a second, tiny model", tests::TinyModel::endless(), 256, runs);
         measureRate("tokens a second, 200 MB model", tests::TinyModel::heavy(), 256, runs);
         constexpr auto large = "tokens a second, 1 GB model";
@@ -120,6 +124,38 @@ private:
         }
         print("first word, cold", "ms", cold, directCold);
         print("first word, warm", "ms", warm, directWarm);
+    }
+
+    /// The first word with instructions as long as the program's: from an engine that is not there
+    /// yet, from one that was let get ready while the user typed, and from one that has answered
+    /// before.
+    void measurePrewarming(const char* name, const tests::TinyModel& kind, int runs) {
+        useModel(kind);
+        const QString instructions(330, u'x');
+        platform::GenerationOptions options;
+        options.maximumResponseTokens = 8;
+        std::vector<double> cold;
+        std::vector<double> prewarmed;
+        std::vector<double> warm;
+        for (int round = -1; round < runs; ++round) {
+            std::optional<Conversation> conversation;
+            conversation.emplace(m_paths, instructions);
+            const double first = conversation->turn(u"Hello"_s, options).firstWord;
+            const double second = conversation->turn(u"Again"_s, options).firstWord;
+            conversation.reset(); // one engine at a time
+            conversation.emplace(m_paths, instructions);
+            conversation->type(std::chrono::seconds(5));
+            const double typed = conversation->turn(u"Hello"_s, options).firstWord;
+            if (round < 0)
+                continue;
+            cold.push_back(first);
+            warm.push_back(second);
+            prewarmed.push_back(typed);
+        }
+        std::printf(
+            "first word in ms, %s: cold %.1f, after five seconds of typing %.1f, warm %.1f\n", name,
+            summarise(cold).median, summarise(prewarmed).median, summarise(warm).median);
+        std::fflush(stdout);
     }
 
     void measureRate(const char* name, const tests::TinyModel& kind, int tokens, int runs) {
