@@ -65,13 +65,11 @@ private Q_SLOTS:
         QCOMPARE(m->vm().draft.value(), u"\n\n"_s);
     }
 
-    void theFirstKeyLetsTheModelGetReadyAndTheOthersDoNot() {
+    void theFirstKeyLetsTheModelGetReady() {
         const auto& prewarmed = m->conversation.model.prewarmed;
         QVERIFY(prewarmed.isEmpty());
         screen().key(Qt::Key_A);
         QTRY_COMPARE(prewarmed.size(), 1);
-        screen().key(Qt::Key_B);
-        QTRY_COMPARE(m->sendButton()->colorRole(), ColorRole::AccentFill);
         screen().key(Qt::Key_Return);
         QTRY_COMPARE(m->conversation.model.turns.size(), std::size_t{1});
         QCOMPARE(prewarmed.size(), 1);
