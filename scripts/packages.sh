@@ -11,7 +11,7 @@
 #         model    fetch the on-device model     headless show the window where there is no display
 #         test     run the tests                 bench    run the benchmarks
 #         package  make a Debian package         pictures picture the window for the documents
-#         bare     run commands on a bare Debian
+#         bare     run commands on a bare Debian try      use the installed package
 package_list() {
     cat <<'END'
 build     g++                      the C++20 compiler
@@ -62,6 +62,12 @@ pictures  fonts-cantarell          the font of the acted desktop
 pictures  fonts-dejavu-core        its monospaced font
 pictures  fonts-noto-color-emoji   emoji in messages
 pictures  iproute2                 brings up the loopback interface in the pictures' own network
+try       xvfb                     a display in memory
+try       openbox                  a window manager, which gives the window the focus
+try       dbus-daemon              a session bus
+try       at-spi2-core             the accessibility bus that screen readers listen on
+try       python3-gi               speaks to it as a screen reader does
+try       iproute2                 brings up the loopback interface in the trial's own network
 bare      debootstrap              makes a bare Debian in a folder
 bare      git                      tells what is committed
 package   dpkg-dev                 finds the packages of the libraries the program is linked with
