@@ -4,6 +4,8 @@
 #include "Platform/Store/ModelContext.h"
 #include "Platform/Store/TextList.h"
 
+#include <QTimeZone>
+
 namespace platform {
 
 Attribute::Attribute(PersistentModel& record, QString name)
@@ -36,7 +38,7 @@ QByteArray DateAttribute::encoded() const {
 bool DateAttribute::restore(const QByteArray& encoded) {
     QDateTime value = QDateTime::fromString(QString::fromUtf8(encoded), Qt::ISODateWithMs);
     if (value.timeSpec() == Qt::LocalTime)
-        value.setTimeSpec(Qt::UTC);
+        value.setTimeZone(QTimeZone::utc());
     if (value.isValid())
         m_value.setValue(value.toUTC());
     return value.isValid();

@@ -4,6 +4,7 @@
 #include "Platform/Store/ModelContext.h"
 
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <functional>
 
@@ -24,7 +25,7 @@ using Lines = QList<QStringList>;
 constexpr auto never = std::chrono::hours(1);
 
 inline QDateTime atSecond(int second) {
-    return QDateTime::fromSecsSinceEpoch(second, Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(second, QTimeZone::utc());
 }
 
 inline std::shared_ptr<Note> makeNote(int second, const QStringList& lines = {}) {

@@ -4,6 +4,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 using namespace platform;
 using namespace tellwick;
@@ -131,7 +132,7 @@ private Q_SLOTS:
 
     void theTimeOfTheLastWriteNeverGoesBack() {
         ChatSession session;
-        const QDateTime noon(QDate(2026, 3, 1), QTime(12, 0), Qt::UTC);
+        const QDateTime noon(QDate(2026, 3, 1), QTime(12, 0), QTimeZone::utc());
         session.updatedAt = noon;
         session.touch(noon.addSecs(1));
         QCOMPARE(session.updatedAt.value(), noon.addSecs(1));

@@ -169,7 +169,7 @@ public:
 
     /// Puts a record into the store before the start.
     void store(const QStringList& roles, const QStringList& contents,
-               const QDateTime& updatedAt = QDateTime::fromSecsSinceEpoch(0, Qt::UTC)) const {
+               const QDateTime& updatedAt = QDateTime::fromSecsSinceEpoch(0)) const {
         const auto container = tellwick::conversationStore(folder());
         platform::ModelContext context(container);
         const auto session = std::make_shared<tellwick::ChatSession>();

@@ -5,6 +5,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QDir>
+#include <QTimeZone>
 
 using namespace platform;
 using namespace tellwick;
@@ -15,7 +16,7 @@ using namespace std::chrono_literals;
 namespace {
 
 QDateTime atHour(int hour) {
-    return {QDate(2026, 3, 1), QTime(hour, 0), Qt::UTC};
+    return {QDate(2026, 3, 1), QTime(hour, 0), QTimeZone::utc()};
 }
 
 } // namespace
