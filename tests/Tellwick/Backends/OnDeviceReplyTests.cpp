@@ -62,17 +62,18 @@ private Q_SLOTS:
         QCOMPARE(m_folders->recordedPrompts(), QByteArrayList{instructed("A") + turn("now")});
     }
 
-    void afterAStopTheConversationIsBusyAndAfterAResetTheNextTurnIsAnsweredAtOnce() {
+    void afterAStopTheNextTurnIsAnsweredAtOnceWithAResetAndWithout() {
         m_folders->setModel(TinyModel::endless());
         QVERIFY(hasSaid(ask(u"one"_s)));
         m_chat->stopHearing();
-        QCOMPARE(answerTo(u"two"_s),
-                 u"Error: The on-device model is still answering your previous message. Try again "
-                 u"when it has finished, or start a new chat."_s);
+        const auto second = ask(u"two"_s);
+        QVERIFY(hasSaid(second, 3));
+        QVERIFY(!second->hasEnded);
+        m_chat->stopHearing();
         m_backend->reset();
-        const auto next = ask(u"three"_s);
-        QVERIFY(hasSaid(next, 3));
-        QVERIFY(!next->hasEnded);
+        const auto third = ask(u"three"_s);
+        QVERIFY(hasSaid(third, 3));
+        QVERIFY(!third->hasEnded);
     }
 
     void afterAFailureAndAResetTheNextTurnIsAnswered() {
