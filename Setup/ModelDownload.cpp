@@ -23,6 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 readBufferSize = 1 << 20;
+constexpr int maximumRedirects = 10;
 
 /// The proxies that the desktop names, but for this machine itself.
 class Proxies final : public QNetworkProxyFactory {
@@ -36,7 +37,7 @@ class Proxies final : public QNetworkProxyFactory {
 QNetworkRequest makeRequest(const QUrl& address, qint64 from) {
     QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::UserVerifiedRedirectPolicy);
+                         QNetworkRequest::ManualRedirectPolicy);
     // One file: streams beside each other are of no use, and no cookie says who goes on with it.
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
@@ -68,9 +69,18 @@ platform::Task<void> ModelDownload::fetch(ModelOffer offer, Report report) {
     // A transfer that was cut off is gone on with at once, as long as each brings something.
     while (part.size() < offer.size) {
         const qint64 before = part.size();
-        const QString end = co_await transfer(offer, part, report);
+        QUrl address = offer.address;
+        TransferEnd end = co_await transfer(address, offer.size, part, report);
+        for (int redirects = 0; !end.sentOnTo.isEmpty(); ++redirects) {
+            if (redirects == maximumRedirects)
+                throw SetupError(missingFileSentence());
+            if (!mayFollow(address, end.sentOnTo))
+                throw SetupError(astraySentence());
+            address = end.sentOnTo;
+            end = co_await transfer(address, offer.size, part, report);
+        }
         if (part.size() <= before)
-            throw SetupError(end);
+            throw SetupError(end.sentence);
     }
 
     report(ModelPhase::Checking, part.size());
@@ -82,25 +92,18 @@ platform::Task<void> ModelDownload::fetch(ModelOffer offer, Report report) {
     part.moveTo(m_folder.modelPath());
 }
 
-/// One request, from where the part ends; gives how it ended, in a sentence.
-platform::Task<QString> ModelDownload::transfer(const ModelOffer& offer, PartFile& part,
-                                                const Report& report) {
-    if (offer.address.scheme() == u"https" && !QSslSocket::supportsSsl())
-        co_return sentenceFor(QNetworkReply::SslHandshakeFailedError);
-    const std::unique_ptr<QNetworkReply> reply(
-        m_network.get(makeRequest(offer.address, part.size())));
-    reply->setReadBufferSize(readBufferSize);
+/// One request, from where the part ends.
+platform::Task<ModelDownload::TransferEnd>
+ModelDownload::transfer(QUrl address, qint64 size, PartFile& part, const Report& report) {
+    if (address.scheme() == u"https" && !QSslSocket::supportsSsl())
+        co_return TransferEnd{sentenceFor(QNetworkReply::SslHandshakeFailedError), {}};
+    // None that has just broken is gone on with.
+    m_network.clearConnectionCache();
     bool isSent = false;
-    bool isSentAstray = false;
+    const std::unique_ptr<QNetworkReply> reply(m_network.get(makeRequest(address, part.size())));
+    reply->setReadBufferSize(readBufferSize);
     QObject::connect(reply.get(), &QNetworkReply::requestSent, reply.get(),
                      [&isSent] { isSent = true; });
-    QObject::connect(reply.get(), &QNetworkReply::redirected, reply.get(), [&](const QUrl& to) {
-        isSentAstray = !mayFollow(offer.address, to);
-        if (isSentAstray)
-            reply->abort();
-        else
-            Q_EMIT reply->redirectAllowed();
-    });
 
     bool hasBegun = false;
     bool isOver = false;
@@ -113,29 +116,30 @@ platform::Task<QString> ModelDownload::transfer(const ModelOffer& offer, PartFil
             },
             isSent ? m_limits.silence : m_limits.connecting);
         if (!co_await change)
-            co_return sentenceFor(QNetworkReply::TimeoutError);
+            co_return TransferEnd{sentenceFor(QNetworkReply::TimeoutError), {}};
         isOver = reply->isFinished();
+        const QUrl target = redirectTarget(*reply);
+        if (!target.isEmpty())
+            co_return TransferEnd{{}, target};
         if (reply->bytesAvailable() == 0)
             continue;
         if (!std::exchange(hasBegun, true)) {
-            const QString problem = problemOf(*reply, part.size(), offer.size);
+            const QString problem = problemOf(*reply, part.size(), size);
             if (!problem.isEmpty())
-                co_return problem;
+                co_return TransferEnd{problem, {}};
             if (beginsAnew(*reply))
                 part.clear();
         }
         const QByteArray bytes = reply->readAll();
-        if (part.size() + bytes.size() > offer.size) {
+        if (part.size() + bytes.size() > size) {
             part.clear();
-            co_return otherFileSentence();
+            co_return TransferEnd{otherFileSentence(), {}};
         }
         part.append(bytes);
         report(ModelPhase::Fetching, part.size());
     }
-    if (isSentAstray)
-        co_return astraySentence();
-    const QString problem = hasBegun ? QString() : problemOf(*reply, part.size(), offer.size);
-    co_return problem.isEmpty() ? sentenceFor(reply->error()) : problem;
+    const QString problem = hasBegun ? QString() : problemOf(*reply, part.size(), size);
+    co_return TransferEnd{problem.isEmpty() ? sentenceFor(reply->error()) : problem, {}};
 }
 
 } // namespace setup

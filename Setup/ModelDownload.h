@@ -36,7 +36,13 @@ public:
     platform::Task<void> fetch(ModelOffer offer, Report report);
 
 private:
-    platform::Task<QString> transfer(const ModelOffer& offer, PartFile& part, const Report& report);
+    /// How one request has ended: in a sentence, or with another address to ask.
+    struct TransferEnd {
+        QString sentence;
+        QUrl sentOnTo;
+    };
+    platform::Task<TransferEnd> transfer(QUrl address, qint64 size, PartFile& part,
+                                         const Report& report);
 
     ModelFolder m_folder;
     Limits m_limits;

@@ -40,9 +40,12 @@ bool isAll(const QNetworkReply& answer, qint64 size) {
 
 } // namespace
 
+QUrl redirectTarget(const QNetworkReply& answer) {
+    const QUrl target = answer.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    return target.isEmpty() ? QUrl() : answer.url().resolved(target);
+}
+
 QString problemOf(const QNetworkReply& answer, qint64 from, qint64 size) {
-    if (answer.error() == QNetworkReply::TooManyRedirectsError)
-        return couldNot(u"its server does not have the file."_s);
     switch (const int status = statusOf(answer)) {
     case 0:
         return sentenceFor(answer.error());
@@ -57,7 +60,7 @@ QString problemOf(const QNetworkReply& answer, qint64 from, qint64 size) {
         return couldNot(u"its server refuses to send the file."_s);
     case statusNotFound:
     case statusGone:
-        return couldNot(u"its server does not have the file."_s);
+        return missingFileSentence();
     default:
         return couldNot(
             u"its server cannot send the file now (status %1). Try again later."_s.arg(status));
@@ -89,6 +92,10 @@ QString sentenceFor(QNetworkReply::NetworkError error) {
     default:
         return couldNot(u"the transfer broke off. To go on with it, try again."_s);
     }
+}
+
+QString missingFileSentence() {
+    return couldNot(u"its server does not have the file."_s);
 }
 
 QString otherFileSentence() {

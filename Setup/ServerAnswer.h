@@ -2,11 +2,15 @@
 #pragma once
 
 #include <QNetworkReply>
+#include <QUrl>
 
 namespace setup {
 
 // What a server's answer means to who fetches a file of `size` bytes, of which `from` are there.
 // Every sentence is one for the user.
+
+/// Where the server sends on to; empty where it does not.
+QUrl redirectTarget(const QNetworkReply& answer);
 
 /// Why the body of this answer is not the file; empty where it is, or the rest of it. Asked when
 /// the header fields are there.
@@ -17,6 +21,9 @@ bool beginsAnew(const QNetworkReply& answer);
 
 /// Why there is no answer, or no more of it.
 QString sentenceFor(QNetworkReply::NetworkError error);
+
+/// The server has nothing where the file should be.
+QString missingFileSentence();
 
 /// The server has something else where the file should be.
 QString otherFileSentence();

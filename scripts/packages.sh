@@ -7,8 +7,8 @@
 # a package the program does without where the system does not offer it, and "boost" stands for the newest
 # libboost1.NN-dev from 1.81 on.
 #
-# Groups: build    compile the program           run      open its window
-#         model    fetch the on-device model     headless show the window where there is no display
+# Groups: build    compile the programs          run      open their windows
+#         headless show the window where there is no display
 #         test     run the tests                 bench    run the benchmarks
 #         package  make a Debian package         pictures picture the window for the documents
 #         bare     run commands on a bare Debian try      use the installed package
@@ -17,7 +17,7 @@ package_list() {
 build     g++                      the C++20 compiler
 build     cmake                    describes the build
 build     ninja-build              runs the build
-build     qt6-base-dev             windows, text, D-Bus: Qt Core, Gui, Widgets, DBus and Test
+build     qt6-base-dev             windows, text, D-Bus, downloads: Qt Core, Gui, Widgets, DBus, Network and Test
 build     qt6-base-private-dev     the window's own frame where a Wayland desktop draws none
 build     boost                    HTTP over TCP and Unix sockets: Asio and Beast, headers only
 build     libmd4c-dev              reads the Markdown of replies
@@ -31,8 +31,7 @@ run       qt6-qpa-plugins          connects Qt to the X11 display
 run       ?qt6-wayland             connects Qt to a Wayland display, which is sharper than going through X11
 run       fonts-dejavu-core        a text and a monospaced font, where the system has none
 run       fonts-noto-color-emoji   emoji in messages
-model     curl                     fetches the model file and resumes
-model     ca-certificates          proves who sends the model file
+run       ca-certificates          proves who sends the model file
 headless  xvfb                     a display in memory
 headless  netpbm                   makes a PNG picture of that display
 test      xvfb                     a display in memory for tests of the real window
@@ -41,7 +40,6 @@ test      weston                   a Wayland compositor that leaves title bars t
 test      sway                     a Wayland compositor that draws them
 test      dbus-daemon              a private session bus for tests of the portal and of a second start
 test      at-spi2-core             the accessibility bus that screen readers listen on
-test      curl                     the model download under test
 test      sqlite3                  reads the stored conversation as a user would
 test      iproute2                 brings up the loopback interface in the tests' own network
 test      desktop-file-utils       checks the desktop entry

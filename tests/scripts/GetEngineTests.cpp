@@ -109,6 +109,22 @@ private Q_SLOTS:
         }
     }
 
+    void forTheUserAloneNoPackageIsInstalled() {
+        // A release that has the package itself; whoever asks for other rights fails the test.
+        write(u"bin/sudo"_s, "#!/bin/sh\necho sudo >>'" + in(u"asked"_s).toUtf8() + "'\nexit 1\n");
+        makeApt("1.2-3", "    update) cat \"$(dirname \"$APT_CONFIG\")/sources.list\" >>'" +
+                             in(u"asked"_s).toUtf8() + "'; exit 100 ;;\n");
+        write(u"bin/apt-cache"_s, "#!/bin/sh\nprintf 'llama.cpp-tools:\\n  Candidate: 1.2-3\\n'\n");
+        const Outcome outcome = run({u"--for-user"_s, in(u"libexec"_s)});
+        QCOMPARE(outcome.status, 1);
+        const QByteArray asked = contents(u"asked"_s);
+        QVERIFY2(!asked.contains("sudo") && !asked.contains("install"), asked.constData());
+        // Its own release is asked first.
+        const QByteArray release = asked.mid(asked.indexOf("/mirror ")).split(' ').value(1);
+        QVERIFY2(!release.isEmpty() && release != "forky" && release != "resolute",
+                 asked.constData());
+    }
+
     void oneLineSaysWhyThereIsNone_data() {
         QTest::addColumn<QByteArray>("candidate"); // none: a system without packages
         QTest::addColumn<QByteArray>("update");    // none: apt names no mirror
@@ -198,6 +214,7 @@ private Q_SLOTS:
     void aWrongCallIsExplained() {
         QCOMPARE(run({}).status, 2);
         QCOMPARE(run({u"--help"_s}).status, 2);
+        QCOMPARE(run({u"--for-user"_s}).status, 2);
         QCOMPARE(run({u"one"_s, u"two"_s}).status, 2);
     }
 

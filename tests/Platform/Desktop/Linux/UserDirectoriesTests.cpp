@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 using Variables = QMap<QString, QString>;
 
-/// Where the user's variables lead to: the program and the two scripts that fetch for it must
+/// Where the user's variables lead to: the programs and the script that fetches for them must
 /// agree.
 class UserDirectoriesTests final : public QObject {
     Q_OBJECT
@@ -84,8 +84,8 @@ private Q_SLOTS:
         QCOMPARE(toTexts(directories.runtimeFolders()), runtime);
     }
 
-    void theScriptsFollowTheSameVariables_data() { foldersFollowTheVariables_data(); }
-    void theScriptsFollowTheSameVariables() {
+    void theScriptFollowsTheSameVariables_data() { foldersFollowTheVariables_data(); }
+    void theScriptFollowsTheSameVariables() {
         QFETCH(Variables, variables);
         variables.remove(u"TMPDIR"_s); // not theirs alone
         const UserDirectories directories = this->directories(variables);
@@ -93,21 +93,8 @@ private Q_SLOTS:
             if (folder.startsWith(m_root->path()))
                 QDir(folder).removeRecursively();
 
-        // What is to be fetched goes to the user's own folder.
-        QCOMPARE(run(u"get-model"_s, {}, variables), 1);
-        QVERIFY(QDir(toText(directories.dataHome()) + u"/models"_s).exists());
         QCOMPARE(run(u"get-engine"_s, {in(u"/libexec"_s)}, variables), 1);
         QVERIFY(QDir(toText(directories.dataHome()) + u"/engine"_s).exists());
-
-        // A model that the program would find is not fetched again.
-        for (const QString& folder : toTexts(directories.dataFolders())) {
-            if (!folder.startsWith(m_root->path()))
-                continue;
-            const QString model = folder + u"/models/on-device.gguf"_s;
-            tests::writeBytes(model, "x");
-            QCOMPARE(run(u"get-model"_s, {}, variables), 0);
-            QVERIFY(QFile::remove(model));
-        }
     }
 
     void theEnvironmentIsTheUsers() {
@@ -160,8 +147,6 @@ private:
         QProcessEnvironment environment;
         environment.insert(u"PATH"_s, in(u"/bin"_s) + u':' + qEnvironmentVariable("PATH"));
         environment.insert(u"HOME"_s, in(u"/home"_s));
-        environment.insert(u"TELLWICK_TEST_MODEL_BASE"_s,
-                           u"http://127.0.0.1:9"_s); // nobody listens
         for (auto variable = variables.begin(); variable != variables.end(); ++variable)
             environment.insert(variable.key(), placed(variable.value()));
         QProcess process;
