@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Application/WindowedApp.h"
 #include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Desktop/AppearanceSettings.h"
 #include "Platform/Desktop/TerminationSignals.h"
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Desktop/UserDirectories.h"
 #include "Platform/Http/NetworkThread.h"
 #include "Platform/LanguageModel/SystemLanguageModel.h"
 #include "Platform/Store/ModelContext.h"
-#include "Platform/Widgets/Controls/WindowFrame.h"
 #include "Tellwick/Interface/ContentView.h"
 
 class QApplication;
@@ -36,22 +35,17 @@ public:
 
 private:
     std::unique_ptr<ChatViewModel> makeViewModel();
-    void makeShortcuts(QApplication& application);
 
     // Every object of the program, in the order of making; they end in the opposite order. The
     // window goes first, with the conversation and its tasks, then what those use.
-    platform::AppearanceSettings m_appearance;
-    platform::Theme m_theme;
+    platform::WindowedApp m_app;
     platform::UrlOpener m_urlOpener;
     platform::UserDirectories m_directories;
-    platform::Observed<std::optional<platform::WindowButtonLayout>> m_windowButtons;
-    QObject m_observers;
     platform::MainExecutor m_mainExecutor;
     platform::NetworkThread m_network;
     const std::unique_ptr<platform::SystemLanguageModel> m_systemModel;
     platform::ModelContainer m_container;
     platform::ModelContext m_context;
-    const std::unique_ptr<platform::WindowFrame> m_frame; // none: the desktop draws one
     ContentView m_window;
     platform::TerminationSignals m_terminationSignals;
 };

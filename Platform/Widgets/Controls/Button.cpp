@@ -43,6 +43,7 @@ Style styleOf(Button::Look look) {
     case Window:
         return {ColorRole::Label, TextStyle::Body, QFont::Normal, 6, 6, capsule};
     case Default:
+    case Quiet:
         return {ColorRole::Label, TextStyle::Body, QFont::Medium, 20, 7, Theme::controlRadius + 1};
     case Link:
         return {ColorRole::Link, TextStyle::Footnote, QFont::Medium, 5, 3, 4};
@@ -97,6 +98,11 @@ void Button::setIcon(const QString& icon) {
 
 void Button::setColorRole(ColorRole role) {
     m_role = role;
+    update();
+}
+
+void Button::setDefault(bool isDefault) {
+    m_look = isDefault ? Default : Quiet;
     update();
 }
 
@@ -160,6 +166,8 @@ std::optional<ColorRole> Button::background() const {
         return ColorRole::Popover;
     if (m_look == Window)
         return ColorRole::Hover;
+    if (m_look == Quiet)
+        return ColorRole::Field;
     return m_look == Chip ? std::optional(ColorRole::Chip) : std::nullopt;
 }
 

@@ -27,6 +27,7 @@ public:
         Floating, ///< a symbol on a disc that lies over the content
         Window,   ///< a symbol on a quiet disc: what a title bar has for its window
         Default,  ///< a text on the accent: what Return does
+        Quiet,    ///< a text on a quiet background: what stands beside a Default one
         Link,     ///< like a link in text; the pointer becomes a hand
         Chip,     ///< a symbol and a text on a capsule, on or off: a toggle button
         MenuRow,  ///< an entry of a menu, highlighted by the focus, which the pointer brings along
@@ -43,6 +44,9 @@ public:
     void setIcon(const QString& icon);
     ColorRole colorRole() const { return m_role; }
     void setColorRole(ColorRole role);
+
+    /// Gives a Default or Quiet button the one look or the other.
+    void setDefault(bool isDefault);
 
     /// Of a symbol alone: the size of the font in which it stands; at first the body's.
     void setSymbolPoints(qreal points);
@@ -90,7 +94,7 @@ private:
     QColor foreground() const;
 
     const Theme& m_theme;
-    const Look m_look;
+    Look m_look;
     std::function<void()> m_action;
     QString m_icon;
     ColorRole m_role;

@@ -10,6 +10,8 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace platform {
 
 namespace {
@@ -34,7 +36,10 @@ protected:
     void paintEvent(QPaintEvent* event) override {
         Surface::paintEvent(event);
         QPainter painter(this);
-        for (int i = 1; i < layout()->count(); ++i) {
+        bool isFirst = true;
+        for (int i = 0; i < layout()->count(); ++i) {
+            if (layout()->itemAt(i)->isEmpty() || std::exchange(isFirst, false)) // hidden, or first
+                continue;
             const auto y = layout()->itemAt(i)->geometry().top() - 1;
             const auto line = QRect(inset, y, width() - 2 * inset, 1);
             painter.fillRect(QStyle::visualRect(layoutDirection(), rect(), line),
@@ -47,7 +52,8 @@ protected:
 
 InsetSection::InsetSection(const Theme& theme, const QString& header, const QString& footer)
     : m_headerRow(new QHBoxLayout)
-    , m_card(new Card(theme, header)) {
+    , m_card(new Card(theme, header))
+    , m_footer(new Label(theme, footer, TextStyle::Caption, ColorRole::SecondaryLabel)) {
     auto* title = new Label(theme, header, TextStyle::Subheadline, ColorRole::SecondaryLabel,
                             QFont::DemiBold);
     title->setHeading();
@@ -55,11 +61,10 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     m_headerRow->addWidget(title, 1);
     observe(title,
             [&theme, title] { title->setMinimumHeight(qRound(theme.scaled(headerHeight))); });
-    auto* explanation = new Label(theme, footer, TextStyle::Caption, ColorRole::SecondaryLabel);
-    explanation->setWrapping(true);
+    m_footer->setWrapping(true);
     auto* footerRow = new QHBoxLayout;
     footerRow->setContentsMargins(inset, 0, inset, 0);
-    footerRow->addWidget(explanation);
+    footerRow->addWidget(m_footer);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -67,6 +72,12 @@ InsetSection::InsetSection(const Theme& theme, const QString& header, const QStr
     column->addLayout(m_headerRow);
     column->addWidget(m_card);
     column->addLayout(footerRow);
+    setFooter(footer);
+}
+
+void InsetSection::setFooter(const QString& footer) {
+    m_footer->setText(footer);
+    m_footer->setHidden(footer.isEmpty());
 }
 
 void InsetSection::setHeaderItem(QWidget* item) {

@@ -9,8 +9,10 @@ class QHBoxLayout;
 
 namespace platform {
 
+class Label;
+
 /// A section of an inset list: a heading, rows on a rounded card with lines between them, and a
-/// line of explanation below.
+/// line of explanation below, or none.
 class InsetSection final : public QWidget {
     Q_OBJECT
 
@@ -21,10 +23,12 @@ public:
     void setHeaderItem(QWidget* item);
     /// Adds a row below the others. Takes ownership.
     void addRow(QWidget* row);
+    void setFooter(const QString& footer);
 
 private:
     QHBoxLayout* m_headerRow;
     QWidget* m_card;
+    Label* m_footer;
 };
 
 } // namespace platform

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a screen reader meets: the real program in a real window, asked over the accessibility bus.
-#include "tests/Tellwick/Interface/AccessibleDesktop.h"
-#include "tests/Tellwick/Interface/BusElement.h"
+#include "tests/support/AccessibleDesktop.h"
+#include "tests/support/BusElement.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestMain.h"
 

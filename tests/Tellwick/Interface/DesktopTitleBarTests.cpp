@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program's window under a Wayland compositor that draws title bars.
 #include "Tellwick/Interface/TellwickApp.h"
-#include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/ScreenReader.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>

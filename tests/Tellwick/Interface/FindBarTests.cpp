@@ -4,7 +4,7 @@
 #include "Tellwick/Interface/ConversationFind.h"
 #include "Tellwick/Interface/FindBar.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
-#include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/ScreenReader.h"
 #include "tests/support/TestMain.h"
 
 #include <QVBoxLayout>

@@ -2,7 +2,7 @@
 // The program's window under a Wayland compositor that leaves title bars to the programs.
 #include "Platform/Widgets/Controls/WindowFrame.h"
 #include "Tellwick/Interface/TellwickApp.h"
-#include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/ScreenReader.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>

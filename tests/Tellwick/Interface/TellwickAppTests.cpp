@@ -6,7 +6,7 @@
 #include "Tellwick/Interface/ChatView.h"
 #include "Tellwick/Interface/ContentView.h"
 #include "Tellwick/Interface/TellwickApp.h"
-#include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/ScreenReader.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>

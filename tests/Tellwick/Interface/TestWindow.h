@@ -5,7 +5,7 @@
 #include "Platform/Widgets/Look/Theme.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Tellwick/Interface/Environment.h"
-#include "tests/Tellwick/Interface/ScreenReader.h"
+#include "tests/support/ScreenReader.h"
 
 #include <QApplication>
 #include <QLabel>

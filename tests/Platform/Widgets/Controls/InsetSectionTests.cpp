@@ -7,6 +7,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QAccessible>
+#include <QLabel>
 
 using namespace Qt::StringLiterals;
 using platform::ListRow;
@@ -37,6 +38,28 @@ private Q_SLOTS:
             const auto top = rows.at(i + 1)->mapTo(&section, QPoint()).y();
             QCOMPARE(lines.at(static_cast<size_t>(i)), QRectF(14, top - 1, 360 - 2 * 14, 1));
         }
+    }
+
+    void aHiddenRowHasNoLineAndAnEmptyFooterNoRoom() {
+        platform::InsetSection section(m_theme, u"Model"_s, u"From a server."_s);
+        const QList<QWidget*> rows{new ListRow(m_theme), new ListRow(m_theme),
+                                   new ListRow(m_theme)};
+        for (auto* row : rows)
+            section.addRow(row);
+        const int whole = section.sizeHint().height();
+        section.setFooter({});
+        QVERIFY(section.sizeHint().height() < whole - 6);
+        rows.at(0)->hide();
+        section.resize(360, 400);
+        section.show();
+        const tests::PaintRecorder painted(section);
+        QList<qreal> lines;
+        for (const auto& part : painted.all())
+            if (part.color == m_theme.color(platform::ColorRole::Divider))
+                lines.append(part.rect.top());
+        QCOMPARE(lines, QList<qreal>{rows.at(2)->mapTo(&section, QPoint()).y() - 1.0});
+        section.setFooter(u"From another server."_s);
+        QVERIFY(section.findChildren<QLabel*>().constLast()->isVisible());
     }
 
     void assistiveTechnologySeesAListOfItems() {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Widgets/Look/AppIcon.h"
 #include "Platform/Widgets/Look/Icons.h"
-#include "Tellwick/Interface/AppIcon.h"
 #include "tests/support/TestMain.h"
 
 #include <QIcon>
@@ -13,7 +13,7 @@ class AppIconTests final : public QObject {
 
 private Q_SLOTS:
     void theIconIsAWhiteSignOnABlueSquareWithRoundCorners() {
-        const QIcon icon = tellwick::appIcon(m_icons);
+        const QIcon icon = platform::appIcon(m_icons);
         QVERIFY(icon.availableSizes().contains(QSize(16, 16)));
         const QImage image = icon.pixmap(128, 128, QIcon::Normal).toImage();
         QCOMPARE(image.size(), QSize(128, 128));
@@ -29,7 +29,7 @@ private Q_SLOTS:
 
     void theFirstPaintDoesNotWaitForIt() {
         QWidget window;
-        tellwick::setAppIcon(window, m_icons);
+        platform::setAppIcon(window, m_icons);
         window.show();
         QVERIFY(window.windowIcon().isNull());
         QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -39,7 +39,7 @@ private Q_SLOTS:
 
     void aWindowThatGoesBeforeItTakesTheWaitAlong() {
         auto window = std::make_unique<QWidget>();
-        tellwick::setAppIcon(*window, m_icons);
+        platform::setAppIcon(*window, m_icons);
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
         window->repaint();

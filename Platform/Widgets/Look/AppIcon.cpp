@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Tellwick/Interface/AppIcon.h"
+#include "Platform/Widgets/Look/AppIcon.h"
 
 #include "Platform/Widgets/Look/Icons.h"
 
@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <QWidget>
 
-namespace tellwick {
+namespace platform {
 
 using namespace Qt::StringLiterals;
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr int grid = 256; // the drawing's square
 
-QPixmap drawn(const platform::Icons& icons, int side) {
+QPixmap drawn(const Icons& icons, int side) {
     QPixmap pixmap(side, side);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
@@ -43,7 +43,7 @@ QPixmap drawn(const platform::Icons& icons, int side) {
 /// Waits for a widget's first paint, then sets the icon of its window, and ends.
 class IconAfterPaint final : public QObject {
 public:
-    IconAfterPaint(QWidget& widget, const platform::Icons& icons)
+    IconAfterPaint(QWidget& widget, const Icons& icons)
         : QObject(&widget)
         , m_icons(icons) {
         widget.installEventFilter(this);
@@ -62,20 +62,20 @@ protected:
     }
 
 private:
-    const platform::Icons& m_icons;
+    const Icons& m_icons;
 };
 
 } // namespace
 
-QIcon appIcon(const platform::Icons& icons) {
+QIcon appIcon(const Icons& icons) {
     QIcon icon;
     for (const int side : {16, 32, 48, 64, 128})
         icon.addPixmap(drawn(icons, side));
     return icon;
 }
 
-void setAppIcon(QWidget& window, const platform::Icons& icons) {
+void setAppIcon(QWidget& window, const Icons& icons) {
     new IconAfterPaint(window, icons);
 }
 
-} // namespace tellwick
+} // namespace platform

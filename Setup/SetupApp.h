@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Application/WindowedApp.h"
+#include "Platform/Desktop/TerminationSignals.h"
+#include "Setup/SetupView.h"
+
+namespace setup {
+
+/// The set-up with a window.
+class SetupApp final {
+public:
+    /// @param state has its offers; it outlives this, as does what the actions act on.
+    SetupApp(QApplication& application, const SetupState& state, SetupActions actions);
+
+    /// Shows the window, or brings it to the front.
+    /// @param activationToken what the desktop gave to the start that asks for it; may be empty.
+    void openWindow(const QByteArray& activationToken) { m_app.openWindow(activationToken); }
+
+private:
+    platform::WindowedApp m_app;
+    SetupView m_window;
+    platform::TerminationSignals m_terminationSignals;
+};
+
+} // namespace setup
