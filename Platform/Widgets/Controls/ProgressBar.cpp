@@ -46,7 +46,8 @@ void ProgressBar::setFraction(std::optional<double> fraction) {
 }
 
 void ProgressBar::updateMotion() {
-    const bool isMoving = !m_fraction && isVisible() && m_theme.motion().isEnabled();
+    const bool isWanted = m_theme.motion().isEnabled(); // read each time, and so observed
+    const bool isMoving = isWanted && !m_fraction && isVisible();
     if (isMoving == (m_motion != nullptr))
         return;
     if (!isMoving) {
