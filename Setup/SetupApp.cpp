@@ -1,12 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "Setup/SetupApp.h"
 
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Desktop/FontWarmUp.h"
+#include "Platform/Desktop/PathTexts.h"
+#include "Platform/Desktop/SingleInstance.h"
+#include "Platform/Desktop/UserDirectories.h"
+#include "Platform/Desktop/WindowActivation.h"
 #include "Platform/Observation/Observer.h"
+#include "Setup/SetupController.h"
+#include "Setup/SetupError.h"
+#include "Setup/SetupTexts.h"
 
 #include <QApplication>
 #include <QScreen>
 
+#include <cstdio>
+
 namespace setup {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto instanceFolder = "tellwick-setup"; // its place is not Tellwick's
+constexpr auto windowName = "Tellwick Set-up";
+
+} // namespace
 
 SetupApp::SetupApp(QApplication& application, const SetupState& state, SetupActions actions)
     : m_app(application)
@@ -18,6 +38,32 @@ SetupApp::SetupApp(QApplication& application, const SetupState& state, SetupActi
     m_window.resize(screen ? m_window.sizeHint().boundedTo(screen->availableSize())
                            : m_window.sizeHint());
     m_app.setContent(m_window);
+}
+
+int SetupApp::main(int argc, char** argv) {
+    const QByteArray token = platform::activationToken();
+    platform::SingleInstance instance(
+        platform::toTexts(platform::UserDirectories::ofThisUser(instanceFolder).runtimeFolders()));
+    if (const auto status = platform::endForOther(instance, token, windowName))
+        return *status;
+
+    const std::jthread fonts = platform::warmUpFonts();
+    QCoreApplication::setApplicationName(texts::windowTitle());
+    QCoreApplication::setApplicationVersion(QStringLiteral(TELLWICK_VERSION));
+    QGuiApplication::setDesktopFileName(u"tellwick-setup"_s);
+    QApplication application(argc, argv);
+    try {
+        platform::MainExecutor executor;
+        SetupController controller(executor, SetupSurroundings::ofThisProgram(),
+                                   QCoreApplication::arguments().mid(2)); // behind --open
+        SetupApp setup(application, controller.state(), controller.actions());
+        instance.onActivated([&setup](const QByteArray& given) { setup.openWindow(given); });
+        setup.openWindow({});
+        return QApplication::exec();
+    } catch (const SetupError& error) {
+        std::fprintf(stderr, "%s: %s\n", windowName, qUtf8Printable(error.errorDescription()));
+        return 1;
+    }
 }
 
 } // namespace setup

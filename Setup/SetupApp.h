@@ -10,6 +10,12 @@ namespace setup {
 /// The set-up with a window.
 class SetupApp final {
 public:
+    /// Runs the program: opens the window, or brings that of a running instance to the front.
+    /// Returns the exit status when the window has been closed or the user has quit.
+    ///
+    /// Called with `--open ARGUMENT…` or without arguments; the ARGUMENTs go to Tellwick.
+    static int main(int argc, char** argv);
+
     /// @param state has its offers; it outlives this, as does what the actions act on.
     SetupApp(QApplication& application, const SetupState& state, SetupActions actions);
 

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include "Setup/SetupApp.h"
 #include "Setup/TerminalSetup.h"
 
 #include <cstdio>
-#include <cstring>
+#include <string_view>
 
 int main(int argc, char** argv) {
-    if (argc > 1 && std::strcmp(argv[1], "--terminal") == 0)
+    const std::string_view option = argc > 1 ? argv[1] : "--open";
+    if (option == "--terminal")
         return setup::runTerminalSetup(argc, argv);
-    std::fputs("Usage: tellwick-setup-window --terminal [--model NAME | --file PATH]\n", stderr);
+    if (option == "--open")
+        return setup::SetupApp::main(argc, argv);
+    std::fputs("Usage: tellwick-setup-window [--open [ARGUMENT…] | --terminal [OPTION…]]\n",
+               stderr);
     return 2;
 }

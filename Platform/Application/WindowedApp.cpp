@@ -2,6 +2,7 @@
 #include "Platform/Application/WindowedApp.h"
 
 #include "Platform/Desktop/OwnFrame.h"
+#include "Platform/Desktop/SingleInstance.h"
 #include "Platform/Desktop/WindowActivation.h"
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Look/AppIcon.h"
@@ -12,6 +13,7 @@
 #include <QWindow>
 
 #include <cmath>
+#include <cstdio>
 
 namespace platform {
 
@@ -33,6 +35,20 @@ QPalette toolTipPalette(const Theme& theme) {
 }
 
 } // namespace
+
+std::optional<int> endForOther(SingleInstance& instance, const QByteArray& activationToken,
+                               const char* name) {
+    switch (instance.claim(activationToken)) {
+    case SingleInstance::Claim::First:
+        return std::nullopt;
+    case SingleInstance::Claim::HandedOver:
+        return 0;
+    case SingleInstance::Claim::Unanswered:
+        std::fprintf(stderr, "%s is already running and does not answer.\n", name);
+        return 1;
+    }
+    Q_UNREACHABLE();
+}
 
 WindowedApp::WindowedApp(QApplication& application)
     : m_application(application)

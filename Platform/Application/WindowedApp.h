@@ -13,6 +13,15 @@ class QApplication;
 
 namespace platform {
 
+class SingleInstance;
+
+/// Claims the place of a program's one instance. None: go on; else the exit status to end with,
+/// because another one is here and comes to the front, or does not answer, which is said.
+///
+/// @param name what users know the program by.
+std::optional<int> endForOther(SingleInstance& instance, const QByteArray& activationToken,
+                               const char* name);
+
 /// What our programs of one window have in common: a theme that follows the user's wishes, the
 /// window's frame where the desktop leaves it to the programs, its icon, and the keys of every
 /// window: Ctrl-W and Ctrl-Q, and those for larger and smaller text.

@@ -9,14 +9,14 @@ QString toText(SystemLanguageModel::Availability::UnavailableReason reason) {
     using enum SystemLanguageModel::Availability::UnavailableReason;
     switch (reason) {
     case deviceNotEligible:
-        return u"this computer has too little memory for the model. Open Tellwick Set-up to get a "
-               "smaller one, or choose another model in Models."_s;
+        return u"this computer has too little memory for the model. Choose a smaller one in "
+               "Tellwick Set-up, or another one in Models."_s;
     case appleIntelligenceNotEnabled:
-        return u"the engine that runs the model is not installed. Open Tellwick Set-up to install "
+        return u"the engine that runs the model is not installed. Open Tellwick Set-up to get "
                "it, or choose another model in Models."_s;
     case modelNotReady:
         return u"the model's file is not on this computer. Open Tellwick Set-up to get it, or "
-               "choose another model in Models."_s;
+               u"choose another model in Models."_s;
     }
     Q_UNREACHABLE();
 }

@@ -12,8 +12,6 @@
 
 #include <QApplication>
 
-#include <cstdio>
-
 namespace tellwick {
 
 using namespace Qt::StringLiterals;
@@ -52,14 +50,8 @@ int TellwickApp::main(int argc, char** argv) {
     const QByteArray token = platform::activationToken();
     platform::SingleInstance instance(platform::toTexts(
         platform::UserDirectories::ofThisUser(applicationFolder).runtimeFolders()));
-    using Claim = platform::SingleInstance::Claim;
-    const auto claim = instance.claim(token);
-    if (claim == Claim::HandedOver)
-        return 0;
-    if (claim == Claim::Unanswered) {
-        std::fputs("Tellwick is already running and does not answer.\n", stderr);
-        return 1;
-    }
+    if (const auto status = platform::endForOther(instance, token, "Tellwick"))
+        return *status;
 
     const std::jthread fonts = platform::warmUpFonts();
     QCoreApplication::setApplicationName(AppConfig::appName());

@@ -24,6 +24,7 @@ public:
         ListItem = 32,
         MenuItem = 35,
         PopupMenu = 41,
+        ProgressBar = 42,
         PushButton = 43,
         Text = 61,
         Heading = 83,
@@ -119,6 +120,8 @@ public:
 
     /// Does its first action; false if it has none.
     bool act() const { return call("Action", "DoAction", {0}).toBool(); }
+    /// What it shows of a range of numbers.
+    double value() const { return property("CurrentValue", "Value").toDouble(); }
     /// The text in it.
     QString text() const { return call("Text", "GetText", {0, -1}).toString(); }
     bool setText(const QString& text) const {
@@ -130,10 +133,11 @@ private:
                   const QVariantList& arguments = {}) const {
         return ask(QLatin1String("org.a11y.atspi.") + QLatin1String(interface), method, arguments);
     }
-    QVariant property(const char* name) const {
+    QVariant property(const char* name, const char* interface = "Accessible") const {
         const QVariant value =
             ask(QStringLiteral("org.freedesktop.DBus.Properties"), "Get",
-                {QStringLiteral("org.a11y.atspi.Accessible"), QString::fromLatin1(name)});
+                {QString(QLatin1String("org.a11y.atspi.") + QLatin1String(interface)),
+                 QString::fromLatin1(name)});
         return value.value<QDBusVariant>().variant();
     }
     QVariant ask(const QString& interface, const char* method,

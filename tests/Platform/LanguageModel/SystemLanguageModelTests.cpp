@@ -12,11 +12,11 @@ class SystemLanguageModelTests final : public QObject {
 private Q_SLOTS:
     void eachReasonSaysWhatIsWrongAndWhatToDo() {
         QCOMPARE(toText(deviceNotEligible),
-                 u"this computer has too little memory for the model. Open Tellwick Set-up to get "
-                 "a smaller one, or choose another model in Models."_s);
+                 u"this computer has too little memory for the model. Choose a smaller one in "
+                 "Tellwick Set-up, or another one in Models."_s);
         QCOMPARE(toText(appleIntelligenceNotEnabled),
-                 u"the engine that runs the model is not installed. Open Tellwick Set-up to "
-                 "install it, or choose another model in Models."_s);
+                 u"the engine that runs the model is not installed. Open Tellwick Set-up to get "
+                 "it, or choose another model in Models."_s);
         QCOMPARE(toText(modelNotReady),
                  u"the model's file is not on this computer. Open Tellwick Set-up to get it, or "
                  "choose another model in Models."_s);
