@@ -3,6 +3,7 @@
 
 #include "Platform/Desktop/PathTexts.h"
 #include "Platform/LanguageModel/LlamaServer/LlamaServerFiles.h"
+#include "Platform/LanguageModel/LlamaServer/MachineMemory.h"
 #include "Setup/ModelList.h"
 #include "Setup/SetupError.h"
 
@@ -23,7 +24,7 @@ SetupSurroundings SetupSurroundings::ofThisProgram() {
     const auto folder = toPath(QCoreApplication::applicationDirPath());
     return {.directories = directories,
             .programs = ProgramPaths(folder.parent_path().parent_path()),
-            .machineMemory = platform::LlamaServerPaths::of(directories, {}).machineMemory,
+            .machineMemory = platform::MachineMemory::now().total,
             .limits = {}};
 }
 
