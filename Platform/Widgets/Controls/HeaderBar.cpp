@@ -98,8 +98,15 @@ bool HeaderBar::event(QEvent* event) {
     return QWidget::event(event);
 }
 
+void HeaderBar::setDimmed(bool isDimmed) {
+    m_isDimmed = isDimmed;
+    follow();
+}
+
 void HeaderBar::follow() {
-    const bool isQuiet = m_isTitleBar && !isActiveWindow();
+    const bool isQuiet = m_isTitleBar && !m_isDimmed && !isActiveWindow();
+    for (auto* buttons : std::as_const(m_windowButtons))
+        buttons->setQuiet(isQuiet);
     m_heading->setColorRole(isQuiet ? ColorRole::TertiaryLabel : ColorRole::Label);
     m_subtitle->setColorRole(isQuiet ? ColorRole::TertiaryLabel : ColorRole::SecondaryLabel);
 }

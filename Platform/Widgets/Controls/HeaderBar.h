@@ -31,6 +31,9 @@ public:
     /// window; none: the desktop draws one.
     void setWindowButtons(const std::optional<WindowButtonLayout>& buttons);
 
+    /// What is dimmed is quiet already, and can still be used.
+    void setDimmed(bool isDimmed);
+
     /// Whether a widget (null: none) is a part of a title bar that belongs to the window, as all do
     /// but the items: it can be used whatever covers the window's content.
     static bool isPartOfTitleBar(const QWidget* widget);
@@ -47,7 +50,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
-    /// Shows whether the window is the active one.
+    /// Shows what the window is like now.
     void follow();
 
     const Theme& m_theme;
@@ -56,6 +59,7 @@ private:
     QHBoxLayout* m_trailing;
     QHBoxLayout* m_row;
     bool m_isTitleBar = false;
+    bool m_isDimmed = false;
     QList<WindowButtons*> m_windowButtons;
     std::optional<QPoint> m_pressed; // of a title bar: where a drag may have begun
 };

@@ -87,6 +87,11 @@ WindowButtons::WindowButtons(const Theme& theme, const QList<WindowButton>& butt
     follow();
 }
 
+void WindowButtons::setQuiet(bool isQuiet) {
+    for (const auto& shown : m_shown)
+        shown.button->setColorRole(isQuiet ? ColorRole::TertiaryLabel : ColorRole::Label);
+}
+
 void WindowButtons::toggleMaximized(QWidget& window) {
     if (window.isMaximized())
         window.showNormal();
@@ -106,8 +111,7 @@ void WindowButtons::showEvent(QShowEvent* event) {
 }
 
 bool WindowButtons::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_window &&
-        (event->type() == QEvent::WindowStateChange || event->type() == QEvent::ActivationChange))
+    if (watched == m_window && event->type() == QEvent::WindowStateChange)
         follow();
     return false;
 }
@@ -117,8 +121,6 @@ void WindowButtons::follow() {
         const auto [name, icon] = faceOf(kind, window()->isMaximized());
         button->setName(name);
         button->setIcon(icon);
-        button->setColorRole(window()->isActiveWindow() ? ColorRole::Label
-                                                        : ColorRole::TertiaryLabel);
     }
 }
 

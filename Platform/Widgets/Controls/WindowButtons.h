@@ -30,13 +30,15 @@ struct WindowButtonLayout {
 };
 
 /// The buttons on one side of a title bar. They act on the window that they stand in and show
-/// whether it is maximised and active. The keyboard does not stop at them: the desktop has keys of
+/// whether it is maximised. The keyboard does not stop at them: the desktop has keys of
 /// its own for what they do.
 class WindowButtons final : public QWidget {
     Q_OBJECT
 
 public:
     WindowButtons(const Theme& theme, const QList<WindowButton>& buttons, QWidget* parent);
+
+    void setQuiet(bool isQuiet);
 
     /// Maximises a window, or gives a maximised one its former size.
     static void toggleMaximized(QWidget& window);

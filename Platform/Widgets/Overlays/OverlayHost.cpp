@@ -159,6 +159,8 @@ void OverlayHost::fadeScrim() {
     const auto from = m_scrim;
     const bool isDimmed =
         std::ranges::any_of(m_shown, [](const Shown& shown) { return dimsWindow(*shown.panel); });
+    for (auto* header : parentWidget()->findChildren<HeaderBar*>())
+        header->setDimmed(isDimmed);
     const auto to = isDimmed ? 1.0 : 0.0;
     delete m_scrimAnimation.data();
     if (from == to)

@@ -2,12 +2,14 @@
 // A window that draws its own title bar, while something lies over its content.
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
+#include "Platform/Widgets/Look/Contrast.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Platform/Widgets/Overlays/Panel.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -16,6 +18,7 @@
 
 using namespace Qt::StringLiterals;
 using platform::Button;
+using platform::ColorRole;
 using platform::HeaderBar;
 using platform::Panel;
 using Kind = platform::Panel::Kind;
@@ -175,6 +178,44 @@ private Q_SLOTS:
         click(middleOf(m->item));
         QCOMPARE(m->presses, 0);
         QCOMPARE(m->host->isPresenting(), kind == Kind::Alert); // it is a click beside
+    }
+
+    void whatIsDimmedIsNotMadeQuieterStill_data() { addKinds(); }
+    void whatIsDimmedIsNotMadeQuieterStill() {
+        QFETCH(Kind, kind);
+        QWidget other;
+        other.show();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        const auto* close = button(u"Close"_s);
+        QTRY_COMPARE(close->colorRole(), ColorRole::TertiaryLabel);
+        auto* panel = m->present(kind);
+        QCOMPARE(close->colorRole(),
+                 kind == Kind::Popover ? ColorRole::TertiaryLabel : ColorRole::Label);
+        panel->dismiss();
+        QCOMPARE(close->colorRole(), ColorRole::TertiaryLabel);
+    }
+
+    void aButtonOfTheWindowIsSeenWhileItIsDimmed_data() {
+        QTest::addColumn<bool>("isDark");
+        QTest::addColumn<bool>("hasContrast");
+        QTest::newRow("light") << false << false;
+        QTest::newRow("dark") << true << false;
+        QTest::newRow("light, more contrast") << false << true;
+        QTest::newRow("dark, more contrast") << true << true;
+    }
+    void aButtonOfTheWindowIsSeenWhileItIsDimmed() {
+        QFETCH(bool, isDark);
+        QFETCH(bool, hasContrast);
+        m->theme.setDark(isDark);
+        m->theme.setIncreasedContrast(hasContrast);
+        const auto color = [this](ColorRole role) { return m->theme.color(role); };
+        const auto dimmed = [&color](const QColor& beneath) {
+            return platform::composed(color(ColorRole::Scrim), beneath);
+        };
+        QColor disc = color(ColorRole::Header);
+        for (int i = 0; i < 2; ++i) // the button's own, and the pointer's
+            disc = platform::composed(color(ColorRole::Hover), disc);
+        QVERIFY(platform::contrastRatio(dimmed(color(ColorRole::Label)), dimmed(disc)) >= 3);
     }
 
     void aPanelOverTheTitleBarGoesFirst() {
