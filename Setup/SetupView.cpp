@@ -3,7 +3,7 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"

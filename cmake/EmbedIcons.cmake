@@ -5,7 +5,7 @@
 #
 # Why not QtSvg: reading eight icons through it costs 1.6 ms of the program's start and 0.9 MB of
 # its memory, as much as several screens. A drawing here is a few lines of path data, which
-# SvgPath turns into a QPainterPath when the icon is first shown.
+# Icons turns into a QPainterPath when the icon is first shown.
 
 function(_append_icon name file)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")

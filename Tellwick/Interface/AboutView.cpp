@@ -3,8 +3,8 @@
 
 #include "Platform/Desktop/UrlOpener.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Tellwick/Core/AppConfig.h"
 
 #include <QBoxLayout>

@@ -3,7 +3,6 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Controls/Surface.h"
@@ -14,6 +13,7 @@
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "Tellwick/Interface/FindBar.h"
+#include "Tellwick/Interface/Greeting.h"
 #include "Tellwick/Interface/MessageField.h"
 #include "Tellwick/Interface/MessageList.h"
 #include "Tellwick/Interface/ModelsView.h"
@@ -107,7 +107,7 @@ void ChatView::shortcuts() {
 }
 
 QWidget* ChatView::findBar() {
-    m_findBar = new FindBar(m_environment.theme, m_find);
+    m_findBar = new FindBar(m_environment, m_find);
     m_findBar->onAskedForPlace([this] { return m_list->firstVisible(); });
     m_findBar->onClosed([this] { focusField(); });
     m_findBar->hide();
@@ -152,52 +152,7 @@ QWidget* ChatView::messageList() {
 }
 
 QWidget* ChatView::emptyState() {
-    const Theme& theme = m_environment.theme;
-    auto* state = new QWidget;
-    auto* content = new QWidget;
-    content->setMaximumWidth(Theme::columnWidth);
-    auto* centring = new QHBoxLayout(state);
-    centring->setContentsMargins({});
-    centring->addWidget(content);
-    auto* column = new QVBoxLayout(content);
-    column->setSpacing(12);
-    column->setContentsMargins(Theme::defaultPadding, Theme::defaultPadding + 60,
-                               Theme::defaultPadding, Theme::defaultPadding);
-    const auto centred = [column](QWidget* widget) {
-        column->addWidget(widget, 0, Qt::AlignHCenter);
-    };
-
-    auto* brain = new Label(theme, {}, TextStyle::Body, ColorRole::SecondaryLabel);
-    brain->setIcon(u"brain"_s, 52);
-    centred(brain);
-    auto* name =
-        new Label(theme, AppConfig::appName(), TextStyle::Title2, ColorRole::Label, QFont::Medium);
-    name->setHeading();
-    centred(name);
-    centred(
-        new Label(theme, AppConfig::tagline(), TextStyle::Subheadline, ColorRole::SecondaryLabel));
-
-    auto* welcome = new Label(theme, AppConfig::welcomeMessage(), TextStyle::Body);
-    welcome->setWrapping(true);
-    welcome->setAlignment(Qt::AlignHCenter);
-    auto* bubble = new Surface(theme, ColorRole::GreetingBubble, Theme::greetingRadius);
-    auto* inside = new QVBoxLayout(bubble);
-    inside->setContentsMargins(Theme::bubblePaddingX, Theme::bubblePaddingY, Theme::bubblePaddingX,
-                               Theme::bubblePaddingY);
-    inside->addWidget(welcome);
-    auto* greeting = new QVBoxLayout;
-    greeting->setContentsMargins(24, 8, 24, 0);
-    greeting->addWidget(bubble);
-    column->addLayout(greeting);
-
-    auto* model =
-        new Label(theme, AppConfig::modelLabel(), TextStyle::Caption, ColorRole::TertiaryLabel);
-    model->setIcon(u"cpu"_s);
-    centred(model);
-    column->addSpacing(4);
-    column->addWidget(writingModeChips());
-    column->addStretch(1);
-    return state;
+    return new Greeting(m_environment.theme, writingModeChips());
 }
 
 QWidget* ChatView::writingModeChips() {

@@ -5,6 +5,7 @@
 #include "Platform/Widgets/Controls/Button.h"
 #include "Platform/Widgets/Controls/Label.h"
 #include "Platform/Widgets/Controls/LineField.h"
+#include "Platform/Widgets/Overlays/Menu.h"
 #include "Tellwick/Interface/ConversationFind.h"
 
 #include <QHBoxLayout>
@@ -20,18 +21,19 @@ using platform::Label;
 using platform::TextStyle;
 using platform::Theme;
 
-FindBar::FindBar(const Theme& theme, ConversationFind& find)
-    : m_theme(theme)
+FindBar::FindBar(const Environment& environment, ConversationFind& find)
+    : m_theme(environment.theme)
     , m_find(find)
-    , m_field(new platform::LineField(theme, u"Find"_s)) {
+    , m_field(new platform::LineField(m_theme, u"Find"_s)) {
+    platform::addEditMenu(*m_field, m_theme, environment.overlays);
     connect(m_field, &QLineEdit::textEdited, this,
             [this](const QString& text) { m_find.setText(text, m_place ? m_place() : 0); });
 
-    auto* summary = new Label(theme, {}, TextStyle::Caption, ColorRole::SecondaryLabel);
+    auto* summary = new Label(m_theme, {}, TextStyle::Caption, ColorRole::SecondaryLabel);
     platform::observe(summary, [this, summary] { summary->setText(m_find.summary()); });
 
-    const auto button = [&theme](const QString& name, const QString& icon) {
-        auto* made = new Button(theme, Button::Look::Icon, name, icon);
+    const auto button = [this](const QString& name, const QString& icon) {
+        auto* made = new Button(m_theme, Button::Look::Icon, name, icon);
         made->setSymbolPoints(11);
         made->setToolTip(name);
         return made;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Look/Theme.h"
+#include "Tellwick/Interface/Environment.h"
 
 #include <QWidget>
 
@@ -23,7 +23,7 @@ class FindBar final : public QWidget {
 
 public:
     /// Both outlive the bar.
-    FindBar(const platform::Theme& theme, ConversationFind& find);
+    FindBar(const Environment& environment, ConversationFind& find);
 
     /// The message from which on the first match of a new text is looked for.
     void onAskedForPlace(std::function<qsizetype()> place) { m_place = std::move(place); }

@@ -48,7 +48,6 @@ MessageBubble::MessageBubble(const Environment& environment, ChatMessage message
     , m_text(new TextView(
           environment.theme,
           isFromUser() ? TextView::Background::Accent : TextView::Background::Window, this)) {
-    m_text->onContextMenu([this](QPoint position) { openContextMenu(position); });
     m_text->onLinkActivated([this](const QUrl& url) { m_environment.urlOpener.open(url); });
     messageContent();
 }
@@ -150,7 +149,9 @@ void MessageBubble::layOut() {
 
 void MessageBubble::contextMenuEvent(QContextMenuEvent* event) {
     // The background around the text is the bubble's, too; the free side of the row is not.
-    if (m_bubble.contains(event->pos()))
+    if (event->reason() == QContextMenuEvent::Keyboard)
+        openContextMenu(mapToGlobal((visibleRegion().boundingRect() & m_bubble).center()));
+    else if (m_bubble.contains(event->pos()))
         openContextMenu(event->globalPos());
     else
         event->ignore();

@@ -3,7 +3,6 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Overlays/Menu.h"
-#include "Platform/Widgets/Overlays/OverlayHost.h"
 #include "Tellwick/Conversations/ChatViewModel.h"
 
 #include <QApplication>
@@ -14,28 +13,13 @@ namespace tellwick {
 using namespace Qt::StringLiterals;
 
 MessageField::MessageField(const Environment& environment, ChatViewModel& vm)
-    : GrowingTextField(environment.theme)
-    , m_environment(environment) {
+    : GrowingTextField(environment.theme) {
     setPlaceholderText(u"Message"_s);
     setAccessibleName(u"Message"_s);
     onTextEdited([&vm](const QString& text) { vm.draft = text; });
     onSubmit([&vm] { vm.send(); });
-    onContextMenu([this](QPoint position) { openMenu(position); });
+    platform::addEditMenu(*this, environment.theme, environment.overlays);
     platform::observe(this, [this, &vm] { setText(vm.draft.value()); });
-}
-
-void MessageField::openMenu(QPoint globalPosition) {
-    const bool hasSelection = textCursor().hasSelection();
-    std::vector<platform::MenuEntry> entries{
-        {u"Undo"_s, {}, [this] { undo(); }, document()->isUndoAvailable()},
-        {u"Redo"_s, {}, [this] { redo(); }, document()->isRedoAvailable()},
-        platform::MenuEntry::separator(),
-        {u"Cut"_s, {}, [this] { cut(); }, hasSelection},
-        {u"Copy"_s, {}, [this] { copy(); }, hasSelection},
-        {u"Paste"_s, {}, [this] { paste(); }, canPaste()},
-        {u"Select All"_s, {}, [this] { selectAll(); }, !document()->isEmpty()}};
-    m_environment.overlays.present(std::make_unique<platform::Menu>(
-        m_environment.theme, u"Edit"_s, std::move(entries), globalPosition));
 }
 
 bool MessageField::takeTyping(QKeyEvent& event) {

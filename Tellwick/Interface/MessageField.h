@@ -24,11 +24,6 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-
-private:
-    void openMenu(QPoint globalPosition);
-
-    const Environment& m_environment;
 };
 
 } // namespace tellwick

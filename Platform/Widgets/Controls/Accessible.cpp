@@ -65,6 +65,11 @@ void AccessibleElement::install() {
     QAccessible::installFactory(elementInterface);
 }
 
+void tellChanged(QWidget* widget, QAccessible::State changed) {
+    QAccessibleStateChangeEvent event(widget, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
 void announce(QWidget* widget, const QString& text) {
     if (!QAccessible::isActive())
         return;

@@ -35,6 +35,9 @@ public:
     static void install();
 };
 
+/// Tells assistive technology which parts of a widget's state have changed.
+void tellChanged(QWidget* widget, QAccessible::State changed);
+
 /// Has assistive technology read a text out, once, without moving the focus.
 ///
 /// Before Qt 6.8, which has no announcements, the widget tells that its name has changed, which is

@@ -121,8 +121,7 @@ void Button::setBusy(bool isBusy) {
         return;
     QAccessible::State changed;
     changed.disabled = true;
-    QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
+    tellChanged(this, changed);
     update();
 }
 

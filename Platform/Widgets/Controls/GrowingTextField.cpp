@@ -2,13 +2,11 @@
 #include "Platform/Widgets/Controls/GrowingTextField.h"
 
 #include "Platform/Observation/Observer.h"
-#include "Platform/Widgets/Controls/EmojiHighlighter.h"
 #include "Platform/Widgets/Look/Painting.h"
 #include "Platform/Widgets/Scrolling/OverlayScrollBar.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QAccessibleWidget>
-#include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QInputMethod>
 #include <QKeyEvent>
@@ -79,6 +77,7 @@ GrowingTextField::GrowingTextField(const Theme& theme)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     breakLinesFor({});
     setTabChangesFocus(true);
+    setContextMenuPolicy(Qt::NoContextMenu); // of the toolkit's
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
@@ -103,15 +102,9 @@ GrowingTextField::GrowingTextField(const Theme& theme)
         m_bar->flash();
     });
     connect(m_bar, &QAbstractSlider::valueChanged, lines, &QScrollBar::setValue);
-    new EmojiHighlighter(document(), theme.emojiFont());
+    theme.emojiFont().showIn(*document());
     observe(this, [this] {
-        QPalette colours = palette();
-        colours.setColor(QPalette::Base, Qt::transparent);
-        colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
-        colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::TertiaryLabel));
-        colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
-        colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
-        setPalette(colours);
+        setPalette(fieldPalette(m_theme, palette()));
         setFont(m_theme.font(TextStyle::Body));
         fitHeight();
         update();
@@ -294,20 +287,12 @@ void GrowingTextField::focusOutEvent(QFocusEvent* event) {
 
 // The rest
 
-void GrowingTextField::contextMenuEvent(QContextMenuEvent* event) {
-    if (m_openContextMenu)
-        m_openContextMenu(event->globalPos());
-}
-
 bool GrowingTextField::event(QEvent* event) {
     if (event->type() != QEvent::Paint)
         return QPlainTextEdit::event(event);
     // What lies around the viewport, and under it.
     QPainter painter(this);
-    fillRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::Field));
-    strokeRounded(painter, rect(), Theme::fieldRadius, m_theme.color(ColorRole::FieldBorder));
-    if (m_showsFocusRing && hasFocus())
-        paintFocusRing(painter, m_theme, rect(), Theme::fieldRadius);
+    paintField(painter, m_theme, rect(), Theme::fieldRadius, m_showsFocusRing && hasFocus());
     return true;
 }
 

@@ -37,8 +37,6 @@ public:
     /// Called after every change that the user has made to the text.
     void onTextEdited(std::function<void(const QString&)> edited) { m_edited = std::move(edited); }
     void onSubmit(std::function<void()> submit) { m_submit = std::move(submit); }
-    /// Called for a context menu with a point on the screen, in place of the toolkit's own menu.
-    void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
 
     /// The height of a field of one line.
     int lineHeight() const;
@@ -49,7 +47,6 @@ public:
 protected:
     bool event(QEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
@@ -77,7 +74,6 @@ private:
     OverlayScrollBar* m_bar;
     std::function<void(const QString&)> m_edited;
     std::function<void()> m_submit;
-    std::function<void(QPoint)> m_openContextMenu;
     bool m_isSetting = false;
     bool m_showsFocusRing = false;
     int m_height = 0; // of the last size hint

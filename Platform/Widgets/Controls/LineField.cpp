@@ -23,18 +23,12 @@ LineField::LineField(const Theme& theme, const QString& name, QWidget* parent)
     setTextMargins(paddingX, 0, paddingX, 0);
     setPlaceholderText(name);
     setAccessibleName(name);
-    setContextMenuPolicy(Qt::NoContextMenu);
+    setContextMenuPolicy(Qt::NoContextMenu); // of the toolkit's
     observe(this, [this] { applyTheme(); });
 }
 
 void LineField::applyTheme() {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Base, Qt::transparent);
-    colours.setColor(QPalette::Text, m_theme.color(ColorRole::Label));
-    colours.setColor(QPalette::PlaceholderText, m_theme.color(ColorRole::TertiaryLabel));
-    colours.setColor(QPalette::Highlight, m_theme.color(ColorRole::Selection));
-    colours.setColor(QPalette::HighlightedText, m_theme.color(ColorRole::Label));
-    setPalette(colours);
+    setPalette(fieldPalette(m_theme, palette()));
     setFont(m_theme.font(TextStyle::Body));
     updateGeometry();
     update();
@@ -50,7 +44,14 @@ QSize LineField::minimumSizeHint() const {
 
 void LineField::focusInEvent(QFocusEvent* event) {
     m_showsFocusRing = showsFocusRing(event->reason(), m_showsFocusRing);
-    QLineEdit::focusInEvent(event);
+    QFocusEvent quiet(event->type(), Qt::OtherFocusReason); // or a key selects all
+    QLineEdit::focusInEvent(&quiet);
+}
+
+void LineField::focusOutEvent(QFocusEvent* event) {
+    const bool isClick = event->reason() == Qt::MouseFocusReason;
+    QFocusEvent quiet(event->type(), isClick ? event->reason() : Qt::PopupFocusReason);
+    QLineEdit::focusOutEvent(&quiet);
 }
 
 void LineField::keyPressEvent(QKeyEvent* event) {
@@ -64,9 +65,7 @@ void LineField::keyPressEvent(QKeyEvent* event) {
 void LineField::paintEvent(QPaintEvent* event) {
     {
         QPainter painter(this);
-        fillRounded(painter, rect(), Theme::controlRadius, m_theme.color(ColorRole::Field));
-        if (m_showsFocusRing && hasFocus())
-            paintFocusRing(painter, m_theme, rect(), Theme::controlRadius);
+        paintField(painter, m_theme, rect(), Theme::controlRadius, m_showsFocusRing && hasFocus());
     }
     QLineEdit::paintEvent(event);
 }

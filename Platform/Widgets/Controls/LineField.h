@@ -8,6 +8,7 @@
 namespace platform {
 
 /// A field for one line of text on a rounded background. Return and Escape are left to its parents.
+/// Only a click elsewhere drops the selection; a menu or the way there and back by key does not.
 class LineField final : public QLineEdit {
     Q_OBJECT
 
@@ -21,6 +22,7 @@ public:
 
 protected:
     void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

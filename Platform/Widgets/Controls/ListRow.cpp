@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/ListRow.h"
 
+#include "Platform/Widgets/Controls/Accessible.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -46,8 +48,7 @@ void ListRow::setSelected(bool isSelected) {
         m_isSelected = isSelected;
         QAccessible::State changed;
         changed.selected = true;
-        QAccessibleStateChangeEvent event(this, changed);
-        QAccessible::updateAccessibility(&event);
+        tellChanged(this, changed);
     }
 }
 

@@ -34,4 +34,15 @@ private:
     const qreal m_radius;
 };
 
+/// A horizontal line between two areas.
+class Divider final : public Surface {
+    Q_OBJECT
+
+public:
+    explicit Divider(const Theme& theme)
+        : Surface(theme, ColorRole::Divider) {
+        setFixedHeight(1);
+    }
+};
+
 } // namespace platform

@@ -5,10 +5,33 @@
 
 #include <QGlyphRun>
 #include <QRawFont>
+#include <QSyntaxHighlighter>
 
 namespace platform {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+class EmojiHighlighter final : public QSyntaxHighlighter {
+public:
+    EmojiHighlighter(QTextDocument& document, const EmojiFont& font)
+        : QSyntaxHighlighter(&document)
+        , m_font(font) {}
+
+protected:
+    void highlightBlock(const QString& text) override {
+        QList<QTextLayout::FormatRange> formats;
+        m_font.addFormats(text, formats);
+        for (const QTextLayout::FormatRange& range : formats)
+            setFormat(range.start, range.length, range.format);
+    }
+
+private:
+    const EmojiFont& m_font;
+};
+
+} // namespace
 
 /// The family that the desktop's settings put first for emoji; empty where none can draw one.
 const QString& EmojiFont::family() const {
@@ -37,6 +60,10 @@ void EmojiFont::addFormats(QStringView text, QList<QTextLayout::FormatRange>& fo
         if (font.supportsCharacter(first))
             formats.append({static_cast<int>(run.start), static_cast<int>(run.length), format});
     }
+}
+
+void EmojiFont::showIn(QTextDocument& document) const {
+    new EmojiHighlighter(document, *this); // the document's
 }
 
 } // namespace platform

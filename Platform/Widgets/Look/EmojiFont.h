@@ -5,6 +5,8 @@
 #include <QString>
 #include <QTextLayout>
 
+class QTextDocument;
+
 namespace platform {
 
 /// The font that draws emoji. A text's own font may hold drawings of some of them, in black, and
@@ -16,6 +18,10 @@ public:
     /// Adds, behind what is there, a format for each emoji of a text that the font can draw. The
     /// formats that are there keep their colours, weights and lines.
     void addFormats(QStringView text, QList<QTextLayout::FormatRange>& formats) const;
+
+    /// Shows the emoji of an editor's document in the font from here on; its text stays as it is.
+    /// The font outlives the document.
+    void showIn(QTextDocument& document) const;
 
     /// Looks the font up anew when it is next needed.
     void forget() { m_family.clear(); }

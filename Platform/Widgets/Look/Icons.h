@@ -6,12 +6,18 @@
 #include <QPainterPath>
 #include <QString>
 
+#include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 class QPainter;
 
 namespace platform {
+
+/// Reads path data as SVG writes it (the commands M L H V C S Q T A Z, absolute and relative, with
+/// its terse number forms); none if it is malformed.
+std::optional<QPainterPath> svgPath(std::string_view data);
 
 /// One path of an icon's drawing, in the square from (0, 0) to (16, 16).
 struct IconPart {

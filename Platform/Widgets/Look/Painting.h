@@ -3,6 +3,9 @@
 
 #include "Platform/Widgets/Look/Theme.h"
 
+#include <QColor>
+#include <QPalette>
+#include <QPixmap>
 #include <QRectF>
 #include <QString>
 
@@ -25,6 +28,32 @@ bool showsFocusRing(Qt::FocusReason reason, bool before);
 /// is filled with the accent, a little off its edge.
 void paintFocusRing(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
                     ColorRole role = ColorRole::FocusRing);
+
+/// The colours of the text in a field, and of what is selected there, over those of `palette`.
+QPalette fieldPalette(const Theme& theme, QPalette palette);
+
+/// Draws what a field for text stands on, with its border and, where that is shown, its ring.
+void paintField(QPainter& painter, const Theme& theme, const QRectF& rect, qreal radius,
+                bool showsFocusRing);
+
+/// The soft shadow of a rounded rectangle. Drawn once into a small picture that is then stretched
+/// between its corners, so painting costs the same whatever the size.
+class Shadow {
+public:
+    /// How far the shadow reaches beyond the rectangle, in pixels, and how far it lies below it.
+    static constexpr int blur = 24;
+    static constexpr int drop = 6;
+    /// The margin around the rectangle that a widget must have for its shadow.
+    static constexpr int extent = blur + drop;
+
+    void paint(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color);
+
+private:
+    QPixmap m_tile;
+    qreal m_scale = 0;
+    qreal m_radius = -1;
+    QColor m_color;
+};
 
 /// One line of text, with a symbol before it or without, as chips, menus and labels show it.
 struct IconAndText {

@@ -2,13 +2,21 @@
 #include "Platform/Widgets/Overlays/Menu.h"
 
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/Surface.h"
+#include "Platform/Widgets/Overlays/OverlayHost.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace platform {
 
@@ -18,6 +26,45 @@ constexpr int padding = 5;
 constexpr int margin = 6; // to the window's edge
 constexpr int gap = 4;    // below the anchor
 constexpr qreal minimumBodyWidth = 150;
+
+/// What can be done in a field at a moment.
+struct Editable {
+    bool undo;
+    bool redo;
+    bool copy;
+    bool paste;
+    bool selectAll;
+};
+
+Editable editable(const QLineEdit& field) {
+    return {field.isUndoAvailable(), field.isRedoAvailable(), field.hasSelectedText(),
+            !QGuiApplication::clipboard()->text().isEmpty(), !field.text().isEmpty()};
+}
+
+Editable editable(const QPlainTextEdit& field) {
+    return {field.document()->isUndoAvailable(), field.document()->isRedoAvailable(),
+            field.textCursor().hasSelection(), field.canPaste(), !field.document()->isEmpty()};
+}
+
+/// `text`: the part of the field that the points of its menu are told in.
+template <class Field>
+void addEditMenuTo(Field& field, const QWidget& text, const Theme& theme, OverlayHost& overlays) {
+    field.setContextMenuPolicy(Qt::CustomContextMenu);
+    const auto open = [&field, &text, &theme, &overlays](QPoint place) {
+        const Editable can = editable(field);
+        std::vector<MenuEntry> entries{
+            {u"Undo"_s, {}, [&field] { field.undo(); }, can.undo},
+            {u"Redo"_s, {}, [&field] { field.redo(); }, can.redo},
+            MenuEntry::separator(),
+            {u"Cut"_s, {}, [&field] { field.cut(); }, can.copy},
+            {u"Copy"_s, {}, [&field] { field.copy(); }, can.copy},
+            {u"Paste"_s, {}, [&field] { field.paste(); }, can.paste},
+            {u"Select All"_s, {}, [&field] { field.selectAll(); }, can.selectAll}};
+        overlays.present(
+            std::make_unique<Menu>(theme, u"Edit"_s, std::move(entries), text.mapToGlobal(place)));
+    };
+    QObject::connect(&field, &QWidget::customContextMenuRequested, &field, open);
+}
 
 } // namespace
 
@@ -92,6 +139,14 @@ void Menu::keyPressEvent(QKeyEvent* event) {
         focusRow(-1, -1);
     else
         Panel::keyPressEvent(event);
+}
+
+void addEditMenu(QLineEdit& field, const Theme& theme, OverlayHost& overlays) {
+    addEditMenuTo(field, field, theme, overlays);
+}
+
+void addEditMenu(QPlainTextEdit& field, const Theme& theme, OverlayHost& overlays) {
+    addEditMenuTo(field, *field.viewport(), theme, overlays);
 }
 
 } // namespace platform

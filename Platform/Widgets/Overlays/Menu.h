@@ -6,7 +6,12 @@
 #include <functional>
 #include <vector>
 
+class QLineEdit;
+class QPlainTextEdit;
+
 namespace platform {
+
+class OverlayHost;
 
 /// One line of a menu; without a title: a line between groups.
 struct MenuEntry {
@@ -44,5 +49,11 @@ private:
     std::vector<Button*> m_rows;
     QPoint m_global;
 };
+
+/// Gives a field for text its menu, which opens by the right button of the pointer and by the keys
+/// for it: Undo, Redo, Cut, Copy, Paste and Select All, greyed where they cannot be used. All
+/// outlive the field.
+void addEditMenu(QLineEdit& field, const Theme& theme, OverlayHost& overlays);
+void addEditMenu(QPlainTextEdit& field, const Theme& theme, OverlayHost& overlays);
 
 } // namespace platform

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Widgets/Controls/Accessible.h"
-#include "Platform/Widgets/Look/Shadow.h"
+#include "Platform/Widgets/Look/Painting.h"
 #include "Platform/Widgets/Look/Theme.h"
 
 #include <QPainterPath>

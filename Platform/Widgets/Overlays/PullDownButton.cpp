@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Overlays/PullDownButton.h"
 
+#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Overlays/OverlayHost.h"
 
 #include <QKeyEvent>
@@ -40,8 +41,7 @@ void PullDownButton::setMenu(Menu* menu) {
     setDown(menu != nullptr);
     QAccessible::State changed;
     changed.expanded = true;
-    QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
+    tellChanged(this, changed);
 }
 
 void PullDownButton::addAccessibleState(QAccessible::State& state) const {

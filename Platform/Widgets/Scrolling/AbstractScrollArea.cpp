@@ -40,10 +40,6 @@ AbstractScrollArea::AbstractScrollArea(const Theme& theme, QWidget* parent,
     // A mouse draws selections in a vertical area, and drags a horizontal one.
     QScroller::grabGesture(this, isVertical() ? QScroller::TouchGesture
                                               : QScroller::LeftMouseButtonGesture);
-    connect(QScroller::scroller(this), &QScroller::stateChanged, this, [this](auto state) {
-        if (state == QScroller::Scrolling && !m_theme.motion().isEnabled())
-            QScroller::scroller(this)->stop();
-    });
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
         // From nowhere: the window has become active again, and nobody asked for another view.
         if (before && now && now != this && isAncestorOf(now) &&
@@ -104,7 +100,7 @@ void AbstractScrollArea::moveTo(int offset, bool isByUser) {
 }
 
 void AbstractScrollArea::setOffset(int offset) {
-    stopMotion();
+    m_motion.haltAll();
     m_fraction = 0;
     moveTo(offset, true);
     if (m_bar)
@@ -125,7 +121,7 @@ void AbstractScrollArea::scrollBy(qreal distance) {
 }
 
 void AbstractScrollArea::scrollToEnd(bool animated) {
-    stopMotion();
+    m_motion.haltAll();
     if (animated && isVisible() && m_theme.motion().isEnabled()) {
         m_isHeldByUser = false;
         m_motion.goToEnd();
@@ -135,12 +131,6 @@ void AbstractScrollArea::scrollToEnd(bool animated) {
     do // the end may turn out to be elsewhere when it comes into view
         moveTo(maximum(), false);
     while (m_offset < maximum());
-}
-
-void AbstractScrollArea::stopMotion() {
-    m_motion.halt();
-    if (QScroller::scroller(this)->state() == QScroller::Scrolling)
-        QScroller::scroller(this)->stop();
 }
 
 void AbstractScrollArea::reveal(const QWidget* inside, const QRect& part) {
@@ -154,15 +144,6 @@ void AbstractScrollArea::reveal(const QWidget* inside, const QRect& part) {
         setOffset(m_offset + start - margin);
     else if (end > length())
         setOffset(m_offset + end + margin - length());
-}
-
-bool AbstractScrollArea::scrollTowards(const QPoint& point) {
-    const int place = along(mirrored({mapFromGlobal(point), QSize(1, 1)}).topLeft());
-    const int beyond = std::min(place, 0) + std::max(place - length() + 1, 0);
-    const int before = m_offset;
-    if (beyond != 0)
-        setOffset(m_offset + std::clamp(beyond / 4, -40, 40) + (beyond < 0 ? -1 : 1));
-    return m_offset != before;
 }
 
 // Wheel and touchpad
@@ -198,7 +179,7 @@ void AbstractScrollArea::wheelEvent(QWheelEvent* event) {
     if (maximum() == 0 || zooms) {
         event->ignore();
     } else if (phase == Qt::ScrollBegin) {
-        stopMotion(); // and accepted: the rest of the movement comes here
+        m_motion.haltAll(); // and accepted: the rest of the movement comes here
     } else if (phase == Qt::ScrollEnd && m_motion.fingersLeft(event->timestamp())) {
         event->accept();
     } else if (delta == 0) {

@@ -58,11 +58,6 @@ public:
     /// Brings a part of a widget inside into view, as little as is needed.
     void reveal(const QWidget* inside, const QRect& part);
 
-    /// For a pointer that draws a selection: where the point, on the screen, lies beyond an end of
-    /// the area, scrolls a step that way, the farther the faster. Call it once a frame; returns
-    /// whether anything has moved.
-    bool scrollTowards(const QPoint& point);
-
 protected:
     /// How long the whole content is, in pixels.
     virtual int contentLength() const = 0;
@@ -98,7 +93,6 @@ private:
     int pageStep() const;
     void moveTo(int offset, bool isByUser);
     void scrollBy(qreal distance);
-    void stopMotion();
     void prepareTouch(QScrollPrepareEvent& event);
 
     const Theme& m_theme;

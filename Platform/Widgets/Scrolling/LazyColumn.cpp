@@ -55,10 +55,6 @@ void LazyColumn::reload() {
     layOut();
 }
 
-QWidget* LazyColumn::widgetOf(qsizetype row) const {
-    return row >= 0 && row < m_rows.size() ? m_rows[row].widget : nullptr;
-}
-
 qsizetype LazyColumn::rowOf(const QWidget* widget) const {
     while (widget && widget->parentWidget() != this)
         widget = widget->parentWidget();
@@ -92,8 +88,7 @@ void LazyColumn::setHeight(qsizetype row, int height) {
 int LazyColumn::top(qsizetype row) const {
     for (; m_known <= row; ++m_known)
         m_rows[m_known].top =
-            m_known == 0 ? Theme::defaultPadding
-                         : m_rows[m_known - 1].top + m_rows[m_known - 1].height + Theme::rowSpacing;
+            m_known == 0 ? Theme::defaultPadding : bottom(m_known - 1) + Theme::rowSpacing;
     return m_rows[row].top;
 }
 
@@ -143,8 +138,7 @@ void LazyColumn::layOut() {
     for (qsizetype i = 0; i < m_rows.size(); ++i) {
         if (QWidget* widget = m_rows[i].widget) {
             widget->setGeometry(rowRect(i));
-            if (widget->isHidden())
-                widget->show();
+            widget->show();
         }
     }
     updateBar();
@@ -170,13 +164,11 @@ bool LazyColumn::build(qsizetype first, qsizetype last) {
 
 /// Destroys the widgets outside of a zone that nobody needs.
 void LazyColumn::release(int from, int to) {
-    const QWidget* focus = QApplication::focusWidget();
+    const qsizetype withFocus = rowOf(QApplication::focusWidget());
     for (qsizetype i = 0; i < m_rows.size(); ++i) {
         QWidget*& widget = m_rows[i].widget;
-        if (!widget || (bottom(i) > from && top(i) < to))
-            continue;
-        const bool hasFocus = focus && (focus == widget || widget->isAncestorOf(focus));
-        if (!hasFocus && !m_source.isInUse(widget))
+        const bool isNear = bottom(i) > from && top(i) < to;
+        if (widget && !isNear && i != withFocus && !m_source.isInUse(widget))
             discard(std::exchange(widget, nullptr));
     }
 }
@@ -212,15 +204,6 @@ void LazyColumn::orderTabs() {
             last = widget;
         }
     }
-}
-
-void LazyColumn::setBusy(bool isBusy) {
-    if (std::exchange(m_isBusy, isBusy) == isBusy)
-        return;
-    QAccessible::State changed;
-    changed.busy = true;
-    QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
 }
 
 // Keyboard

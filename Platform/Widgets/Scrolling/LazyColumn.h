@@ -36,7 +36,7 @@ public:
     void reload();
 
     /// The widget of a row, none while the row is far from the visible area.
-    QWidget* widgetOf(qsizetype row) const;
+    QWidget* widgetOf(qsizetype row) const { return m_rows.value(row).widget; }
     /// The row of a widget that is one or lies in one, none (-1) for others.
     qsizetype rowOf(const QWidget* widget) const;
     /// The row of a key, looked for at `guess` first; none (-1) for others.

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // A LazyColumn as assistive technology meets it.
+#include "Platform/Widgets/Controls/Accessible.h"
 #include "Platform/Widgets/Scrolling/LazyColumn.h"
 
 #include <QAccessibleWidget>
 #include <QHash>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -127,6 +130,14 @@ private:
 };
 
 } // namespace
+
+void LazyColumn::setBusy(bool isBusy) {
+    if (std::exchange(m_isBusy, isBusy) == isBusy)
+        return;
+    QAccessible::State changed;
+    changed.busy = true;
+    tellChanged(this, changed);
+}
 
 QAccessibleInterface* LazyColumn::makeAccessible(const QString& className, QObject* object) {
     if (auto* column = qobject_cast<LazyColumn*>(object))

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Scrolling/ScrollMotion.h"
 
+#include <QScroller>
+#include <QWidget>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -22,14 +25,19 @@ constexpr qreal maximumSpeed = 8;
 } // namespace
 
 ScrollMotion::ScrollMotion(const Motion& motion, std::function<void(qreal)> move,
-                           std::function<qreal()> toEnd, QObject* parent)
-    : QVariantAnimation(parent)
+                           std::function<qreal()> toEnd, QWidget* area)
+    : QVariantAnimation(area)
     , m_motion(motion)
+    , m_touch(QScroller::scroller(area))
     , m_move(std::move(move))
     , m_toEnd(std::move(toEnd)) {
     setStartValue(0.0);
     setEndValue(1.0);
     setEasingCurve(QEasingCurve::OutCubic);
+    connect(m_touch, &QScroller::stateChanged, this, [this](QScroller::State state) {
+        if (state == QScroller::Scrolling && !m_motion.isEnabled())
+            m_touch->stop();
+    });
 }
 
 void ScrollMotion::halt() {
@@ -37,6 +45,12 @@ void ScrollMotion::halt() {
     m_isToEnd = false;
     m_left = 0;
     m_speed = 0;
+}
+
+void ScrollMotion::haltAll() {
+    halt();
+    if (m_touch->state() == QScroller::Scrolling)
+        m_touch->stop();
 }
 
 void ScrollMotion::step(qreal distance) {

@@ -7,16 +7,20 @@
 
 #include <functional>
 
+class QScroller;
+class QWidget;
+
 namespace platform {
 
 /// What moves an area by itself, slowing down: a notch or a key, the way to its end, and the
-/// run-out after fingers have left a touchpad. One of them at a time. Where motion is disabled, all
-/// is done at once, and nothing runs out. Distances are pixels, times milliseconds.
+/// run-out after fingers have left a touchpad. One of them at a time; the run-out of a touch on the
+/// screen is QScroller's. Where motion is disabled, all is done at once, and nothing runs out.
+/// Distances are pixels, times milliseconds.
 class ScrollMotion final : public QVariantAnimation {
 public:
     /// `motion` outlives it; `move` is told by how much to move, `toEnd` asked how far the end is.
     ScrollMotion(const Motion& motion, std::function<void(qreal)> move,
-                 std::function<qreal()> toEnd, QObject* parent);
+                 std::function<qreal()> toEnd, QWidget* area);
 
     /// Goes on by so much; adds to what the last step has still to go.
     void step(qreal distance);
@@ -31,8 +35,10 @@ public:
     /// any.
     bool fingersLeft(quint64 time);
 
-    /// Ends any movement.
+    /// Ends any movement of its own.
     void halt();
+    /// Ends the run-out of a touch, too.
+    void haltAll();
 
 protected:
     void updateCurrentValue(const QVariant& progress) override;
@@ -41,6 +47,7 @@ private:
     void go(qreal distance, std::chrono::milliseconds length);
 
     const Motion& m_motion;
+    QScroller* const m_touch;
     const std::function<void(qreal)> m_move;
     const std::function<qreal()> m_toEnd;
     bool m_isToEnd = false;

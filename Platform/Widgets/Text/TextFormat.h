@@ -13,7 +13,7 @@
 
 namespace platform {
 
-/// How styled text is drawn: its fonts and colours. Equal fonts make equal lines.
+/// How styled text is drawn: its fonts, its colours and its margin. Equal fonts make equal lines.
 struct TextFormat {
     QFont font;
     QFont codeFont; ///< of code spans
@@ -24,6 +24,7 @@ struct TextFormat {
     QColor found;     ///< behind what was looked for
     QColor foundCurrent;
     QColor focusRing;
+    qreal margin = 0;                     ///< beside all lines, for the backgrounds of code
     const EmojiFont* emojiFont = nullptr; ///< none: emoji are drawn as the text is
 
     /// The theme's, for text on a background of the window or on the accent's fill.

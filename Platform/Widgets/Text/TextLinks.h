@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Platform/Text/AttributedString.h"
-#include "Platform/Widgets/Text/TextSpan.h"
 
 #include <QUrl>
 

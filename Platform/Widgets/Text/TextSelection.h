@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Widgets/Text/TextSpan.h"
+#include "Platform/Text/AttributedString.h"
 
 #include <QStringView>
 

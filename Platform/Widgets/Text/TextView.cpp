@@ -6,7 +6,6 @@
 
 #include <QAccessible>
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -21,7 +20,8 @@
 namespace platform {
 
 TextView::TextView(const Theme& theme, Background background, QWidget* parent)
-    : QWidget(parent) {
+    : QWidget(parent)
+    , m_dragScroll(this, [this](QPointF point) { extendSelection(m_flow.positionAt(point)); }) {
     QAccessible::installFactory(makeAccessible); // once, however often it is called
     setFocusPolicy(Qt::ClickFocus);
     setMouseTracking(true);
@@ -111,20 +111,12 @@ void TextView::setFound(const QString& text, std::optional<qsizetype> current) {
     update();
 }
 
-/// What has a colour of its own behind it. Looks for no more than what is drawn.
+/// What has a colour of its own behind it.
 QList<TextFlow::Mark> TextView::marksWithin(const QRect& clip) const {
     QList<TextFlow::Mark> marks;
-    if (!m_found.isEmpty()) {
-        const qsizetype first = m_flow.positionAt(clip.topLeft()) - m_found.size();
-        const qsizetype last = m_flow.positionAt(clip.bottomRight()) + m_found.size();
-        const QStringView text = QStringView(content().text).left(last);
-        qsizetype at = std::max<qsizetype>(0, first);
-        while ((at = text.indexOf(m_found, at, Qt::CaseInsensitive)) >= 0) {
-            const bool isCurrent = at == m_currentFound;
-            marks.append({{at, at + m_found.size()},
-                          isCurrent ? m_flow.format().foundCurrent : m_flow.format().found});
-            at += m_found.size();
-        }
+    for (const TextSpan& place : m_flow.placesOf(m_found, clip)) {
+        const bool isCurrent = place.start == m_currentFound;
+        marks.append({place, isCurrent ? m_flow.format().foundCurrent : m_flow.format().found});
     }
     marks.append({selection(), m_flow.format().selection});
     return marks;
@@ -223,26 +215,15 @@ void TextView::mouseMoveEvent(QMouseEvent* event) {
     if (!m_pressedLink.isEmpty() && (event->pos() - m_pressed).manhattanLength() < distance)
         return; // still a click
     m_pressedLink = {};
-    m_pointer = event->globalPosition().toPoint();
     extendSelection(m_flow.positionAt(event->position()));
-    if (!m_following.isActive())
-        m_following.start(16, this); // about a frame
-}
-
-/// A selection that is drawn beyond an end of the area around goes on while the area scrolls.
-void TextView::timerEvent(QTimerEvent*) {
-    auto* area = AbstractScrollArea::around(this);
-    if (area && area->scrollTowards(m_pointer))
-        extendSelection(m_flow.positionAt(mapFromGlobal(QPointF(m_pointer))));
-    else
-        m_following.stop();
+    m_dragScroll.follow(event->globalPosition().toPoint());
 }
 
 void TextView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
     m_isSelecting = false;
-    m_following.stop();
+    m_dragScroll.stop();
     const TextLink link = linkUnder(event->position());
     const bool isClick = !m_pressedLink.isEmpty() && link.span == m_pressedLink;
     m_pressedLink = {};
@@ -251,19 +232,6 @@ void TextView::mouseReleaseEvent(QMouseEvent* event) {
         clipboard->setText(selectedText(), QClipboard::Selection);
     if (isClick && !hasSelection() && m_openLink)
         m_openLink(link.address);
-}
-
-void TextView::contextMenuEvent(QContextMenuEvent* event) {
-    if (!m_openContextMenu) {
-        event->ignore();
-        return;
-    }
-    QPoint point = event->globalPos();
-    if (event->reason() == QContextMenuEvent::Keyboard) {
-        const QRect shown = visibleRegion().boundingRect();
-        point = mapToGlobal(shown.isEmpty() ? rect().center() : shown.center());
-    }
-    m_openContextMenu(point);
 }
 
 // Keyboard and the rest

@@ -4,11 +4,11 @@
 #include "Platform/Text/InlineMarkdown.h"
 #include "Platform/Text/TextSnapshot.h"
 #include "Platform/Widgets/Look/Theme.h"
+#include "Platform/Widgets/Scrolling/DragScroll.h"
 #include "Platform/Widgets/Text/TextFlow.h"
 #include "Platform/Widgets/Text/TextLinks.h"
 #include "Platform/Widgets/Text/TextSelection.h"
 
-#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QWidget>
 #include <QtMath>
@@ -25,9 +25,10 @@ namespace platform {
 ///
 /// Given longer and longer beginnings of one text, it lays out and repaints only what changed, and
 /// keeps the user's selection. Drag, double click (word), triple click (paragraph) and Shift-click
-/// select; Ctrl-A and Ctrl-C work while it has the focus; other keys are left to its parents. Links
-/// to the web and to mail addresses look and act as links; with the keyboard, Tab goes from link to
-/// link and Return opens one. It has no margins and paints no background.
+/// select; Ctrl-A and Ctrl-C work while it has the focus; other keys are left to its parents, and
+/// so is the context menu. Links to the web and to mail addresses look and act as links; with the
+/// keyboard, Tab goes from link to link and Return opens one. It has no margins and paints no
+/// background.
 class TextView : public QWidget {
     Q_OBJECT
 
@@ -76,10 +77,6 @@ public:
         return m_flow.characterRect(position).toAlignedRect();
     }
 
-    /// Called for a context menu, by the pointer or by its key, with a point on the screen. Without
-    /// it, none opens.
-    void onContextMenu(std::function<void(QPoint)> open) { m_openContextMenu = std::move(open); }
-
     /// Called when the user opens a link: an http, https or mailto address.
     void onLinkActivated(std::function<void(const QUrl&)> open) { m_openLink = std::move(open); }
 
@@ -91,11 +88,9 @@ protected:
     bool focusNextPrevChild(bool next) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void leaveEvent(QEvent*) override { setCursor(Qt::IBeamCursor); }
     void mouseMoveEvent(QMouseEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -127,8 +122,7 @@ private:
 
     TextSelection m_selection;
     bool m_isSelecting = false;
-    QBasicTimer m_following; // a selection into what scrolls into view
-    QPoint m_pointer;        // on the screen
+    DragScroll m_dragScroll;
     QElapsedTimer m_sinceDoubleClick;
     QPoint m_pressed;
     TextSpan m_pressedLink;
@@ -136,7 +130,6 @@ private:
     QString m_found;
     std::optional<qsizetype> m_currentFound;
 
-    std::function<void(QPoint)> m_openContextMenu;
     std::function<void(const QUrl&)> m_openLink;
 };
 

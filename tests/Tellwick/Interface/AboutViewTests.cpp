@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Tellwick/Core/AppConfig.h"
 #include "Tellwick/Interface/AboutView.h"
 #include "tests/Tellwick/Interface/TestWindow.h"

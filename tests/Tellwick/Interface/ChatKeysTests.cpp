@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the keys of the chat screen do wherever the focus is, and the field's menu.
+// What the keys of the chat screen do wherever the focus is, and the menus of the fields.
 #include "Platform/Widgets/Overlays/Menu.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
@@ -8,6 +8,8 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -30,10 +32,30 @@ class ChatKeysTests final : public QObject {
                                 : element->text(QAccessible::Name));
         return entries;
     }
-    void openMenu() {
-        QWidget* text = m->field()->viewport();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, text->mapToGlobal(QPoint()));
+    /// Opens the menu of the field that has the focus: with the right button, or by the key for it.
+    void openMenu(QContextMenuEvent::Reason reason = QContextMenuEvent::Mouse) {
+        QWidget* field = QApplication::focusWidget();
+        auto* lines = qobject_cast<QPlainTextEdit*>(field);
+        QWidget* text = lines && reason == QContextMenuEvent::Mouse ? lines->viewport() : field;
+        QContextMenuEvent event(reason, {5, 5}, text->mapToGlobal(QPoint(5, 5)));
         QCoreApplication::sendEvent(text, &event);
+    }
+    /// What the field that has the focus shows.
+    QString text() {
+        auto* line = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        return line ? line->text() : m->field()->text();
+    }
+    void addFields() {
+        QTest::addColumn<bool>("isFind");
+        QTest::newRow("Message") << false;
+        QTest::newRow("Find") << true;
+    }
+    /// Puts the keyboard into the field of the row.
+    void enterField() {
+        QFETCH(const bool, isFind);
+        if (isFind)
+            screen().key(Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(isFind == !m->field()->hasFocus());
     }
 
 private Q_SLOTS:
@@ -72,7 +94,9 @@ private Q_SLOTS:
         QCOMPARE(m->field()->text(), u"apasted\u4e2d"_s);
     }
 
-    void theFieldsMenuGreysWhatCannotBeUsed() {
+    void aFieldsMenuGreysWhatCannotBeUsed_data() { addFields(); }
+    void aFieldsMenuGreysWhatCannotBeUsed() {
+        enterField();
         QGuiApplication::clipboard()->clear();
         openMenu();
         QCOMPARE(menu(), (QStringList{u"(Undo)"_s, u"(Redo)"_s, u"(Cut)"_s, u"(Copy)"_s,
@@ -86,20 +110,56 @@ private Q_SLOTS:
         screen().key(Qt::Key_Down); // to Undo; the next that can be used is Paste
         screen().key(Qt::Key_Down);
         screen().key(Qt::Key_Return);
-        QCOMPARE(m->field()->text(), u"wordx"_s);
+        QCOMPARE(text(), u"wordx"_s);
         openMenu();
         QVERIFY(screen().click(u"Select All"_s));
         QTRY_VERIFY(!m->overlays()->isPresenting());
         openMenu();
         QVERIFY(screen().click(u"Cut"_s));
-        QCOMPARE(m->field()->text(), QString());
+        QCOMPARE(text(), QString());
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"wordx"_s);
         QTRY_VERIFY(!m->overlays()->isPresenting());
         openMenu();
         QVERIFY(screen().click(u"Undo"_s));
-        QCOMPARE(m->field()->text(), u"wordx"_s);
+        QCOMPARE(text(), u"wordx"_s);
         QTRY_VERIFY(!m->overlays()->isPresenting());
         openMenu();
         QVERIFY(menu().contains(u"Redo"_s));
+    }
+
+    void keysOpenAFieldsMenuAndLeaveItAsItWas_data() { addFields(); }
+    void keysOpenAFieldsMenuAndLeaveItAsItWas() {
+        enterField();
+        screen().type("three words here");
+        for (int i = 0; i < 4; ++i)
+            screen().key(Qt::Key_Left, Qt::ShiftModifier);
+        const QStringList all{u"Undo"_s, u"(Redo)"_s, u"Cut"_s,
+                              u"Copy"_s, u"Paste"_s,  u"Select All"_s};
+        QGuiApplication::clipboard()->setText(u"other"_s);
+        screen().key(Qt::Key_F10, Qt::ShiftModifier);
+        QCOMPARE(menu(), all);
+        screen().key(Qt::Key_Escape);
+        openMenu(QContextMenuEvent::Keyboard);
+        QCOMPARE(menu(), all);
+        screen().key(Qt::Key_Down);
+        screen().key(Qt::Key_Down);
+        screen().key(Qt::Key_Return); // behind Undo and Cut: Copy
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"here"_s);
+        screen().type("s");
+        QCOMPARE(text(), u"three words s"_s);
+        // And nothing is selected that was not.
+        openMenu(QContextMenuEvent::Keyboard);
+        screen().key(Qt::Key_Escape);
+        screen().type("o");
+        QCOMPARE(text(), u"three words so"_s);
+    }
+
+    void whatIsPastedIntoTheSearchIsLookedFor() {
+        screen().key(Qt::Key_F, Qt::ControlModifier);
+        QGuiApplication::clipboard()->setText(u"TWO"_s);
+        openMenu();
+        QVERIFY(screen().click(u"Paste"_s));
+        QTRY_VERIFY((m->flush(), screen().shows(u"1 of 1"_s)));
     }
 
     void shiftF10OpensTheMenuOfWhatHasTheFocus() {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What opens over the chat screen: the alert, the menu, the models' popover and the About sheet.
-#include "Platform/Widgets/Controls/Divider.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Overlays/Menu.h"
 #include "Platform/Widgets/Overlays/PullDownButton.h"
 #include "Tellwick/Interface/AboutView.h"

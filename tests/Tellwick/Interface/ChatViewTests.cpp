@@ -3,9 +3,9 @@
 // in ChatInputTests, how the screen follows a conversation in ChatListTests, what opens over it in
 // ChatOverlayTests.
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Divider.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "tests/Tellwick/Interface/ChatWindow.h"
 #include "tests/support/PaintRecorder.h"

@@ -4,7 +4,7 @@
 #include "Tellwick/Interface/ConversationFind.h"
 #include "Tellwick/Interface/FindBar.h"
 #include "tests/Tellwick/Conversations/Conversation.h"
-#include "tests/support/ScreenReader.h"
+#include "tests/Tellwick/Interface/TestWindow.h"
 #include "tests/support/TestMain.h"
 
 #include <QVBoxLayout>
@@ -12,40 +12,35 @@
 using namespace Qt::StringLiterals;
 using tellwick::ConversationFind;
 using tellwick::FindBar;
-using tests::ScreenReader;
 
 /// The bar in which a text of the conversation is looked for.
 class FindBarTests : public QObject {
     Q_OBJECT
 
-    struct Fixture {
+    struct Fixture : tests::TestWindow {
         Fixture() {
             conversation.store({u"user"_s, u"assistant"_s}, {u"one fish"_s, u"two fish"_s});
             find.emplace(conversation.start());
-            bar = new FindBar(theme, *find);
+            bar = new FindBar(environment, *find);
             bar->onAskedForPlace([this] { return place; });
             bar->onClosed([this] { ++closed; });
-            auto* column = new QVBoxLayout(&window);
+            auto* column = new QVBoxLayout(window.get());
             column->addWidget(bar);
             column->addStretch();
-            window.show();
+            window->show();
             bar->begin();
         }
 
         bool shows(const QString& summary) {
             return QTest::qWaitFor(
                 [&] {
-                    platform::flushObservers(&window);
+                    platform::flushObservers(window.get());
                     return screen().shows(summary);
                 },
                 5000);
         }
-        ScreenReader screen() { return ScreenReader(&window); }
-
-        platform::Theme theme;
         tests::Conversation conversation;
         std::optional<ConversationFind> find;
-        QWidget window;
         FindBar* bar = nullptr;
         qsizetype place = 0;
         int closed = 0;
@@ -56,7 +51,7 @@ class FindBarTests : public QObject {
 private Q_SLOTS:
     void init() {
         m.emplace();
-        QVERIFY(QTest::qWaitForWindowActive(&m->window));
+        QVERIFY(QTest::qWaitForWindowActive(m->window.get()));
     }
     void cleanup() { m.reset(); }
 

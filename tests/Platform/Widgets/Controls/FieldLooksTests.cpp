@@ -40,22 +40,53 @@ private Q_SLOTS:
         QCOMPARE(line.palette().color(QPalette::Text), theme.color(ColorRole::Label));
     }
 
-    void aLineHasNoMenuOfTheToolkits() {
+    void aFieldHasNoMenuOfTheToolkits() {
         QWidget window;
+        GrowingTextField field(m_theme);
+        field.setParent(&window);
         LineField line(m_theme, u"Find"_s, &window);
         window.show();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, line.mapToGlobal(QPoint(5, 5)));
-        QCoreApplication::sendEvent(&line, &event);
-        QVERIFY(!QApplication::activePopupWidget());
+        for (QWidget* each : std::initializer_list<QWidget*>{field.viewport(), &field, &line}) {
+            const auto reason =
+                each == &field ? QContextMenuEvent::Keyboard : QContextMenuEvent::Mouse;
+            QContextMenuEvent event(reason, {5, 5}, each->mapToGlobal(QPoint(5, 5)));
+            QCoreApplication::sendEvent(each, &event);
+            QVERIFY(!QApplication::activePopupWidget());
+        }
+    }
+
+    void onlyAClickElsewhereDropsTheSelectionOfALine() {
+        QWidget window;
+        LineField line(m_theme, u"Find"_s, &window);
+        line.setText(u"some words"_s);
+        const auto selectedAfter = [&](QEvent::Type type, Qt::FocusReason reason) {
+            line.setSelection(5, 5);
+            QFocusEvent event(type, reason);
+            QCoreApplication::sendEvent(&line, &event);
+            return line.selectedText();
+        };
+        for (const auto kept : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::OtherFocusReason,
+                                Qt::PopupFocusReason, Qt::ActiveWindowFocusReason}) {
+            QCOMPARE(selectedAfter(QEvent::FocusOut, kept), u"words"_s);
+            QCOMPARE(selectedAfter(QEvent::FocusIn, kept), u"words"_s);
+        }
+        QCOMPARE(selectedAfter(QEvent::FocusOut, Qt::MouseFocusReason), QString());
+        // Nor does a key select what was not.
+        QFocusEvent in(QEvent::FocusIn, Qt::TabFocusReason);
+        QCoreApplication::sendEvent(&line, &in);
+        QVERIFY(!line.hasSelectedText());
     }
 
     void theBorderOfAFieldIsSeenWhereMoreContrastIsWanted() {
         Theme theme;
         GrowingTextField field(theme);
+        LineField line(theme, u"Find"_s);
         theme.setIncreasedContrast(true);
-        flushObservers(&field);
-        const tests::PaintRecorder painted(field);
-        QVERIFY(painted.hasColor(theme.color(ColorRole::FieldBorder), field.rect()));
+        for (QWidget* each : std::initializer_list<QWidget*>{&field, &line}) {
+            flushObservers(each);
+            const tests::PaintRecorder painted(*each);
+            QVERIFY(painted.hasColor(theme.color(ColorRole::FieldBorder), each->rect()));
+        }
     }
 
     void emojiOfAFieldTakeTheFontForEmoji() {

@@ -5,7 +5,6 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QMimeData>
@@ -341,15 +340,6 @@ private Q_SLOTS:
         f.field.setText(u"left"_s);
         f.field.moveCursor(QTextCursor::Start);
         QTRY_VERIFY(f.field.cursorRect().left() < 5);
-    }
-
-    void theContextMenuIsTheOwnersIfItWants() {
-        Fixture f;
-        QPoint opened;
-        f.field.onContextMenu([&](QPoint point) { opened = point; });
-        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, {77, 88});
-        QCoreApplication::sendEvent(f.field.viewport(), &event);
-        QCOMPARE(opened, QPoint(77, 88));
     }
 
     void assistiveTechnologyFindsAnEditableTextByItsName() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Widgets/Look/SvgPath.h"
+#include "Platform/Widgets/Look/Icons.h"
 #include "tests/support/TestMain.h"
 
 #include <cmath>

@@ -68,6 +68,45 @@ private Q_SLOTS:
         QCOMPARE(once.pixelColor(beside), once.pixelColor(100, beside.y()));
     }
 
+    void codeHasRoomAtItsSidesInTheMargin() {
+        constexpr qreal margin = 6;
+        TextFormat format = textFormat();
+        format.margin = margin;
+        Filled flow(InlineMarkdown::parse(u"text\n```\na\n```\n`b`"), 200);
+        flow.setFormat(format);
+        const QImage picture = flow.picture();
+        const qreal line = flow.lineHeight();
+        // A block's lines are as wide as the frame, a span has a little less.
+        for (const qreal x : {1.0, margin - 1, 198.0})
+            QVERIFY2(isCodeAt(picture, {x, line * 2.5}), qPrintable(QString::number(x)));
+        QVERIFY(isCodeAt(picture, {margin - 2, line * 4.5}));
+        QVERIFY(!isCodeAt(picture, {margin - 4, line * 4.5}));
+        // And the letters of all lines begin at the margin.
+        for (const qsizetype lineStart : {0, 5, 9, 11, 15})
+            QCOMPARE(flow.characterRect(lineStart).left(), margin);
+    }
+
+    void aMarginChangesNoLine() {
+        constexpr qreal margin = 6;
+        TextFormat format = textFormat();
+        format.margin = margin;
+        for (int width = 40; width < 400; width += 37) {
+            Filled plainly(plain(variedText()), width);
+            Filled flow(plain(variedText()), width + 2 * margin);
+            flow.setFormat(format);
+            QCOMPARE(flow.height(), plainly.height());
+            QCOMPARE(flow.usedWidth(), plainly.usedWidth() + 2 * margin);
+            for (qsizetype i = 0; i <= variedText().size(); ++i) {
+                const QRectF rect = plainly.characterRect(i);
+                QCOMPARE(flow.characterRect(i), rect.translated(margin, 0));
+                QCOMPARE(flow.positionAt(rect.center() + QPointF(margin, 0)),
+                         plainly.positionAt(rect.center()));
+            }
+            flow.resize(flow.usedWidth());
+            QCOMPARE(flow.height(), plainly.height());
+        }
+    }
+
     void emojiOfATextTakeTheFontForEmoji() {
         const Theme theme;
         const QString text = u"a \U0001f600 b"_s;
