@@ -3,10 +3,10 @@
 
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Controls/Button.h"
-#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Controls/HeaderBar.h"
 #include "Platform/Widgets/Controls/InsetSection.h"
 #include "Platform/Widgets/Controls/Label.h"
+#include "Platform/Widgets/Controls/Surface.h"
 #include "Platform/Widgets/Scrolling/ScrollArea.h"
 #include "Setup/ModelSection.h"
 #include "Setup/SetupTexts.h"

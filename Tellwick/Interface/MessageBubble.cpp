@@ -39,6 +39,10 @@ bool isMarkdown(const ChatMessage& message) {
            looksLikeMarkdown(message.content.view());
 }
 
+/// Between the text's view and the edge of the bubble: the view's own margin is a part of the
+/// padding.
+constexpr int besideText = Theme::bubblePaddingX - platform::TextFormat::themeMargin;
+
 } // namespace
 
 MessageBubble::MessageBubble(const Environment& environment, ChatMessage message, QWidget* parent)
@@ -119,7 +123,7 @@ QString MessageBubble::spokenText(const ChatMessage& message) {
 }
 
 QSize MessageBubble::textSize(int width) const {
-    const int beside = Theme::bubbleFreeSide + Theme::defaultSpacing + 2 * Theme::bubblePaddingX;
+    const int beside = Theme::bubbleFreeSide + Theme::defaultSpacing + 2 * besideText;
     return m_text->sizeWithin(std::max(1, width - beside));
 }
 
@@ -138,11 +142,11 @@ void MessageBubble::resizeEvent(QResizeEvent*) {
 void MessageBubble::layOut() {
     const QSize size = textSize(width());
     const QRect before = m_bubble;
-    m_bubble = QRect(QPoint(), size + QSize(2 * Theme::bubblePaddingX, 2 * Theme::bubblePaddingY));
+    m_bubble = QRect(QPoint(), size + QSize(2 * besideText, 2 * Theme::bubblePaddingY));
     if (isFromUser() != isRightToLeft())
         m_bubble.moveRight(width() - 1);
-    m_text->setGeometry(m_bubble.adjusted(Theme::bubblePaddingX, Theme::bubblePaddingY,
-                                          -Theme::bubblePaddingX, -Theme::bubblePaddingY));
+    m_text->setGeometry(
+        m_bubble.adjusted(besideText, Theme::bubblePaddingY, -besideText, -Theme::bubblePaddingY));
     if (m_bubble != before)
         update(before | m_bubble);
 }

@@ -36,6 +36,7 @@ TextFormat TextFormat::of(const Theme& theme, bool isOnAccent) {
             .found = color(ColorRole::Found, ColorRole::FoundOnAccent),
             .foundCurrent = color(ColorRole::FoundCurrent, ColorRole::FoundCurrentOnAccent),
             .focusRing = color(ColorRole::FocusRing),
+            .margin = themeMargin,
             .emojiFont = &theme.emojiFont()};
 }
 

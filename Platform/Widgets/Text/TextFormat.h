@@ -27,6 +27,8 @@ struct TextFormat {
     qreal margin = 0;                     ///< beside all lines, for the backgrounds of code
     const EmojiFont* emojiFont = nullptr; ///< none: emoji are drawn as the text is
 
+    /// The margin of the theme's: a part of what its owner leaves free around the text.
+    static constexpr int themeMargin = 6;
     /// The theme's, for text on a background of the window or on the accent's fill.
     static TextFormat of(const Theme& theme, bool isOnAccent);
 

@@ -27,8 +27,8 @@ namespace platform {
 /// keeps the user's selection. Drag, double click (word), triple click (paragraph) and Shift-click
 /// select; Ctrl-A and Ctrl-C work while it has the focus; other keys are left to its parents, and
 /// so is the context menu. Links to the web and to mail addresses look and act as links; with the
-/// keyboard, Tab goes from link to link and Return opens one. It has no margins and paints no
-/// background.
+/// keyboard, Tab goes from link to link and Return opens one. Its only margins are those of
+/// TextFormat; it paints no background but that of code.
 class TextView : public QWidget {
     Q_OBJECT
 

@@ -82,6 +82,30 @@ private Q_SLOTS:
         }
     }
 
+    void noSearchBeginsUnderWhatLiesOnTop_data() {
+        QTest::addColumn<QString>("entry");
+        QTest::newRow("menu") << QString();
+        QTest::newRow("popover") << u"Models"_s;
+        QTest::newRow("sheet") << u"About"_s;
+    }
+    void noSearchBeginsUnderWhatLiesOnTop() {
+        QFETCH(const QString, entry);
+        if (entry.isEmpty())
+            QVERIFY(screen().press(u"More"_s, QAccessible::ButtonMenu));
+        else
+            choose(entry);
+        const auto* focused = QApplication::focusWidget();
+        QVERIFY(m->overlays()->isAncestorOf(focused));
+        screen().key(Qt::Key_F, Qt::ControlModifier);
+        m->flush();
+        QVERIFY(!screen().shows(u"Find"_s));
+        QCOMPARE(QApplication::focusWidget(), focused);
+        QVERIFY(m->overlays()->isPresenting());
+        screen().key(Qt::Key_Escape);
+        screen().key(Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(screen().find(u"Find"_s)->state().focused);
+    }
+
     void aClearedErrorClosesTheAlert() {
         m->vm().availabilityError = u"No model selected."_s;
         QVERIFY(shown(Panel::Kind::Alert));

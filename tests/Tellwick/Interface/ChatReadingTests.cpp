@@ -11,6 +11,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QVariantAnimation>
 #include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
@@ -145,6 +146,44 @@ private Q_SLOTS:
         QVERIFY(m->field()->hasFocus());
         turnWheel(120);
         m->flush();
+        QVERIFY(jump());
+    }
+
+    /// Nor is the end jumped to by what is written meanwhile. No time passes here.
+    void thereIsNoButtonWhileTheViewGlidesToTheEnd() {
+        openWith(40);
+        m->desktop.theme.motion().setEnabled(true);
+        auto* motion = column().findChild<QVariantAnimation*>({}, Qt::FindDirectChildrenOnly);
+        QVERIFY(motion);
+        auto messages = m->vm().messages.value();
+        const auto grow = [&](int lines) {
+            messages.last().content = platform::TextSnapshot(u"A line.\n"_s.repeated(lines));
+            m->vm().messages = messages;
+            m->flush();
+        };
+        m->flush();
+        QVERIFY(jump());
+        messages.append(tellwick::ChatMessage(tellwick::ChatMessage::Role::assistant, {}));
+        grow(1);
+        for (const int time : {0, 40, 80, 120, 160}) {
+            motion->setCurrentTime(time);
+            grow(time);
+            QVERIFY(column().isScrollingToEnd());
+            QVERIFY(column().offset() < column().maximum());
+            QVERIFY2(!jump(), qPrintable(QString::number(time)));
+        }
+        motion->setCurrentTime(motion->duration());
+        m->flush();
+        QVERIFY(column().isAtEnd());
+        QVERIFY(!jump());
+        // A reader who turns the wheel on the way has left it.
+        messages.append(tellwick::ChatMessage(tellwick::ChatMessage::Role::assistant, {}));
+        grow(100);
+        QVERIFY(column().isScrollingToEnd());
+        QVERIFY(!jump());
+        turnWheel(120);
+        m->flush();
+        QVERIFY(!column().isScrollingToEnd());
         QVERIFY(jump());
     }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Observation/Observer.h"
 #include "Platform/Widgets/Look/Contrast.h"
+#include "Platform/Widgets/Look/Painting.h"
+#include "Platform/Widgets/Overlays/Panel.h"
 #include "Platform/Widgets/Text/TextView.h"
 #include "Tellwick/Interface/MessageBubble.h"
 #include "tests/Tellwick/Interface/TestWindow.h"
@@ -8,7 +10,11 @@
 #include "tests/support/TestMain.h"
 
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QMimeData>
+
+#include <algorithm>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 using platform::AttributedString;
@@ -170,7 +176,11 @@ private Q_SLOTS:
     void aShortTextsBubbleHugsIt() {
         const Fixture f(Role::assistant, u"Hi");
         const QRect bubble = f.bubble->bubbleRect();
-        QCOMPARE(f.text()->geometry(), bubble.adjusted(12, 8, -12, -8));
+        const QRectF first = f.text()->flow().characterRect(0).translated(f.text()->pos());
+        const QRectF last = f.text()->flow().characterRect(1).translated(f.text()->pos());
+        QCOMPARE(first.left(), bubble.left() + 12.0);
+        QCOMPARE(first.top(), bubble.top() + 8.0);
+        QVERIFY(std::abs(last.right() + 12 - bubble.right()) <= 2);
         QVERIFY(bubble.width() < 100);
         QCOMPARE(bubble.height(), f.bubble->height());
     }
@@ -194,6 +204,34 @@ private Q_SLOTS:
         const int one = Fixture(Role::user, u"a").text()->height();
         QCOMPARE(Fixture(Role::user, u"a\nb\nc").text()->height(), 3 * one);
         QCOMPARE(Fixture(Role::assistant, u"a\n\n**c**").text()->height(), 3 * one);
+    }
+
+    /// Its letters stand under those of other paragraphs, whatever of it has come.
+    void aBlockOfCodeHasRoomAtItsSides() {
+        Fixture f(Role::assistant, u"before, and longer than that\n```\ncode");
+        const auto letter = [&](QChar character) {
+            const qsizetype at = f.text()->content().text.indexOf(character);
+            return f.text()->flow().characterRect(at).translated(f.text()->pos());
+        };
+        const QRectF before = letter(u'b');
+        const QRectF code = letter(u'c');
+        QCOMPARE(before.left(), f.bubble->bubbleRect().left() + 12.0);
+        f.say(u"before, and longer than that\n```\ncode\n```\nend");
+        QCOMPARE(letter(u'b'), before);
+        QCOMPARE(letter(u'c'), code);
+        QCOMPARE(code.left(), before.left());
+        const tests::PaintRecorder painted(*f.bubble);
+        const QColor color = f.desktop.theme.color(ColorRole::Field);
+        const auto isBehind = [&](const tests::PaintRecorder::Painted& shape) {
+            return shape.color == color && shape.rect.contains(code.center());
+        };
+        const auto shape = std::ranges::find_if(painted.all(), isBehind);
+        QVERIFY(shape != painted.all().end());
+        const QRectF bubble = f.bubble->bubbleRect();
+        QVERIFY(shape->rect.left() <= code.left() - 2.5);
+        QVERIFY(shape->rect.left() > bubble.left() + 2.5);
+        QVERIFY(std::abs(shape->rect.left() - bubble.left() -
+                         (bubble.right() - shape->rect.right())) <= 1);
     }
 
     void anEmptyReplyIsABlankBubbleOfOneLineWithoutAMenu() {
@@ -222,6 +260,14 @@ private Q_SLOTS:
             f.screen().key(Qt::Key_Escape);
             QVERIFY(!f.overlays->isPresenting());
         }
+        // By the key for it, in the middle.
+        QContextMenuEvent key(QContextMenuEvent::Keyboard, {0, 0}, {0, 0});
+        QCoreApplication::sendEvent(f.text(), &key);
+        QVERIFY(f.overlays->isPresenting());
+        constexpr int around = platform::Shadow::extent;
+        const QRect menu = f.overlays->top()->geometry().adjusted(around, around, -around, -around);
+        QVERIFY(menu.contains(bubble.translated(f.bubble->pos()).center()));
+        f.screen().key(Qt::Key_Escape);
         // The free side of the row is none of the bubble's.
         f.screen().clickAt(
             {role == Role::user ? bubble.left() / 2 : bubble.right() + 100, bubble.center().y()},
