@@ -108,7 +108,7 @@ QString origin(const ModelOffer& offer, const QString& folder, qint64 room, cons
 }
 
 QString keptIn(const QString& folder, const QString& home) {
-    return u"In %1."_s.arg(shortPath(folder, home));
+    return u"Kept in %1."_s.arg(shortPath(folder, home));
 }
 
 QString tooLittleRoom(qint64 missing, qint64 room) {
@@ -120,6 +120,10 @@ QString shortPath(const QString& path, const QString& home) {
     if (!home.isEmpty() && (path == home || path.startsWith(home + u'/')))
         return u'~' + path.mid(home.size());
     return path;
+}
+
+QString withShortPaths(QString sentence, const QString& home) {
+    return home.size() < 2 ? sentence : sentence.replace(u' ' + home + u'/', u" ~/"_s);
 }
 
 } // namespace setup::texts

@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 // clang-format off
 inline QString windowTitle()     { return u"Tellwick Set-up"_s; }
 inline QString heading()         { return u"Set up Tellwick"_s; }
-inline QString introduction()    { return u"Tellwick answers on this computer, with a model that is fetched once. "
-                                           "After that it needs no network."_s; }
+inline QString introduction()    { return u"Its model is fetched once and answers on this computer.\n"
+                                           "After that, no network is needed."_s; }
 inline QString headingReady()    { return u"Tellwick is ready"_s; }
 inline QString readyToOpen()     { return u"It answers on this computer and needs no network."_s; }
 inline QString model()           { return u"Model"_s; }
@@ -64,5 +64,7 @@ QString keptIn(const QString& folder, const QString& home);
 QString tooLittleRoom(qint64 missing, qint64 room);
 /// A path as users know it: with "~" for their home.
 QString shortPath(const QString& path, const QString& home);
+/// The same for the paths in a sentence.
+QString withShortPaths(QString sentence, const QString& home);
 
 } // namespace setup::texts

@@ -12,6 +12,7 @@
 #include "Setup/SetupTexts.h"
 #include "Setup/StatusRow.h"
 
+#include <QDir>
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
@@ -133,7 +134,9 @@ void SetupView::showEngine(QWidget* section) {
     section->setVisible(m_engineWasMissing);
     switch (phase) {
     case EnginePhase::Missing:
-        m_engine->show({.text = m_state.engineOffer.value(), .button = texts::install()});
+        m_engine->show(
+            {.text = texts::withShortPaths(m_state.engineOffer.value(), QDir::homePath()),
+             .button = texts::install()});
         break;
     case EnginePhase::Installing:
         m_engine->show({.text = texts::installing(), .hasBar = true, .fraction = std::nullopt});

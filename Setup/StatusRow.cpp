@@ -73,6 +73,8 @@ void StatusRow::show(const Status& status) {
     if (!status.button.isEmpty())
         m_button->setName(status.button);
     m_button->setAccessibleDescription(m_name);
+    // With the button and without, nothing below it moves.
+    setMinimumHeight(m_button->sizeHint().height() + 2 * paddingY);
 }
 
 /// A text with an accessible name of its own tells nobody when it changes.

@@ -115,6 +115,13 @@ private Q_SLOTS:
         QFETCH(QString, path);
         QTEST(texts::shortPath(path, u"/home/ada"_s), "text");
     }
+
+    void soArePathsInASentence() {
+        QCOMPARE(
+            texts::withShortPaths(u"From /home/adam/x into /home/ada/a b/c."_s, u"/home/ada"_s),
+            u"From /home/adam/x into ~/a b/c."_s);
+        QCOMPARE(texts::withShortPaths(u"Into /root/x."_s, u"/"_s), u"Into /root/x."_s);
+    }
 };
 
 TELLWICK_TEST(SetupTextsTests, Nothing)
