@@ -16,6 +16,8 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace setup {
 
 using namespace Qt::StringLiterals;
@@ -75,9 +77,10 @@ SetupView::~SetupView() {
 }
 
 QSize SetupView::sizeHint() const {
-    return {defaultWidth, (m_header->isHidden() ? 0 : m_header->sizeHint().height()) +
-                              m_scroll->heightForWidth(defaultWidth) + 1 +
-                              m_bottom->sizeHint().height()};
+    constexpr qreal column = 440; // points: larger text wants a wider one
+    const int width = std::max(defaultWidth, qRound(m_theme.scaled(column)));
+    return {width, (m_header->isHidden() ? 0 : m_header->sizeHint().height()) +
+                       m_scroll->heightForWidth(width) + 1 + m_bottom->sizeHint().height()};
 }
 
 // What stands in the window

@@ -230,10 +230,18 @@ private Q_SLOTS:
         QVERIFY(m->view->sizeHint().height() > before);
     }
 
+    void everythingIsInViewAndNothingOverlaps_data() {
+        QTest::addColumn<double>("zoom");
+        QTest::newRow("usual text") << 1.0;
+        QTest::newRow("large text") << 2.0;
+    }
     void everythingIsInViewAndNothingOverlaps() {
+        QFETCH(double, zoom);
+        m->theme.setZoom(zoom);
         m->state.engine = EnginePhase::Missing;
         m->state.engineOffer = u"15 MB from the system's own packages."_s;
         QVERIFY(m->show());
+        QVERIFY(m->view->width() >= 480 * zoom * 0.8);
         for (const auto* label : m->view->findChildren<QLabel*>()) {
             if (!label->isVisible())
                 continue;

@@ -66,6 +66,12 @@ public:
     }
     /// Ends the program and waits for it; whether it ended by itself and without a fault.
     bool endProgram() { return end(m_program); }
+    /// Waits until the program has ended by itself; false if it does not, or with a fault.
+    bool programEnds() {
+        if (m_program.state() != QProcess::NotRunning && !m_program.waitForFinished(patience))
+            return false;
+        return m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0;
+    }
 
     /// Presses and releases a key of the keyboard, by the number that X knows it by.
     void press(unsigned keySymbol) {
