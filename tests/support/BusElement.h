@@ -62,7 +62,14 @@ public:
 
     QString name() const { return property("Name").toString(); }
     QString description() const { return property("Description").toString(); }
-    Role role() const { return static_cast<Role>(call("Accessible", "GetRole").toUInt()); }
+    /// A button is one whatever it is for, which later releases of the toolkit tell apart.
+    Role role() const {
+        constexpr uint toggleButton = 62;
+        constexpr uint menuButton = 129;
+        const uint role = call("Accessible", "GetRole").toUInt();
+        return role == toggleButton || role == menuButton ? Role::PushButton
+                                                          : static_cast<Role>(role);
+    }
     bool is(State state) const { return stateBits() >> static_cast<int>(state) & 1; }
     BusElement parent() const {
         const QVariant value = property("Parent");
