@@ -2,11 +2,11 @@
 #include "Setup/ModelDownload.h"
 
 #include "Platform/Desktop/PathTexts.h"
-#include "Setup/Amounts.h"
 #include "Setup/Checksum.h"
 #include "Setup/PartFile.h"
 #include "Setup/ServerAnswer.h"
 #include "Setup/SetupError.h"
+#include "Setup/SetupTexts.h"
 #include "Setup/TrustedAddress.h"
 #include "Setup/Until.h"
 
@@ -64,7 +64,7 @@ platform::Task<void> ModelDownload::fetch(ModelOffer offer, Report report) {
     if (m_folder.room() < offer.size - part.size())
         throw SetupError(
             u"There is no room for the on-device model: %1 has %2 left. Make room and "
-            "try again."_s.arg(platform::toText(m_folder.path()), sizeText(m_folder.room())));
+            "try again."_s.arg(platform::toText(m_folder.path()), texts::size(m_folder.room())));
 
     // A transfer that was cut off is gone on with at once, as long as each brings something.
     while (part.size() < offer.size) {

@@ -13,6 +13,7 @@
 #include "Setup/SetupTexts.h"
 
 #include <QApplication>
+#include <QProcess>
 #include <QScreen>
 
 #include <cstdio>
@@ -51,17 +52,23 @@ int SetupApp::main(int argc, char** argv) {
     QCoreApplication::setApplicationName(texts::windowTitle());
     QCoreApplication::setApplicationVersion(QStringLiteral(TELLWICK_VERSION));
     QGuiApplication::setDesktopFileName(u"tellwick-setup"_s);
+    QStringList arguments; // behind --open; taken before the toolkit takes some of them for its own
+    for (int i = 2; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const bool isOnTheWayToTellwick = argc > 1;
     QApplication application(argc, argv);
+    const auto surroundings = SetupSurroundings::ofThisProgram();
     try {
         platform::MainExecutor executor;
-        SetupController controller(executor, SetupSurroundings::ofThisProgram(),
-                                   QCoreApplication::arguments().mid(2)); // behind --open
+        SetupController controller(executor, surroundings, arguments);
         SetupApp setup(application, controller.state(), controller.actions());
         instance.onActivated([&setup](const QByteArray& given) { setup.openWindow(given); });
         setup.openWindow({});
         return QApplication::exec();
     } catch (const SetupError& error) {
         std::fprintf(stderr, "%s: %s\n", windowName, qUtf8Printable(error.errorDescription()));
+        if (isOnTheWayToTellwick) // which does without
+            QProcess::startDetached(platform::toText(surroundings.programs.tellwick), arguments);
         return 1;
     }
 }

@@ -3,10 +3,10 @@
 
 #include "Platform/Desktop/PathTexts.h"
 #include "Platform/Desktop/TerminationSignals.h"
-#include "Setup/Amounts.h"
 #include "Setup/ModelList.h"
 #include "Setup/SetupController.h"
 #include "Setup/SetupError.h"
+#include "Setup/SetupTexts.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -63,7 +63,7 @@ public:
             return;
         m_sinceShown.start();
         m_rate.add(received);
-        write("\r\x1b[K" + progressText(received, m_size, m_rate.perSecond()).toUtf8());
+        write("\r\x1b[K" + texts::progress(received, m_size, m_rate.perSecond()).toUtf8());
     }
     void clear() const {
         if (m_sinceShown.isValid())
@@ -127,10 +127,10 @@ private:
             co_return;
         const ModelOffer offer = chosenOffer();
         say(u"Fetching the on-device model: %1, licence %2, %3."_s.arg(offer.name, offer.licence,
-                                                                       sizeText(offer.size)));
+                                                                       texts::size(offer.size)));
         say(u"From %1 into %2"_s.arg(offer.address.toString(), toText(m_folder.modelPath())));
         if (const qint64 there = m_folder.sizeOfPart(offer); there > 0)
-            say(u"%1 of it are there already."_s.arg(sizeText(there)));
+            say(u"%1 of it are there already."_s.arg(texts::size(there)));
         say(u"Ctrl-C stops this; Tellwick Set-up goes on with it at any time."_s);
         ProgressLine line(offer.size);
         co_await m_download.fetch(offer, [&line](ModelPhase phase, qint64 received) {

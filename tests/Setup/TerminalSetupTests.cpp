@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Setup/SetupTexts.h"
 #include "tests/Setup/SetupFixture.h"
 #include "tests/support/TestMain.h"
 
@@ -40,7 +41,8 @@ private Q_SLOTS:
         // Nothing of the file has come, and all has been said.
         process.waitForReadyRead(0);
         const QString said = QString::fromUtf8(process.readAll());
-        QVERIFY2(said.contains(u"Fetching the on-device model: Small, licence MIT, 0 MB."),
+        const QString size = setup::texts::size(m_fixture->weights.size());
+        QVERIFY2(said.contains(u"Fetching the on-device model: Small, licence MIT, "_s + size),
                  qPrintable(said));
         QVERIFY(said.contains(m_fixture->models + u"/on-device.gguf"_s));
         m_fixture->server.release(0);
@@ -160,7 +162,7 @@ private Q_SLOTS:
         m_fixture->server.enqueue(m_fixture->part(100'000));
         const Outcome second = run();
         QVERIFY2(second.status == 0, qPrintable(second.said));
-        QVERIFY(second.said.contains(u"0 MB of it are there already."));
+        QVERIFY(second.said.contains(u"100 kB of it are there already."));
         QVERIFY(m_fixture->model() == m_fixture->weights);
         QCOMPARE(m_fixture->range(1), QByteArray("bytes=100000-"));
         QCOMPARE(m_fixture->leftovers(), QStringList());
@@ -179,6 +181,18 @@ private Q_SLOTS:
         m_fixture->server.release(0);
         QCOMPARE(finish(process).status, 0);
         QVERIFY(m_fixture->model() == m_fixture->weights);
+    }
+
+    void aListThatIsDamagedKeepsNobodyFromTellwick() {
+        writeBytes(in(u"share/tellwick/models.json"_s), "{");
+        writeProgram(in(u"bin/tellwick"_s),
+                     "#!/bin/sh\nprintf '|%s' \"$@\" >'" + in(u"ran"_s).toUtf8() + "'\n");
+        m_environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.start(program(), {u"--open"_s, u"--style"_s, u"a b"_s});
+        QCOMPARE(finish(process).status, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(bytesOf(in(u"ran"_s)), QByteArray("|--style|a b"), processLimit);
     }
 
     void anEngineThatIsMissingIsInstalled() {
